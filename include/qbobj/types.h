@@ -1,0 +1,373 @@
+/**
+ * @file qbobj/types.h
+ * What every operation shares: the handle and connection, the error record, the 110 record types by
+ * name, their field tables, clearing and dumping, and the tables by which a program can learn which
+ * types and operations there are.
+ *
+ * Conventions of the whole interface:
+ * - Text is NUL-terminated UTF-8. A string that an operation returns, every record, every list element
+ *   and every error message lives in the handle's pool (the request pool when one is open, else the
+ *   default pool) and goes away with it; nothing is freed one by one.
+ * - A record is a plain structure. Zero-fill it (or call its clear function) before use. In a
+ *   zero-filled record the optional numbers are *given*, as 0: what is absent has its null indicator
+ *   (`<Field>_void`) set to non-zero.
+ * - Lists are singly linked through `next`, in the order in which the rows were read.
+ * - A null error record, or a null pointer where the documentation does not allow one, is a
+ *   programming error: the process aborts with file, line and function.
+ */
+#ifndef QBOBJ_TYPES_H
+#define QBOBJ_TYPES_H
+
+#include <sqlite3.h>
+#include <stdint.h>
+#include <stdio.h>
+
+/** Marks a symbol of the interface: everything else is hidden. */
+#define QBOBJ_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+#define QBOBJ_ALIGN8 alignas(8)
+extern "C" {
+#else
+/** Puts the null indicator of a 64-bit field into the 64-bit slot right before the value. */
+#define QBOBJ_ALIGN8 _Alignas(8)
+#endif
+
+/** Handle of the database and support library; see qbdb.h. */
+typedef struct qbdb qbdb_t;
+
+/**
+ * The caller's error record: caller-owned, zeroed by each call, filled when a failure is reported.
+ * A call can fail with the record left zero (the database could not be locked, for example).
+ */
+typedef struct ErrorInfo {
+    uint32_t code;       /**< Error code, 0 when no error was reported. */
+    const char *file;    /**< Source file of the report: a static string. */
+    uint32_t line;       /**< Source line of the report. */
+    const char *message; /**< What went wrong, in the handle's pool. */
+} ErrorInfo;
+
+/** Applies the macro X to the name of every record type, in the order of the type-name table. */
+#define QBOBJ_FOR_EACH_TYPE(X) \
+    X(SshPublicKey) \
+    X(SshPublicKeyCollection) \
+    X(SnapshotClone) \
+    X(SnapshotCloneCollection) \
+    X(ResourceId) \
+    X(SnapshotRetentionRules) \
+    X(CustomSnapshotManagement) \
+    X(BackupJob_SourceOrDestination) \
+    X(BackupJob_Schedule) \
+    X(BackupJob_Option) \
+    X(BackupJob) \
+    X(BackupJobCollection) \
+    X(BackupTarget) \
+    X(BackupTargetCollection) \
+    X(BackupButtonJob) \
+    X(BackupButtonJobCollection) \
+    X(Quota) \
+    X(AdminPassword) \
+    X(UserPassword) \
+    X(MyPassword) \
+    X(UserHomeFolderSettings) \
+    X(UserTimeMachineQuota) \
+    X(SystemUser) \
+    X(AccountQuery) \
+    X(SystemGroup) \
+    X(Host) \
+    X(AccountDefault) \
+    X(Schedule) \
+    X(DfolderAcl) \
+    X(UserPasswordAcl) \
+    X(ZvolShareOption) \
+    X(DlnaShareOption) \
+    X(DaapShareOption) \
+    X(PosixAcl) \
+    X(UsedBy) \
+    X(Process) \
+    X(Timemachine) \
+    X(Coffer) \
+    X(CifsOptions) \
+    X(BonjourOptions) \
+    X(FtpOptions) \
+    X(DaapOptions) \
+    X(NfsOptions) \
+    X(DlnaOptions) \
+    X(SnmpOptions) \
+    X(SshOptions) \
+    X(ReplicateOptions) \
+    X(HttpOptions) \
+    X(HttpsOptions) \
+    X(TIVOhostsAcl) \
+    X(TivoMak) \
+    X(Volume) \
+    X(Disk) \
+    X(DiskDiff) \
+    X(Snapshot) \
+    X(HfSnapshot) \
+    X(NetworkInterface) \
+    X(DiskHealth) \
+    X(EnclosureHealthItem) \
+    X(UpsHealth) \
+    X(Security) \
+    X(SecurityAdsProgress) \
+    X(LogEntry) \
+    X(LogQuery) \
+    X(UpsConfig) \
+    X(LunGroup) \
+    X(Initiator) \
+    X(Lun) \
+    X(CronSchedule) \
+    X(Subvolume) \
+    X(SmbUserNameMap) \
+    X(User) \
+    X(UserCollection) \
+    X(Group) \
+    X(GroupCollection) \
+    X(HomeFolderOptions) \
+    X(HostAcl) \
+    X(UserAcl) \
+    X(GroupAcl) \
+    X(CifsShareOption) \
+    X(AfpShareOption) \
+    X(FtpShareOption) \
+    X(NfsShareOption) \
+    X(RsyncShareOption) \
+    X(HttpShareOption) \
+    X(FileStat) \
+    X(Share) \
+    X(ShareCollection) \
+    X(SimpleShare) \
+    X(SimpleShareCollection) \
+    X(Protocol) \
+    X(ProtocolCollection) \
+    X(TivoOptions) \
+    X(VolumeCollection) \
+    X(DiskCollection) \
+    X(DiskEnclosureCollection) \
+    X(SnapshotCollection) \
+    X(HfSnapshotCollection) \
+    X(NetworkInterfaceCollection) \
+    X(DiskHealthCollection) \
+    X(EnclosureHealth) \
+    X(EnclosureHealthCollection) \
+    X(UpsHealthCollection) \
+    X(UpsConfigCollection) \
+    X(LunGroupCollection) \
+    X(InitiatorCollection) \
+    X(VolumeSchedule) \
+    X(VolumeScheduleCollection) \
+    X(SubvolumeCollection) \
+    X(SmbUserNameMapCollection)
+
+#define QBOBJ_DECLARE_TYPE(T) typedef struct T T;
+QBOBJ_FOR_EACH_TYPE(QBOBJ_DECLARE_TYPE)
+#undef QBOBJ_DECLARE_TYPE
+
+/**
+ * @name Clearing
+ * `uint32_t qbobj_clear_<Type>(Type *record)`, one function a type: sets every byte of the one record
+ * to zero, link word and null indicators included. It frees nothing and walks no list: the elements
+ * of a cleared collection stay where they are in the pool.
+ * @param record The record to clear; may be null.
+ * @return 0, or 0xFFFFFFFF when the pointer is null.
+ * @{
+ */
+#define QBOBJ_DECLARE_CLEAR(T) QBOBJ_API uint32_t qbobj_clear_##T(T *record);
+QBOBJ_FOR_EACH_TYPE(QBOBJ_DECLARE_CLEAR)
+#undef QBOBJ_DECLARE_CLEAR
+/** @} */
+
+/** @name Header flags of a field table @{ */
+#define QBOBJ_TYPE_LIST 1u      /**< List element: the first word links to the next element. */
+#define QBOBJ_TYPE_ROW_ID 4u    /**< The first field is the database key `resource_id`. */
+#define QBOBJ_TYPE_KEY_WORD 8u  /**< A key word (text) stands between the link and the first field. */
+/** @} */
+
+/** @name Field flags @{ */
+#define QBOBJ_FIELD_HEAD 1u     /**< An `o` field that heads the element list of its record. */
+#define QBOBJ_FIELD_OPTIONAL 2u /**< May be absent: null indicator (numbers) or null pointer. */
+/** @} */
+
+/**
+ * One entry of a field table. A table is an array: entry 0 is the header (name and size of the type,
+ * its header flags), then one entry a field in declaration order, then an entry of kind '.'.
+ */
+typedef struct QbobjField {
+    char kind;        /**< 'i' int32, 'u' uint32, 'l' int64, 'n' uint64, 's' string, 'o' record or list,
+                           '.' end of the table; 0 in the header. */
+    const char *name; /**< The field's name; in the header the type's. */
+    uint32_t position; /**< Offset in the record in bytes; in the header the record's size. */
+    const struct QbobjField *subtype; /**< Field table of what an 'o' field points to, else null. */
+    uint32_t flags;   /**< Field flags; in the header the header flags. */
+} QbobjField;
+
+/** One row of the type-name table. */
+typedef struct QbobjType {
+    const char *name;         /**< Name of the type; null ends the table. */
+    const QbobjField *fields; /**< Its field table. */
+} QbobjType;
+
+/**
+ * The type-name table: all 110 types in a fixed order, ended by a row whose name is null.
+ * @return A static table.
+ */
+QBOBJ_API const QbobjType *qbobj_types(void);
+
+/**
+ * Looks a type up by its exact name.
+ * @param name Name of the type; null finds nothing.
+ * @return Its field table (static), or null.
+ */
+QBOBJ_API const QbobjField *qbobj_find_type(const char *name);
+
+/**
+ * Tells whether a field holds a secret (a password, a password hash, a key): front ends do not show it.
+ * @param type  Field table of the record's type.
+ * @param field The field's entry in that table.
+ * @return 1 for a secret, else 0.
+ */
+QBOBJ_API int qbobj_is_secret(const QbobjField *type, const QbobjField *field);
+
+/**
+ * Dumps a record or a list to the handle's log at level 5, one line a field. The caller has tested
+ * the handle's log level.
+ * @param qbdb   Handle whose log receives the lines.
+ * @param type   Field table of the record's type.
+ * @param record The record, or the first element of a list; null writes a single record's block with
+ *               "obj=NULL", and nothing for a list.
+ * @param depth  Nesting depth; the indent is min(depth, 15) blanks.
+ * @param file   Source file named in the log lines.
+ * @param line   Source line named in the log lines.
+ */
+QBOBJ_API void qbobj_api2_utils_dump_object(qbdb_t *qbdb, const QbobjField *type, const void *record,
+                                            int depth, const char *file, uint32_t line);
+
+/**
+ * Dumps a record or a list, found by the name of its type, to a stream. An unknown name writes only
+ * the banner. Unlike the log dump it prints optional numbers whatever their indicator says.
+ * @param stream Where to write.
+ * @param name   Name of the type.
+ * @param record The record, or the first element of a list; may be null.
+ */
+QBOBJ_API void qbobj_api2_dump_struct(FILE *stream, const char *name, const void *record);
+
+/** What an argument of an operation is. */
+typedef enum QbobjKind {
+    QBOBJ_KIND_INT32,  /**< `int32_t`, out: `int32_t *` */
+    QBOBJ_KIND_UINT64, /**< `uint64_t`, out: `uint64_t *` */
+    QBOBJ_KIND_STRING, /**< `const char *`, out: `const char **` */
+    QBOBJ_KIND_RECORD, /**< Pointer to a record (or to the first element of a chain). */
+    QBOBJ_KIND_LIST,   /**< Address of a list head, `T **`. */
+    QBOBJ_KIND_XML     /**< Address of an XML node pointer; the caller frees the node. */
+} QbobjKind;
+
+/** Which way an argument goes. */
+typedef enum QbobjDirection {
+    QBOBJ_IN,   /**< Read by the operation. */
+    QBOBJ_OUT,  /**< Filled by the operation. */
+    QBOBJ_INOUT /**< Read, and filled in or completed. */
+} QbobjDirection;
+
+/** What the value that an operation returns means. In each case 0xFFFFFFFF is -1. */
+typedef enum QbobjReturn {
+    QBOBJ_RETURNS_CODE,  /**< 0 or an error code. */
+    QBOBJ_RETURNS_FOUND, /**< 0 found, -1 not found or failed; the answer is in an out argument. */
+    QBOBJ_RETURNS_ID,    /**< An id, or -1. */
+    QBOBJ_RETURNS_COUNT, /**< A count, or -1. */
+    QBOBJ_RETURNS_ANSWER /**< A yes or no as a small number; see the operation. */
+} QbobjReturn;
+
+/** One argument of an operation, between the connection and the error record. */
+typedef struct QbobjArgument {
+    const char *name;         /**< Its name. */
+    QbobjKind kind;           /**< Its kind. */
+    QbobjDirection direction; /**< Its direction. */
+    const QbobjField *type;   /**< Field table for records and lists, else null. */
+    int optional;             /**< 1 when it may be null. */
+    int chain;                /**< 1 when the operation walks a chain of records, not just the first. */
+} QbobjArgument;
+
+/**
+ * The value of one argument in a generic call. For an `in` argument the value itself (`i`, `n`, `s`,
+ * or `p` for a record); for an `out` argument and for lists `p` is the address that the operation
+ * writes to.
+ */
+typedef union QbobjValue {
+    int32_t i;     /**< QBOBJ_KIND_INT32, in. */
+    uint64_t n;    /**< QBOBJ_KIND_UINT64, in. */
+    const char *s; /**< QBOBJ_KIND_STRING, in. */
+    void *p;       /**< Everything else. */
+} QbobjValue;
+
+/** No operation has more arguments. */
+#define QBOBJ_MAX_ARGUMENTS 10
+
+/** One row of the operation table. */
+typedef struct QbobjOperation {
+    const char *name;               /**< Exported name, "qbobj_getLog"; null ends the table. */
+    const char *family;             /**< Family word: "users", "system log", … */
+    const char *summary;            /**< One line that says what it does. */
+    const char *codes;              /**< Error codes it can return, separated by blanks. */
+    QbobjReturn returns;            /**< What the returned value means. */
+    int changes;                    /**< 1 when it changes the database. */
+    uint32_t count;                 /**< Number of arguments. */
+    QbobjArgument arguments[QBOBJ_MAX_ARGUMENTS]; /**< The arguments. */
+    /**
+     * Calls the operation.
+     * @param qbdb   Handle.
+     * @param db     Connection.
+     * @param values `count` values, one per argument.
+     * @param err    Error record, not null.
+     * @return What the operation returns.
+     */
+    uint32_t (*call)(qbdb_t *qbdb, sqlite3 *db, const QbobjValue *values, ErrorInfo *err);
+} QbobjOperation;
+
+/**
+ * The operation table, ended by a row whose name is null.
+ * @return A static table.
+ */
+QBOBJ_API const QbobjOperation *qbobj_operations(void);
+
+/**
+ * Looks an operation up by its name, with or without the prefix "qbobj_".
+ * @param name The name; null finds nothing.
+ * @return Its row (static), or null.
+ */
+QBOBJ_API const QbobjOperation *qbobj_find_operation(const char *name);
+
+/** @name Category words of the system log @{ */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_SNAPSHOT; /**< "snapshot" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_MBACKUP;  /**< "mbackup" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_BACKUP;   /**< "backup" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_ACCOUNT;  /**< "account" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_SHARE;    /**< "share" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_VOLUME;   /**< "volume" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_DISK;     /**< "disk" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_SYSTEM;   /**< "system" */
+QBOBJ_API extern const char *const QBLOG_CATEGORY_MISC;     /**< "misc" */
+/** @} */
+
+/** @name Severity words of the system log @{ */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_EMERG;   /**< "emerge", with the trailing e. */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_ALERT;   /**< "alert" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_CRIT;    /**< "crit" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_ERR;     /**< "err" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_WARNING; /**< "warning" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_NOTICE;  /**< "notice" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_INFO;    /**< "info" */
+QBOBJ_API extern const char *const QBLOG_SEVERITY_DEBUG;   /**< "debug" */
+/** @} */
+
+/**
+ * Eight U+25CF BLACK CIRCLE characters in UTF-8: stands for a stored password in what is returned,
+ * and on input means that the stored value stays as it is.
+ */
+QBOBJ_API extern const char *const masked_password;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

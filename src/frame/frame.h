@@ -1,0 +1,74 @@
+// The call frame: the one sequence that every exported operation runs around its worker.
+#pragma once
+
+#include <time.h>
+
+#include <type_traits>
+
+#include "frame/records.h"
+#include "frame/report.h"
+
+namespace qb {
+
+/// Name and source position of an exported operation.
+struct Site {
+    const char *operation;
+    const char *file;
+    uint32_t line;
+
+    template <size_t N>
+    consteval Site(const char (&name)[N], const char *f = __builtin_FILE(), uint32_t l = __builtin_LINE())
+        : operation(name), file(f), line(l)
+    {
+        for (const char *at = f; *at; at++)
+            if (*at == '/') file = at + 1;
+    }
+};
+
+/// Dumps an argument when its type says that it is a record, or the address of a list of records.
+template <class A>
+void dump_argument(const Site &site, qbdb_t *qbdb, A argument)
+{
+    if constexpr (std::is_pointer_v<A>) {
+        using Pointee = std::remove_pointer_t<A>;
+        if constexpr (Record<Pointee>) {
+            qbobj_api2_utils_dump_object(qbdb, fields_of<std::remove_cv_t<Pointee>>, argument, 0, site.file, site.line);
+        } else if constexpr (std::is_pointer_v<Pointee>) {
+            using Element = std::remove_cv_t<std::remove_pointer_t<Pointee>>;
+            if constexpr (Record<Element>)
+                qbobj_api2_utils_dump_object(qbdb, fields_of<Element>, argument ? *argument : nullptr, 0, site.file,
+                                             site.line);
+        }
+    }
+}
+
+/// Runs a worker: trace, one transaction, record dumps before and (on success) after, trace.
+template <auto Worker, class... Args>
+uint32_t framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... args)
+{
+    const time_t called = time(nullptr);
+    if (!err) assertion_failed("err", site.file, site.line, site.operation);
+    *err = {};
+    CallContext ctx{qbdb, err};
+    if (qbdb->log_level > 3) qbdb_log(qbdb, site.file, site.line, 4, 0, ">>>> %s()\n", site.operation);
+    const time_t begun = time(nullptr);
+
+    uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
+    if (rc == 0) {
+        if (qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
+        rc = Worker(&ctx, db, args...);
+        if (rc == 0 && qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
+    }
+    // The result is not looked at: the operation's own code is what the caller acts on.
+    if (rc) qbdb_sql_rollback(qbdb, db, 0, site.file, site.line);
+    else qbdb_sql_commit(qbdb, db, 0, site.file, site.line);
+
+    // Both clocks were read before the transaction began. The trace shows how long the entry trace
+    // blocked; it is not a measurement of the worker.
+    if (qbdb->log_level > 3)
+        qbdb_log(qbdb, site.file, site.line, 4, 0, "<<<< %s() ==> rc=%d (%llums)\n", site.operation,
+                 static_cast<int>(rc), static_cast<unsigned long long>(begun - called));
+    return rc;
+}
+
+}  // namespace qb

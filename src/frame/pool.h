@@ -1,0 +1,35 @@
+// Allocation in the pool of a call. Everything comes zero-filled; nothing is freed one by one.
+#pragma once
+
+#include <apr_strings.h>
+
+#include "frame/report.h"
+
+namespace qb {
+
+/// A zero-filled record, or null without memory.
+template <class T>
+T *allocate(const CallContext *ctx)
+{
+    return static_cast<T *>(apr_pcalloc(pool_of(ctx->qbdb), sizeof(T)));
+}
+
+/// A copy of a text; null for null and without memory.
+inline const char *copy_text(const CallContext *ctx, const char *text)
+{
+    return text ? apr_pstrdup(pool_of(ctx->qbdb), text) : nullptr;
+}
+
+/// Whether a string field was given a value.
+inline bool is_set(const char *text)
+{
+    return text && *text;
+}
+
+/// A string field, empty when it is null.
+inline const char *or_empty(const char *text)
+{
+    return text ? text : "";
+}
+
+}  // namespace qb

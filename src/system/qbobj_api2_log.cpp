@@ -1,0 +1,190 @@
+// The system log: reading with filters page by page, adding, deleting, truncating.
+#include <strings.h>
+#include <time.h>
+
+#include <cstring>
+
+#include "frame/list.h"
+#include "frame/query.h"
+#include "frame/set_list.h"
+#include "system/log.h"
+
+namespace qb {
+namespace {
+
+constexpr size_t kPartSize = 256;  // of one condition of the filter
+
+/// A word as it is compared: by its first `length` characters, or whole when that is 0.
+struct Word {
+    const char *word;
+    size_t length;
+    const char *condition;
+};
+
+bool matches(const Word &word, const char *text)
+{
+    return (word.length ? strncasecmp(text, word.word, word.length) : strcasecmp(text, word.word)) == 0;
+}
+
+template <size_t N>
+const Word *find(const Word (&words)[N], const char *text)
+{
+    for (const Word &word : words)
+        if (matches(word, text)) return &word;
+    return nullptr;
+}
+
+// Reading matches info, notice, alert and emerg whole, but warn, err and crit by their beginning.
+constexpr Word kLeastSeverities[] = {
+    {"info", 0, "severity IN ('info','notice','warning','err','crit','alert','emerg')"},
+    {"notice", 0, "severity IN ('notice','warning','err','crit','alert','emerg')"},
+    {"warn", 4, "severity IN ('warning','err','crit','alert','emerg')"},
+    {"err", 3, "severity IN ('err','crit','alert','emerg')"},
+    {"crit", 4, "severity IN ('crit','alert','emerg')"},
+    {"alert", 0, "severity IN ('alert','emerg')"},
+    {"emerg", 0, "severity IN ('emerg')"},
+};
+
+// Adding stores the table's word: "emerg" becomes "emerge", which no least severity selects.
+constexpr Word kSeverities[] = {
+    {"debug", 5, nullptr}, {"info", 4, nullptr}, {"notice", 0, nullptr}, {"warning", 4, nullptr},
+    {"err", 3, nullptr},   {"crit", 4, nullptr}, {"alert", 5, nullptr},  {"emerge", 5, nullptr},
+};
+
+constexpr Word kCategories[] = {
+    {"misc", 0, nullptr},    {"system", 0, nullptr}, {"disk", 0, nullptr},    {"volume", 0, nullptr},
+    {"share", 0, nullptr},   {"account", 0, nullptr}, {"backup", 0, nullptr}, {"mbackup", 0, nullptr},
+    {"apps", 0, nullptr},    {"snapshot", 0, nullptr},
+};
+
+enum class Purpose { reading, deleting };
+
+/// The conditions of a query, joined by AND. Each is cut at its part's size: an over-long list of the
+/// caller's then makes a statement that the database refuses, and never one that selects other rows.
+struct Filter {
+    JoinedText<6 * kPartSize> conditions{" AND "};
+    const char *where() const { return conditions.empty() ? "" : "WHERE "; }
+
+    template <class... Args>
+    void add(Sql<Args...> format, Args... args)
+    {
+        char part[kPartSize];
+        sqlite3_snprintf(sizeof part, part, format.text, args...);
+        conditions.add("%s", static_cast<const char *>(part));
+    }
+};
+
+void build_filter(Filter *filter, const LogQuery *query, Purpose purpose)
+{
+    if (!query) return;
+    const int32_t from = query->timestamp_min;
+    const int32_t to = query->timestamp_max;
+    if (from && to) filter->add("%d<tstamp AND tstamp<%d", from, to);
+    else if (from) filter->add("%d<tstamp", from);
+    else if (to) filter->add("tstamp<%d", to);
+    if (query->severity)
+        if (const Word *least = find(kLeastSeverities, query->severity)) filter->add("%s", least->condition);
+    const bool reading = purpose == Purpose::reading;
+    if (reading && is_set(query->severity_in)) filter->add("severity IN (%s)", query->severity_in);
+    if (is_set(query->category_in)) filter->add("category IN (%s)", query->category_in);
+    if (reading && is_set(query->msg_tag)) filter->add("msg_tag=%Q", query->msg_tag);
+}
+
+void build_page(char (&page)[32], const LogQuery *query)
+{
+    page[0] = '\0';
+    if (!query || !query->limit) return;
+    if (query->offset) sqlite3_snprintf(sizeof page, page, "LIMIT %d,%d", query->offset, query->limit);
+    else sqlite3_snprintf(sizeof page, page, "LIMIT %d", query->limit);
+}
+
+uint32_t fill_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
+{
+    List<LogEntry> list(head);
+    for (int i = 0; i < rows.count; i++) {
+        LogEntry *entry = list.append(ctx);
+        if (!entry) return REPORT(ctx, 2, "Failed to allocate object.");
+        entry->LogId = rows.int32(i, 0);
+        entry->TimeStamp = rows.int32(i, 1);
+        entry->Severity = rows.text(ctx, i, 2);
+        entry->Category = rows.text(ctx, i, 3);
+        entry->MessageTag = rows.text(ctx, i, 4);
+        entry->MessageArgsXml = rows.text(ctx, i, 5);
+    }
+    return 0;
+}
+
+}  // namespace
+
+uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry **entries, int32_t *count,
+                        int32_t *total)
+{
+    Filter filter;
+    build_filter(&filter, query, Purpose::reading);
+    char page[32];
+    build_page(page, query);
+
+    int32_t matching = 0;
+    if (auto bad = select_int32(ctx, db, matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(),
+                                filter.conditions.text))
+        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
+    int32_t all = 0;
+    if (auto bad = select_int32(ctx, db, all, "SELECT COUNT(*) FROM `$log` L"))
+        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
+    Rows rows;
+    if (auto bad = select(ctx, db, rows,
+                          "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
+                          "ORDER BY L.id %s %s",
+                          filter.where(), filter.conditions.text, query && query->order ? "DESC" : "ASC",
+                          static_cast<const char *>(page)))
+        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
+
+    LogEntry *read = nullptr;
+    TRY(fill_entries(ctx, rows, &read));
+    List<LogEntry>(entries).link(read);
+    *count = matching;
+    *total = all;
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", "x_qbobj_getLog", 0, rows.count);
+    return 0;
+}
+
+uint32_t x_qbobj_deleteLog(CallContext *ctx, sqlite3 *db, LogQuery *query)
+{
+    Filter filter;
+    build_filter(&filter, query, Purpose::deleting);
+    if (auto bad = execute(ctx, db, "DELETE FROM `$log` %s%s", filter.where(), filter.conditions.text))
+        return REPORT(ctx, 5, "Failed DB Query for 'DELETE $log'. %s", bad.text);
+    return 0;
+}
+
+uint32_t x_qbobj_truncateLog(CallContext *ctx, sqlite3 *db, int32_t keep)
+{
+    // The offset counts from 0, so the entry looked at is the one after the last to be kept; what shares
+    // its second stays, too.
+    if (auto bad = execute(ctx, db,
+                           "DELETE FROM `$log` WHERE tstamp < (SELECT tstamp FROM `$log` ORDER BY tstamp DESC LIMIT 1 "
+                           "OFFSET %d)",
+                           keep))
+        return REPORT(ctx, 5, "Failed DB Query for 'DELETE $log'. %s", bad.text);
+    return 0;
+}
+
+uint32_t x_qbobj_addLog(CallContext *ctx, sqlite3 *db, int32_t time, const char *severity, const char *category,
+                        const char *msgTag, const char *argsXml)
+{
+    const Word *level = find(kSeverities, severity ? severity : "info");
+    if (!level) return REPORT(ctx, 8, "Specified Severity (%s) is invalid.", severity);
+    const Word *kind = find(kCategories, category ? category : "misc");
+    if (!kind) return REPORT(ctx, 8, "Specified Category (%s) is invalid.", category);
+    static constexpr char kTagPrefix[] = "LOGMSG_";
+    if (msgTag && strncmp(msgTag, kTagPrefix, sizeof kTagPrefix - 1) != 0)
+        return REPORT(ctx, 8, "MessageTag (%s) should beging with 'LOGMSG_'", msgTag);
+    if (time < 1) time = static_cast<int32_t>(::time(nullptr));
+    if (auto bad = execute(ctx, db,
+                           "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
+                           time, level->word, kind->word, msgTag ? msgTag : "LOGMSG_UNKNOWN", argsXml))
+        return REPORT(ctx, 5, "Failed DB Query for 'INSERT INTO $log'. %s", bad.text);
+    return 0;
+}
+
+}  // namespace qb

@@ -1,0 +1,55 @@
+// Checks against the database: one statement each, asked whether a row exists.
+#pragma once
+
+#include "frame/report.h"
+
+namespace qb {
+
+/// What is looked up by a name. The comment names the column that a check hands back.
+enum class NameCheck {
+    domain_user,        ///< user, domain or privileged: id
+    local_user,         ///< local user: id
+    share_name,         ///< share: id
+    share_of_path,      ///< share whose folder the path is or lies in: id
+    share_dataset,      ///< share by its data set: id
+    share_application,  ///< application that uses a data set: its name
+    volume_id,          ///< volume by id: id
+    volume_name,        ///< volume by name: id
+    domain_group,       ///< group, domain or privileged: id
+    local_group,        ///< local group: id
+    backup_job,         ///< backup job: id
+    lun,                ///< iSCSI LUN: row id
+    lun_group,          ///< iSCSI LUN group: row id
+    initiator,          ///< iSCSI initiator: row id
+    alias,              ///< SMB alias: the Unix user name that it belongs to
+};
+
+/// What is looked up by an id.
+enum class IdCheck { user, group };
+
+/// What every check answers. A failed statement is neither found nor reported: callers that need to know
+/// tell it by its code.
+inline constexpr int32_t kFound = 0;
+inline constexpr int32_t kNotFound = 1;
+inline constexpr int32_t kCheckFailed = -1;
+
+/// Looks a name up. `found` (may be null) receives the column named above, in the call's pool; null when
+/// nothing is found. A null name is not found.
+int32_t check_name(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, const char **found = nullptr);
+
+/// Looks a name up and hands back the id as a number (0 when nothing is found).
+int32_t check_name_id(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, int32_t *id);
+
+/// Tells whether a row has this id.
+int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id);
+
+/// Volume by id, else by name; `id` (may be null) receives the volume's id.
+int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id = nullptr);
+
+/// Number of a user's SSH keys that serve rsync. 0, or kCheckFailed.
+int32_t count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t *count);
+
+/// Number of Time Machine allowances. 0, or kCheckFailed.
+int32_t count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t *count);
+
+}  // namespace qb

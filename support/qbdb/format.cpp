@@ -1,0 +1,112 @@
+#include "format.h"
+
+#include <sqlite3.h>
+
+#include <cstring>
+
+namespace qdb {
+namespace {
+
+bool glues(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
+           c == '.' || c == '\'' || c == '"' || c == '`' || static_cast<unsigned char>(c) >= 0x80;
+}
+
+struct Letter {
+    const char *spelling;
+    Argument argument;
+    char letter;
+    bool value;  // may become a bound value
+};
+
+constexpr Letter kLetters[] = {
+    {"d", Argument::int32, 'd', true},   {"u", Argument::uint32, 'u', true},  {"c", Argument::character, 'c', false},
+    {"ld", Argument::int64, 'd', true},  {"lu", Argument::uint64, 'u', true}, {"lld", Argument::int64, 'd', true},
+    {"llu", Argument::uint64, 'u', true}, {"s", Argument::text, 's', false},  {"q", Argument::text, 'q', false},
+    {"Q", Argument::text, 'Q', true},
+};
+
+const Letter *find_letter(const char *at)
+{
+    for (const Letter &letter : kLetters)
+        if (strncmp(at, letter.spelling, strlen(letter.spelling)) == 0) return &letter;
+    return nullptr;
+}
+
+}  // namespace
+
+Lexical follow(Lexical state, char *previous, const char *text, size_t size)
+{
+    for (size_t i = 0; i < size; i++) {
+        const char c = text[i];
+        const char before = *previous;
+        *previous = c;
+        switch (state) {
+        case Lexical::code:
+            if (c == '\'') state = Lexical::single_quoted;
+            else if (c == '"') state = Lexical::double_quoted;
+            else if (c == '`') state = Lexical::back_quoted;
+            else if (c == '[') state = Lexical::bracketed;
+            else if (c == '-' && before == '-') state = Lexical::line_comment;
+            else if (c == '*' && before == '/') { state = Lexical::block_comment; *previous = '\0'; }
+            break;
+        case Lexical::single_quoted: if (c == '\'') state = Lexical::code; break;
+        case Lexical::double_quoted: if (c == '"') state = Lexical::code; break;
+        case Lexical::back_quoted: if (c == '`') state = Lexical::code; break;
+        case Lexical::bracketed: if (c == ']') state = Lexical::code; break;
+        case Lexical::line_comment: if (c == '\n') state = Lexical::code; break;
+        case Lexical::block_comment: if (c == '/' && before == '*') { state = Lexical::code; *previous = '\0'; } break;
+        }
+    }
+    return state;
+}
+
+Plan *make_plan(const char *format)
+{
+    const size_t size = strlen(format);
+    // One block: the plan, a copy of the format, and the literal text, which is never longer than the format.
+    auto *plan = static_cast<Plan *>(sqlite3_malloc64(sizeof(Plan) + 2 * (size + 1)));
+    if (!plan) return nullptr;
+    memset(plan, 0, sizeof *plan);
+    char *copy = reinterpret_cast<char *>(plan + 1);
+    memcpy(copy, format, size + 1);
+    plan->format = copy;
+    plan->literals = copy + size + 1;
+
+    Lexical state = Lexical::code;
+    char previous = '\0';
+    char *out = plan->literals;
+    const char *piece = out;
+    for (const char *at = format; *at; at++) {
+        if (*at != '%' || at[1] == '%') {
+            if (*at == '%') at++;
+            *out++ = *at;
+            state = follow(state, &previous, at, 1);
+            continue;
+        }
+        const Letter *letter = find_letter(at + 1);
+        if (!letter || plan->count == kMaxConversions) {
+            plan->plain = true;
+            return plan;
+        }
+        const char *after = at + 1 + strlen(letter->spelling);
+        Conversion &conversion = plan->conversions[plan->count++];
+        conversion.argument = letter->argument;
+        conversion.letter = letter->letter;
+        conversion.state = state;
+        conversion.literal = static_cast<uint32_t>(out - piece);
+        // `col%d` or `x%Q` is part of a longer word: only a free-standing conversion is a value.
+        conversion.bound = letter->value && state == Lexical::code && !(previous && glues(previous)) &&
+                           !(*after && (glues(*after) || *after == '%'));
+        plan->bound += conversion.bound;
+        previous = 'x';
+        piece = out;
+        at = after - 1;
+    }
+    plan->tail = static_cast<uint32_t>(out - piece);
+    plan->literal_size = static_cast<uint32_t>(out - plan->literals);
+    return plan;
+}
+
+}  // namespace qdb

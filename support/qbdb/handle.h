@@ -1,0 +1,81 @@
+// What the files of this library share: the private part of a handle and the statement engine's calls.
+#pragma once
+
+#include <cstdarg>
+#include <cstdint>
+
+#include "qbdb.h"
+
+namespace qdb {
+struct StatementCache;
+}
+
+struct qbdb_private {
+    apr_allocator_t *allocator;
+    sqlite3 *db;        // the connection that qbdb_open opened
+    sqlite3 *begun;     // the connection with a transaction of ours, or null
+    bool read_only;
+    uint32_t timeout_ms;
+    int64_t waiting_since_us;  // when the busy handler was first called for the present lock
+    sqlite3_stmt *begin;
+    sqlite3_stmt *commit;
+    sqlite3_stmt *rollback;
+    qdb::StatementCache *cache;
+    qbdb_log_hook log_hook;
+    void *log_context;
+    qbdb_statement_hook statement_hook;
+    void *statement_context;
+    qbdb_import_hook import_hook;
+    void *import_context;
+    qbdb_service_hook service_hook;
+    void *service_context;
+    qbdb_directory_hooks directory;
+};
+
+namespace qdb {
+
+inline apr_pool_t *pool_of(const qbdb_t *qbdb)
+{
+    return qbdb->request_pool ? qbdb->request_pool : qbdb->pool;
+}
+
+/// Where a statement comes from and where its failure text goes.
+struct Call {
+    qbdb_t *qbdb;
+    sqlite3 *db;
+    const char **text;
+    const char *file;
+    uint32_t line;
+};
+
+/// Stores a failure text (copied into the handle's pool) and returns the primary code.
+int fail(const Call &call, int rc, const char *text);
+
+/// Asks the statement hook; non-zero is the code to fail with, its text already stored.
+int ask_hook(const Call &call, const char *sql);
+
+/// A prepared statement with its values bound, ready to step; released on every path.
+struct Statement {
+    sqlite3_stmt *stmt = nullptr;
+    bool *busy = nullptr;        // set while a cached statement is in use; null for one of our own
+    char *spliced = nullptr;     // texts that bound values point into
+
+    Statement() = default;
+    Statement(const Statement &) = delete;
+    Statement &operator=(const Statement &) = delete;
+    ~Statement();
+};
+
+/// Turns a format and its arguments into a prepared statement. 0 or a primary code, failure stored.
+int prepare(const Call &call, Statement *statement, const char *format, va_list args);
+
+/// Runs a complete SQL text without the cache: for statements that change the schema.
+int run(const Call &call, const char *sql);
+
+/// Makes and releases a handle's statement cache.
+StatementCache *create_cache(uint32_t bound);
+void destroy_cache(StatementCache *cache);
+void set_cache_bound(StatementCache *cache, uint32_t bound);
+void read_cache_statistics(const StatementCache *cache, qbdb_cache_statistics *statistics);
+
+}  // namespace qdb

@@ -1,0 +1,276 @@
+// Opening and creating a database, closing it, the handle's pools.
+#include <apr_allocator.h>
+#include <apr_general.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <initializer_list>
+
+#include "handle.h"
+#include "schema.h"
+
+namespace {
+
+constexpr uint32_t kApplicationId = 0x51424F42;  // stands in the file's header
+constexpr size_t kPoolKeptFree = 4u << 20;       // bytes that an emptied pool keeps for its next use
+
+struct Opening {
+    const char *path;
+    char *text;
+    size_t size;
+};
+
+int refuse(const Opening &opening, int rc, const char *why)
+{
+    if (opening.text && opening.size) snprintf(opening.text, opening.size, "%s: %s", opening.path, why);
+    return rc & 0xFF;
+}
+
+int refuse(const Opening &opening, int rc, sqlite3 *db)
+{
+    return refuse(opening, rc, db ? sqlite3_errmsg(db) : sqlite3_errstr(rc));
+}
+
+int64_t now_us()
+{
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000000 + now.tv_nsec / 1000;
+}
+
+/// Waits for another process's lock. Locks are short as a rule, so the first waits are, too; the wait
+/// grows with the time already spent and the caller gives up at the timeout.
+int wait_for_lock(void *context, int count)
+{
+    auto *internal = static_cast<qbdb_private *>(context);
+    const int64_t now = now_us();
+    if (count == 0) internal->waiting_since_us = now;
+    const int64_t waited = now - internal->waiting_since_us;
+    const int64_t left = static_cast<int64_t>(internal->timeout_ms) * 1000 - waited;
+    if (left <= 0) return 0;
+    int64_t pause = waited / 8;
+    if (pause < 20) pause = 20;
+    if (pause > 1000) pause = 1000;
+    if (pause > left) pause = left;
+    const timespec nap = {0, static_cast<long>(pause * 1000)};
+    nanosleep(&nap, nullptr);
+    return 1;
+}
+
+/// Looks at the file itself, so that a file of somebody else's is not so much as touched.
+/// 0 when it is an appliance database, SQLITE_EMPTY when it does not exist or is empty.
+int look_at_file(const Opening &opening)
+{
+    const int fd = open(opening.path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return errno == ENOENT ? SQLITE_EMPTY : refuse(opening, SQLITE_CANTOPEN, strerror(errno));
+    unsigned char header[100];
+    const ssize_t size = read(fd, header, sizeof header);
+    const int failure = errno;
+    close(fd);
+    if (size < 0) return refuse(opening, SQLITE_CANTOPEN, strerror(failure));
+    if (size == 0) return SQLITE_EMPTY;
+    const auto number = [&header](size_t at) {
+        return static_cast<uint32_t>(header[at]) << 24 | static_cast<uint32_t>(header[at + 1]) << 16 |
+               static_cast<uint32_t>(header[at + 2]) << 8 | header[at + 3];
+    };
+    if (size < static_cast<ssize_t>(sizeof header) || memcmp(header, "SQLite format 3", 16) != 0 ||
+        number(68) != kApplicationId)
+        return refuse(opening, SQLITE_NOTADB, "is not an appliance database");
+    return SQLITE_OK;
+}
+
+int check_version(const Opening &opening, sqlite3 *db)
+{
+    sqlite3_stmt *stmt = nullptr;
+    int rc = sqlite3_prepare_v2(db, "PRAGMA user_version", -1, &stmt, nullptr);
+    if (rc == SQLITE_OK) rc = sqlite3_step(stmt);
+    const int version = rc == SQLITE_ROW ? sqlite3_column_int(stmt, 0) : 0;
+    if (rc != SQLITE_ROW) rc = refuse(opening, rc ? rc : SQLITE_ERROR, db);
+    sqlite3_finalize(stmt);
+    if (rc != SQLITE_ROW) return rc;
+    if (version == QBDB_SCHEMA_VERSION) return SQLITE_OK;
+    char why[128];
+    snprintf(why, sizeof why, "has schema version %d; this library reads version %d", version, QBDB_SCHEMA_VERSION);
+    return refuse(opening, SQLITE_NOTADB, why);
+}
+
+int add_volume(sqlite3 *db, const char *volume)
+{
+    sqlite3_stmt *stmt = nullptr;
+    int rc = SQLITE_OK;
+    for (const char *sql : {"INSERT INTO _volume (id,lv_name) VALUES(?1,?1)",
+                            "UPDATE account_default SET home_volume_id=?1"}) {
+        rc = sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
+        if (rc == SQLITE_OK) rc = sqlite3_bind_text(stmt, 1, volume, -1, SQLITE_STATIC);
+        if (rc == SQLITE_OK) sqlite3_step(stmt);
+        rc = sqlite3_finalize(stmt);
+        if (rc != SQLITE_OK) break;
+    }
+    return rc;
+}
+
+/// Writes the schema and the factory rows in one transaction: a crash leaves an empty file.
+int create_schema(const Opening &opening, sqlite3 *db, const char *volume)
+{
+    int rc = sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    for (const qdb::SchemaFile *file = qdb::kSchemaFiles; rc == SQLITE_OK && file->name; file++)
+        rc = sqlite3_exec(db, file->sql, nullptr, nullptr, nullptr);
+    if (rc == SQLITE_OK && volume) rc = add_volume(db, volume);
+    if (rc == SQLITE_OK) {
+        char sql[96];
+        snprintf(sql, sizeof sql, "PRAGMA application_id=%u; PRAGMA user_version=%d; COMMIT", kApplicationId,
+                 QBDB_SCHEMA_VERSION);
+        rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+    }
+    if (rc == SQLITE_OK) return rc;
+    rc = refuse(opening, rc, db);
+    sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
+    return rc;
+}
+
+int configure(const Opening &opening, qbdb_private *internal)
+{
+    sqlite3 *db = internal->db;
+    sqlite3_db_config(db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    const char *sql = internal->read_only ? "PRAGMA temp_store=MEMORY; PRAGMA trusted_schema=OFF"
+                                          : "PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
+                                            "PRAGMA temp_store=MEMORY; PRAGMA trusted_schema=OFF";
+    int rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
+    const struct {
+        const char *sql;
+        sqlite3_stmt **stmt;
+    } prepared[] = {{internal->read_only ? "BEGIN" : "BEGIN IMMEDIATE", &internal->begin},
+                    {"COMMIT", &internal->commit},
+                    {"ROLLBACK", &internal->rollback}};
+    for (const auto &each : prepared)
+        if (rc == SQLITE_OK) rc = sqlite3_prepare_v3(db, each.sql, -1, SQLITE_PREPARE_PERSISTENT, each.stmt, nullptr);
+    if (rc != SQLITE_OK) return refuse(opening, rc, db);
+    internal->cache = qdb::create_cache(0);
+    return internal->cache ? SQLITE_OK : refuse(opening, SQLITE_NOMEM, "out of memory");
+}
+
+int open_connection(const Opening &opening, unsigned mode, const char *volume, qbdb_private *internal)
+{
+    int rc = look_at_file(opening);
+    const bool create = mode == QBDB_OPEN_CREATE;
+    if (rc != SQLITE_OK && rc != SQLITE_EMPTY) return rc;
+    if (create && rc == SQLITE_OK) return refuse(opening, SQLITE_CANTOPEN, "is an appliance database already");
+    if (!create && rc == SQLITE_EMPTY)
+        return access(opening.path, F_OK) == 0 ? refuse(opening, SQLITE_NOTADB, "is not an appliance database")
+                                               : refuse(opening, SQLITE_CANTOPEN, "no such database");
+    const int flags = create                      ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
+                      : mode == QBDB_OPEN_READONLY ? SQLITE_OPEN_READONLY
+                                                   : SQLITE_OPEN_READWRITE;
+    rc = sqlite3_open_v2(opening.path, &internal->db, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (rc != SQLITE_OK) return refuse(opening, rc, internal->db);
+    sqlite3_busy_handler(internal->db, wait_for_lock, internal);
+    internal->read_only = sqlite3_db_readonly(internal->db, "main") == 1;
+    // Until the file has proved to be ours and of our version it is not written to, not even on close.
+    sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    rc = create ? create_schema(opening, internal->db, volume) : check_version(opening, internal->db);
+    if (rc != SQLITE_OK) return rc;
+    sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
+    return configure(opening, internal);
+}
+
+pthread_once_t apr_once = PTHREAD_ONCE_INIT;
+
+void start_apr() { apr_initialize(); }
+
+qbdb_t *make_handle()
+{
+    pthread_once(&apr_once, start_apr);
+    apr_allocator_t *allocator = nullptr;
+    if (apr_allocator_create(&allocator) != APR_SUCCESS) return nullptr;
+    apr_allocator_max_free_set(allocator, kPoolKeptFree);
+    apr_pool_t *pool = nullptr;
+    if (apr_pool_create_unmanaged_ex(&pool, nullptr, allocator) != APR_SUCCESS) {
+        apr_allocator_destroy(allocator);
+        return nullptr;
+    }
+    apr_allocator_owner_set(allocator, pool);
+    auto *qbdb = static_cast<qbdb_t *>(apr_pcalloc(pool, sizeof(qbdb_t)));
+    auto *internal = qbdb ? static_cast<qbdb_private *>(apr_pcalloc(pool, sizeof(qbdb_private))) : nullptr;
+    if (!internal) {
+        apr_pool_destroy(pool);
+        return nullptr;
+    }
+    qbdb->pool = pool;
+    qbdb->log_level = 2;
+    qbdb->internal = internal;
+    internal->allocator = allocator;
+    internal->timeout_ms = QBDB_DEFAULT_TIMEOUT_MS;
+    return qbdb;
+}
+
+}  // namespace
+
+int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db, char *text,
+              size_t size)
+{
+    *qbdb = nullptr;
+    *db = nullptr;
+    const Opening opening{path, text, size};
+    qbdb_t *handle = make_handle();
+    if (!handle) return refuse(opening, SQLITE_NOMEM, "out of memory");
+    if (const int rc = open_connection(opening, mode, volume, handle->internal)) {
+        qbdb_close(handle);
+        return rc;
+    }
+    *qbdb = handle;
+    *db = handle->internal->db;
+    return SQLITE_OK;
+}
+
+void qbdb_close(qbdb_t *qbdb)
+{
+    if (!qbdb) return;
+    qbdb_private *internal = qbdb->internal;
+    qdb::destroy_cache(internal->cache);
+    for (sqlite3_stmt *stmt : {internal->begin, internal->commit, internal->rollback}) sqlite3_finalize(stmt);
+    sqlite3_close_v2(internal->db);
+    apr_pool_destroy(qbdb->pool);  // the request pool is its child, the handle lives in it
+}
+
+int qbdb_request_begin(qbdb_t *qbdb)
+{
+    if (qbdb->request_pool) {
+        apr_pool_clear(qbdb->request_pool);
+        return SQLITE_OK;
+    }
+    const bool made = apr_pool_create_ex(&qbdb->request_pool, qbdb->pool, nullptr, nullptr) == APR_SUCCESS;
+    if (!made) qbdb->request_pool = nullptr;
+    return made ? SQLITE_OK : SQLITE_NOMEM;
+}
+
+void qbdb_request_end(qbdb_t *qbdb)
+{
+    if (qbdb->request_pool) apr_pool_destroy(qbdb->request_pool);
+    qbdb->request_pool = nullptr;
+}
+
+void qbdb_set_timeout(qbdb_t *qbdb, uint32_t milliseconds)
+{
+    qbdb->internal->timeout_ms = milliseconds;
+}
+
+void qbdb_set_statement_cache(qbdb_t *qbdb, uint32_t count)
+{
+    qdb::set_cache_bound(qbdb->internal->cache, count);
+}
+
+void qbdb_get_cache_statistics(const qbdb_t *qbdb, qbdb_cache_statistics *statistics)
+{
+    qdb::read_cache_statistics(qbdb->internal->cache, statistics);
+}
+
+void qbdb_set_statement_hook(qbdb_t *qbdb, qbdb_statement_hook hook, void *context)
+{
+    qbdb->internal->statement_hook = hook;
+    qbdb->internal->statement_context = context;
+}

@@ -1,0 +1,257 @@
+// The statement calls of the interface: run, read a table, read one value.
+#include <apr_strings.h>
+
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+
+#include "handle.h"
+
+namespace qdb {
+namespace {
+
+/// A result while it is read: cell texts one after the other, and where each begins.
+struct Cells {
+    static constexpr uint64_t kNull = UINT64_MAX;
+    char *bytes = nullptr;
+    uint64_t used = 0;
+    uint64_t capacity = 0;
+    uint64_t *starts = nullptr;
+    uint64_t count = 0;
+    uint64_t room = 0;
+
+    Cells() = default;
+    Cells(const Cells &) = delete;
+    Cells &operator=(const Cells &) = delete;
+    ~Cells()
+    {
+        sqlite3_free(bytes);
+        sqlite3_free(starts);
+    }
+
+    static bool grow(void **block, uint64_t *capacity, uint64_t wanted, size_t unit)
+    {
+        if (wanted <= *capacity) return true;
+        const uint64_t size = wanted * 2 > 64 ? wanted * 2 : 64;
+        void *grown = sqlite3_realloc64(*block, size * unit);
+        if (!grown) return false;
+        *block = grown;
+        *capacity = size;
+        return true;
+    }
+
+    bool add_start(uint64_t start)
+    {
+        void *block = starts;
+        if (!grow(&block, &room, count + 1, sizeof *starts)) return false;
+        starts = static_cast<uint64_t *>(block);
+        starts[count++] = start;
+        return true;
+    }
+
+    bool add(const char *text, size_t size)
+    {
+        void *block = bytes;
+        if (!grow(&block, &capacity, used + size + 1, 1)) return false;
+        bytes = static_cast<char *>(block);
+        if (!add_start(used)) return false;
+        if (size) memcpy(bytes + used, text, size);
+        used += size;
+        bytes[used++] = '\0';
+        return true;
+    }
+
+    /// The get-table form in one block. sqlite3_free_table reads the number of pointers it has to free
+    /// one by one from the word before the first: 1 tells it that there is nothing but the block.
+    char **finish() const
+    {
+        const uint64_t head = (count + 1) * sizeof(char *);
+        auto *table = static_cast<char **>(sqlite3_malloc64(head + used));
+        if (!table) return nullptr;
+        const intptr_t nothing_to_free = 1;
+        memcpy(&table[0], &nothing_to_free, sizeof nothing_to_free);
+        char *text = reinterpret_cast<char *>(table) + head;
+        if (used) memcpy(text, bytes, used);
+        for (uint64_t i = 0; i < count; i++) table[i + 1] = starts[i] == kNull ? nullptr : text + starts[i];
+        return table + 1;
+    }
+};
+
+bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
+{
+    switch (sqlite3_column_type(stmt, column)) {
+    case SQLITE_NULL: return cells->add_start(Cells::kNull);
+    case SQLITE_INTEGER: {
+        char digits[24];
+        const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
+        return cells->add(digits, static_cast<size_t>(end - digits));
+    }
+    default: {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+        // A stored NUL ends the text for every reader of the table.
+        return text && cells->add(text, strlen(text));
+    }
+    }
+}
+
+int read_table(const Call &call, sqlite3_stmt *stmt, char ***result, int *nrow, int *ncolumn)
+{
+    Cells cells;
+    const int columns = sqlite3_column_count(stmt);
+    for (int i = 0; i < columns; i++) {
+        const char *name = sqlite3_column_name(stmt, i);
+        if (!name || !cells.add(name, strlen(name))) return fail(call, SQLITE_NOMEM, "out of memory");
+    }
+    int rows = 0;
+    int rc;
+    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+        if (rows == INT_MAX) return fail(call, SQLITE_TOOBIG, "too many rows");
+        for (int i = 0; i < columns; i++)
+            if (!add_value(&cells, stmt, i)) return fail(call, SQLITE_NOMEM, "out of memory");
+        rows++;
+    }
+    if (rc != SQLITE_DONE) return fail(call, rc, sqlite3_errmsg(call.db));
+    *result = cells.finish();
+    if (!*result) return fail(call, SQLITE_NOMEM, "out of memory");
+    *nrow = rows;
+    *ncolumn = columns;
+    return SQLITE_OK;
+}
+
+/// Steps to the first row. `*row` tells whether there is one.
+int first_row(const Call &call, sqlite3_stmt *stmt, bool *row)
+{
+    const int rc = sqlite3_step(stmt);
+    *row = rc == SQLITE_ROW;
+    return *row || rc == SQLITE_DONE ? SQLITE_OK : fail(call, rc, sqlite3_errmsg(call.db));
+}
+
+int run_through(const Call &call, sqlite3_stmt *stmt)
+{
+    int rc;
+    while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) continue;
+    return rc == SQLITE_DONE ? SQLITE_OK : fail(call, rc, sqlite3_errmsg(call.db));
+}
+
+/// After the first row: a reader is done, a statement that writes has to run to its end to be whole.
+int finish(const Call &call, sqlite3_stmt *stmt)
+{
+    return sqlite3_stmt_readonly(stmt) ? SQLITE_OK : run_through(call, stmt);
+}
+
+/// A number from a cell: an integer as it is, text with base detection as far as it is a number.
+uint64_t column_number(sqlite3_stmt *stmt)
+{
+    if (sqlite3_column_type(stmt, 0) != SQLITE_TEXT) return static_cast<uint64_t>(sqlite3_column_int64(stmt, 0));
+    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
+    return text ? strtoull(text, nullptr, 0) : 0;
+}
+
+}  // namespace
+}  // namespace qdb
+
+using qdb::Call;
+using qdb::Statement;
+
+int qbdb_sql_exec_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, const char *file, uint32_t line,
+                          const char *format, ...)
+{
+    const Call call{qbdb, db, text, file, line};
+    Statement statement;
+    va_list args;
+    va_start(args, format);
+    int rc = qdb::prepare(call, &statement, format, args);
+    if (rc == SQLITE_OK && statement.stmt) rc = qdb::run_through(call, statement.stmt);
+    va_end(args);
+    return rc;
+}
+
+int qbdb_sql_get_table_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, const char *file, uint32_t line,
+                               char ***result, int *nrow, int *ncolumn, const char *format, ...)
+{
+    const Call call{qbdb, db, text, file, line};
+    *result = nullptr;
+    *nrow = 0;
+    *ncolumn = 0;
+    Statement statement;
+    va_list args;
+    va_start(args, format);
+    int rc = qdb::prepare(call, &statement, format, args);
+    if (rc == SQLITE_OK && statement.stmt) rc = qdb::read_table(call, statement.stmt, result, nrow, ncolumn);
+    va_end(args);
+    return rc;
+}
+
+int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, const char *file, uint32_t line,
+                                const char **value, const char *format, ...)
+{
+    const Call call{qbdb, db, text, file, line};
+    *value = nullptr;
+    Statement statement;
+    va_list args;
+    va_start(args, format);
+    int rc = qdb::prepare(call, &statement, format, args);
+    va_end(args);
+    if (rc || !statement.stmt) return rc;
+    bool row = false;
+    rc = qdb::first_row(call, statement.stmt, &row);
+    if (rc || !row) return rc;
+    const char *copy = nullptr;
+    if (sqlite3_column_type(statement.stmt, 0) != SQLITE_NULL) {
+        const auto *cell = reinterpret_cast<const char *>(sqlite3_column_text(statement.stmt, 0));
+        copy = cell ? apr_pstrdup(qdb::pool_of(qbdb), cell) : nullptr;
+        if (!copy) return qdb::fail(call, SQLITE_NOMEM, "out of memory");
+    }
+    rc = qdb::finish(call, statement.stmt);
+    if (rc == SQLITE_OK) *value = copy;
+    return rc;
+}
+
+namespace {
+
+int get_number(const Call &call, uint64_t *value, int *notfound, const char *format, va_list args)
+{
+    if (notfound) *notfound = 0;
+    Statement statement;
+    int rc = qdb::prepare(call, &statement, format, args);
+    if (rc) return rc;
+    bool row = false;
+    if (statement.stmt) rc = qdb::first_row(call, statement.stmt, &row);
+    if (rc) return rc;
+    if (!row) {
+        if (notfound) *notfound = 1;
+        return SQLITE_OK;
+    }
+    const uint64_t number = qdb::column_number(statement.stmt);
+    rc = qdb::finish(call, statement.stmt);
+    if (rc == SQLITE_OK) *value = number;
+    return rc;
+}
+
+}  // namespace
+
+int qbdb_sql_get_int32_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, const char *file, uint32_t line,
+                               int32_t *value, int *notfound, const char *format, ...)
+{
+    const Call call{qbdb, db, text, file, line};
+    auto number = static_cast<uint64_t>(static_cast<int64_t>(*value));
+    va_list args;
+    va_start(args, format);
+    const int rc = get_number(call, &number, notfound, format, args);
+    va_end(args);
+    if (rc == SQLITE_OK) *value = static_cast<int32_t>(number);
+    return rc;
+}
+
+int qbdb_sql_get_uint64_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, const char *file, uint32_t line,
+                                uint64_t *value, int *notfound, const char *format, ...)
+{
+    const Call call{qbdb, db, text, file, line};
+    va_list args;
+    va_start(args, format);
+    const int rc = get_number(call, value, notfound, format, args);
+    va_end(args);
+    return rc;
+}

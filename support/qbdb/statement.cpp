@@ -1,0 +1,464 @@
+// The statement engine: formats become prepared statements with bound values, kept per connection.
+//
+// A format is taken apart once (format.h). A call then builds the statement's text (`?1`, `?2`, … for
+// the values, everything else as text), looks it up among the connection's prepared statements and
+// binds the values. When a format has nothing to splice its text never changes, and the plan points
+// straight at its statement. What does not fit this scheme (a conversion that only SQLite's formatter
+// knows, spliced text that leaves a quote open) goes through SQLite's formatter as it always did.
+#include <apr_strings.h>
+
+#include <cstring>
+
+#include "format.h"
+#include "handle.h"
+
+namespace qdb {
+namespace {
+
+constexpr uint32_t kPlanSlots = 1024;    // power of two
+constexpr uint32_t kEntrySlots = 512;    // power of two
+constexpr uint32_t kDefaultBound = 256;
+
+struct Entry {
+    Entry *next_in_slot;
+    Entry *newer;
+    Entry *older;
+    Entry **owner;  // the plan's pointer to this entry, or null
+    sqlite3_stmt *stmt;
+    uint64_t hash;
+    uint32_t size;
+    bool busy;
+    char text[1];
+};
+
+struct PlanSlot {
+    const char *format;  // the caller's pointer, only compared
+    Plan *plan;
+    Entry *entry;        // its statement, when nothing is spliced
+};
+
+/// One argument of a call, read from the argument list.
+struct Value {
+    int64_t number;
+    uint64_t wide;
+    const char *text;
+};
+
+/// Text being put together; grows, and remembers that memory ran out.
+struct Buffer {
+    char *data = nullptr;
+    size_t size = 0;
+    size_t capacity = 0;
+    bool failed = false;
+
+    Buffer() = default;
+    Buffer(const Buffer &) = delete;
+    Buffer &operator=(const Buffer &) = delete;
+    ~Buffer() { sqlite3_free(data); }
+
+    void append(const char *bytes, size_t count)
+    {
+        if (failed) return;
+        if (size + count + 1 > capacity) {
+            const size_t wanted = (size + count + 1) * 2;
+            void *grown = sqlite3_realloc64(data, wanted);
+            if (!grown) {
+                failed = true;
+                return;
+            }
+            data = static_cast<char *>(grown);
+            capacity = wanted;
+        }
+        if (count) memcpy(data + size, bytes, count);
+        size += count;
+        data[size] = '\0';
+    }
+    void append(const char *text) { append(text, strlen(text)); }
+};
+
+uint64_t hash_of(const char *text, size_t size)
+{
+    uint64_t hash = 0x9E3779B97F4A7C15ull ^ size;
+    for (; size >= 8; text += 8, size -= 8) {
+        uint64_t word;
+        memcpy(&word, text, 8);
+        hash = (hash ^ word) * 0xFF51AFD7ED558CCDull;
+        hash ^= hash >> 32;
+    }
+    uint64_t word = 0;
+    memcpy(&word, text, size);
+    hash = (hash ^ word) * 0xFF51AFD7ED558CCDull;
+    return hash ^ (hash >> 29);
+}
+
+}  // namespace
+
+struct StatementCache {
+    PlanSlot plans[kPlanSlots];
+    Entry *entries[kEntrySlots];
+    Entry *newest;
+    Entry *oldest;
+    uint32_t bound;
+    qbdb_cache_statistics statistics;
+};
+
+namespace {
+
+void unlink(StatementCache *cache, Entry *entry)
+{
+    (entry->newer ? entry->newer->older : cache->newest) = entry->older;
+    (entry->older ? entry->older->newer : cache->oldest) = entry->newer;
+}
+
+void put_first(StatementCache *cache, Entry *entry)
+{
+    entry->newer = nullptr;
+    entry->older = cache->newest;
+    (cache->newest ? cache->newest->newer : cache->oldest) = entry;
+    cache->newest = entry;
+}
+
+void discard(StatementCache *cache, Entry *entry)
+{
+    unlink(cache, entry);
+    Entry **at = &cache->entries[entry->hash & (kEntrySlots - 1)];
+    while (*at != entry) at = &(*at)->next_in_slot;
+    *at = entry->next_in_slot;
+    if (entry->owner) *entry->owner = nullptr;
+    sqlite3_finalize(entry->stmt);
+    sqlite3_free(entry);
+    cache->statistics.held--;
+}
+
+/// Drops the least recently used statements until at most `bound` are held. One in use stays.
+void shrink(StatementCache *cache, uint32_t bound)
+{
+    for (Entry *entry = cache->oldest; entry && cache->statistics.held > bound;) {
+        Entry *next = entry->newer;
+        if (!entry->busy) {
+            discard(cache, entry);
+            cache->statistics.evictions++;
+        }
+        entry = next;
+    }
+}
+
+void touch(StatementCache *cache, Entry *entry)
+{
+    if (cache->newest == entry) return;
+    unlink(cache, entry);
+    put_first(cache, entry);
+}
+
+/// Prepares a text and checks that it is one statement. A statement of nothing but blanks is null.
+int prepare_text(const Call &call, const char *sql, size_t size, unsigned flags, sqlite3_stmt **stmt)
+{
+    const char *tail = nullptr;
+    *stmt = nullptr;
+    const int rc = sqlite3_prepare_v3(call.db, sql, static_cast<int>(size) + 1, flags, stmt, &tail);
+    if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
+    while (*tail == ';' || *tail == ' ' || *tail == '\n' || *tail == '\t' || *tail == '\r') tail++;
+    if (*tail) {
+        sqlite3_finalize(*stmt);
+        *stmt = nullptr;
+        return fail(call, SQLITE_ERROR, "more than one statement");
+    }
+    return SQLITE_OK;
+}
+
+/// The cache's entry for a text, made when it is not there. Null without an error: use no cache.
+int find_entry(const Call &call, StatementCache *cache, const char *sql, size_t size, Entry **found)
+{
+    *found = nullptr;
+    const uint64_t hash = hash_of(sql, size);
+    Entry **slot = &cache->entries[hash & (kEntrySlots - 1)];
+    for (Entry *entry = *slot; entry; entry = entry->next_in_slot) {
+        if (entry->hash != hash || entry->size != size || memcmp(entry->text, sql, size) != 0) continue;
+        if (entry->busy) return SQLITE_OK;
+        cache->statistics.hits++;
+        touch(cache, entry);
+        *found = entry;
+        return SQLITE_OK;
+    }
+    if (cache->bound == 0) return SQLITE_OK;
+    cache->statistics.misses++;
+    sqlite3_stmt *stmt = nullptr;
+    const int rc = prepare_text(call, sql, size, SQLITE_PREPARE_PERSISTENT, &stmt);
+    if (rc) return rc;
+    auto *entry = static_cast<Entry *>(sqlite3_malloc64(sizeof(Entry) + size));
+    if (!entry) {
+        sqlite3_finalize(stmt);
+        return fail(call, SQLITE_NOMEM, "out of memory");
+    }
+    memset(entry, 0, sizeof *entry);
+    memcpy(entry->text, sql, size);
+    entry->text[size] = '\0';
+    entry->size = static_cast<uint32_t>(size);
+    entry->hash = hash;
+    entry->stmt = stmt;
+    shrink(cache, cache->bound - 1);
+    entry->next_in_slot = *slot;
+    *slot = entry;
+    put_first(cache, entry);
+    cache->statistics.held++;
+    *found = entry;
+    return SQLITE_OK;
+}
+
+/// The slot of a format's plan. The pointer finds it, the text proves it: a caller may use one buffer twice.
+PlanSlot *find_plan(StatementCache *cache, const char *format)
+{
+    const auto number = reinterpret_cast<uintptr_t>(format);
+    PlanSlot *slot = &cache->plans[((number >> 3) ^ (number >> 13)) & (kPlanSlots - 1)];
+    if (slot->format == format && strcmp(slot->plan->format, format) == 0) return slot;
+    Plan *plan = make_plan(format);
+    if (!plan) return nullptr;
+    if (slot->entry) slot->entry->owner = nullptr;
+    sqlite3_free(slot->plan);
+    *slot = {format, plan, nullptr};
+    return slot;
+}
+
+void read_values(const Plan *plan, Value *values, va_list args)
+{
+    for (uint32_t i = 0; i < plan->count; i++) {
+        Value &value = values[i];
+        value = {};
+        switch (plan->conversions[i].argument) {
+        case Argument::int32:
+        case Argument::character: value.number = va_arg(args, int); break;
+        case Argument::uint32: value.number = va_arg(args, unsigned); break;
+        case Argument::int64: value.number = va_arg(args, long long); break;
+        case Argument::uint64:
+            value.wide = va_arg(args, unsigned long long);
+            value.number = static_cast<int64_t>(value.wide);
+            break;
+        case Argument::text: value.text = va_arg(args, const char *); break;
+        }
+    }
+}
+
+bool is_wide(const Conversion &conversion, const Value &value)
+{
+    return conversion.argument == Argument::uint64 && value.wide > static_cast<uint64_t>(INT64_MAX);
+}
+
+/// Appends the text of a value that is not bound. False when it would change what surrounds it.
+bool splice(const Conversion &conversion, const Value &value, Buffer *out)
+{
+    char scratch[64];
+    char *owned = nullptr;
+    const char *text = scratch;
+    if (is_wide(conversion, value))
+        sqlite3_snprintf(sizeof scratch, scratch, "%llu", static_cast<sqlite3_uint64>(value.wide));
+    else if (conversion.letter == 's')
+        text = value.text ? value.text : "";
+    else if (conversion.letter == 'c')
+        sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
+    else if (conversion.letter == 'q' || conversion.letter == 'Q')
+        text = owned = sqlite3_mprintf(conversion.letter == 'q' ? "%q" : "%Q", value.text);
+    else
+        sqlite3_snprintf(sizeof scratch, scratch, "%lld", static_cast<sqlite3_int64>(value.number));
+    if (!text) {
+        out->failed = true;
+        return true;
+    }
+    const size_t size = strlen(text);
+    out->append(text, size);
+    char previous = '\0';
+    Lexical state = conversion.state;
+    bool whole = true;
+    for (size_t i = 0; i < size && whole; i++) {
+        if (state == Lexical::code && strchr("?:@#", text[i])) whole = false;
+        state = follow(state, &previous, text + i, 1);
+    }
+    sqlite3_free(owned);
+    return whole && state == conversion.state;
+}
+
+/// Builds the statement's text. False when this call has to go through SQLite's formatter.
+bool build_text(const Plan *plan, const Value *values, Buffer *out)
+{
+    const char *literal = plan->literals;
+    uint32_t number = 0;
+    for (uint32_t i = 0; i < plan->count; i++) {
+        const Conversion &conversion = plan->conversions[i];
+        out->append(literal, conversion.literal);
+        literal += conversion.literal;
+        number += conversion.bound;
+        if (conversion.bound && !is_wide(conversion, values[i])) {
+            char parameter[16];
+            sqlite3_snprintf(sizeof parameter, parameter, "?%u", number);
+            out->append(parameter);
+        } else if (!splice(conversion, values[i], out)) {
+            return false;
+        }
+    }
+    out->append(literal, plan->tail);
+    return true;
+}
+
+int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Value *values)
+{
+    int number = 0;
+    for (uint32_t i = 0; i < plan->count; i++) {
+        const Conversion &conversion = plan->conversions[i];
+        if (!conversion.bound) continue;
+        number++;
+        if (is_wide(conversion, values[i])) continue;
+        int rc;
+        if (conversion.argument != Argument::text)
+            rc = sqlite3_bind_int64(stmt, number, values[i].number);
+        else if (values[i].text)
+            rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
+        else
+            rc = sqlite3_bind_null(stmt, number);
+        // A range error is no failure: text that was spliced in may have ended the statement's values early.
+        if (rc != SQLITE_OK && rc != SQLITE_RANGE) return fail(call, rc, sqlite3_errmsg(call.db));
+    }
+    return SQLITE_OK;
+}
+
+/// The whole statement formatted by SQLite and prepared for this one call.
+int prepare_plain(const Call &call, Statement *statement, const char *format, va_list args)
+{
+    char *sql = sqlite3_vmprintf(format, args);
+    if (!sql) return fail(call, SQLITE_NOMEM, "out of memory");
+    const int rc = prepare_text(call, sql, strlen(sql), 0, &statement->stmt);
+    sqlite3_free(sql);
+    return rc;
+}
+
+int prepare_cached(const Call &call, StatementCache *cache, Statement *statement, const char *format, va_list args)
+{
+    PlanSlot *slot = find_plan(cache, format);
+    if (!slot) return fail(call, SQLITE_NOMEM, "out of memory");
+    const Plan *plan = slot->plan;
+    if (plan->plain) return prepare_plain(call, statement, format, args);
+
+    Value values[kMaxConversions];
+    va_list again;
+    va_copy(again, args);
+    read_values(plan, values, again);
+    va_end(again);
+
+    bool fixed = plan->bound == plan->count;
+    for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = !is_wide(plan->conversions[i], values[i]);
+
+    Entry *entry = fixed ? slot->entry : nullptr;
+    if (entry && !entry->busy) {
+        cache->statistics.hits++;
+        touch(cache, entry);
+    } else {
+        Buffer text;
+        if (!build_text(plan, values, &text)) return prepare_plain(call, statement, format, args);
+        if (text.failed) return fail(call, SQLITE_NOMEM, "out of memory");
+        // SQLite refuses a value in a few places (in a CREATE statement, say): what it then says of the
+        // plain text is what counts.
+        const char *ignored = nullptr;
+        Call quiet = call;
+        quiet.text = &ignored;
+        int rc = find_entry(quiet, cache, text.data ? text.data : "", text.size, &entry);
+        if ((rc & 0xFF) == SQLITE_NOMEM) return fail(call, rc, "out of memory");
+        if (rc || !entry) return prepare_plain(call, statement, format, args);
+        if (fixed && !entry->owner) {
+            if (slot->entry) slot->entry->owner = nullptr;
+            slot->entry = entry;
+            entry->owner = &slot->entry;
+        }
+    }
+    entry->busy = true;
+    statement->stmt = entry->stmt;
+    statement->busy = &entry->busy;
+    return bind_values(call, entry->stmt, plan, values);
+}
+
+}  // namespace
+
+int fail(const Call &call, int rc, const char *text)
+{
+    if (call.text) {
+        const char *copy = text ? apr_pstrdup(pool_of(call.qbdb), text) : nullptr;
+        *call.text = copy ? copy : "out of memory";
+    }
+    return rc & 0xFF;
+}
+
+int ask_hook(const Call &call, const char *sql)
+{
+    const qbdb_private *internal = call.qbdb->internal;
+    if (!internal->statement_hook) return SQLITE_OK;
+    const char *text = nullptr;
+    const int rc = internal->statement_hook(internal->statement_context, sql, call.file, call.line, &text);
+    return rc ? fail(call, rc, text ? text : "refused") : SQLITE_OK;
+}
+
+Statement::~Statement()
+{
+    if (busy) {
+        sqlite3_reset(stmt);
+        sqlite3_clear_bindings(stmt);  // they point into the caller's memory
+        *busy = false;
+    } else {
+        sqlite3_finalize(stmt);
+    }
+}
+
+int prepare(const Call &call, Statement *statement, const char *format, va_list args)
+{
+    if (call.text) *call.text = nullptr;
+    if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
+    if (call.qbdb->internal->statement_hook) {
+        va_list again;
+        va_copy(again, args);
+        char *sql = sqlite3_vmprintf(format, again);
+        va_end(again);
+        if (!sql) return fail(call, SQLITE_NOMEM, "out of memory");
+        const int rc = ask_hook(call, sql);
+        sqlite3_free(sql);
+        if (rc) return rc;
+    }
+    // Only the handle's own connection is sure to be closed after its statements are finalised.
+    StatementCache *cache = call.db == call.qbdb->internal->db ? call.qbdb->internal->cache : nullptr;
+    return cache ? prepare_cached(call, cache, statement, format, args)
+                 : prepare_plain(call, statement, format, args);
+}
+
+int run(const Call &call, const char *sql)
+{
+    if (call.text) *call.text = nullptr;
+    if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
+    if (const int rc = ask_hook(call, sql)) return rc;
+    const int rc = sqlite3_exec(call.db, sql, nullptr, nullptr, nullptr);
+    return rc ? fail(call, rc, sqlite3_errmsg(call.db)) : SQLITE_OK;
+}
+
+StatementCache *create_cache(uint32_t bound)
+{
+    auto *cache = static_cast<StatementCache *>(sqlite3_malloc64(sizeof(StatementCache)));
+    if (!cache) return nullptr;
+    memset(cache, 0, sizeof *cache);
+    cache->bound = bound ? bound : kDefaultBound;
+    return cache;
+}
+
+void destroy_cache(StatementCache *cache)
+{
+    if (!cache) return;
+    while (cache->newest) discard(cache, cache->newest);
+    for (PlanSlot &slot : cache->plans) sqlite3_free(slot.plan);
+    sqlite3_free(cache);
+}
+
+void set_cache_bound(StatementCache *cache, uint32_t bound)
+{
+    cache->bound = bound;
+    shrink(cache, bound);
+}
+
+void read_cache_statistics(const StatementCache *cache, qbdb_cache_statistics *statistics)
+{
+    *statistics = cache->statistics;
+}
+
+}  // namespace qdb
