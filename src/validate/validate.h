@@ -230,11 +230,7 @@ int32_t parse_media_type(const char *value, const char *fallback, int32_t *out);
 /// \retval 1  null, empty, another character, 0 or too large
 int32_t parse_resource_id(const char *text, int32_t *out);
 
-/// What records carry in place of a secret: eight black circles in UTF-8.
-inline constexpr char password_mask[] = "\xe2\x97\x8f\xe2\x97\x8f\xe2\x97\x8f\xe2\x97\x8f"
-                                        "\xe2\x97\x8f\xe2\x97\x8f\xe2\x97\x8f\xe2\x97\x8f";
-
-/// Whether a password is the mask, which on input means that the stored password stays. False for null.
+/// Whether a password is #masked_password, which on input means that the stored password stays. False for null.
 bool is_password_mask(const char *password);
 
 /// @}

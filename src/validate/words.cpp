@@ -234,7 +234,7 @@ int32_t parse_resource_id(const char *text, int32_t *out)
 
 bool is_password_mask(const char *password)
 {
-    return password != nullptr && std::strcmp(password, password_mask) == 0;
+    return password != nullptr && std::strcmp(password, masked_password) == 0;
 }
 
 } // namespace qb
