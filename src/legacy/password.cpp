@@ -21,12 +21,11 @@ void append_salt(char *out, uint32_t random)
 /// crypt with a work area of its own, wiped afterwards; the result lives in the call's pool.
 const char *run_crypt(const CallContext *ctx, const char *password, const char *setting)
 {
-    auto *area = allocate<crypt_data>(ctx);
-    if (!area) return nullptr;
-    const char *hash = crypt_r(password, setting, area);
+    crypt_data area{};  // on the stack: a list of users would fill the pool with these
+    const char *hash = crypt_r(password, setting, &area);
     // libcrypt answers with a text that begins with '*' when it cannot hash.
     const char *copy = hash && hash[0] != '*' ? copy_text(ctx, hash) : nullptr;
-    explicit_bzero(area, sizeof *area);
+    explicit_bzero(&area, sizeof area);
     return copy;
 }
 
