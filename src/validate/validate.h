@@ -197,7 +197,7 @@ enum class Case { exact, ignored };
 /// @retval 1  it is not, or it is null
 int32_t check_one_of(const char *value, Case letters, std::span<const char *const> words);
 
-/// \overload
+/// @overload
 inline int32_t check_one_of(const char *value, Case letters, std::initializer_list<const char *> words)
 {
     return check_one_of(value, letters, std::span<const char *const>(words.begin(), words.size()));
