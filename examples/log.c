@@ -1,0 +1,34 @@
+/* Adds an entry to the system log of a fresh appliance database and reads the log back. */
+#include <qbdb.h>
+#include <qbobj.h>
+#include <stdio.h>
+
+int main(int argc, char **argv)
+{
+    qbdb_t *qbdb;
+    sqlite3 *db;
+    char why[256];
+    ErrorInfo err;
+
+    if (argc != 2) {
+        fprintf(stderr, "usage: log FILE\n");
+        return 2;
+    }
+    if (qbdb_open(argv[1], QBDB_OPEN_CREATE, NULL, &qbdb, &db, why, sizeof why) != 0) {
+        fprintf(stderr, "%s\n", why);
+        return 1;
+    }
+
+    if (qbobj_addLog(qbdb, db, 0, QBLOG_SEVERITY_NOTICE, QBLOG_CATEGORY_SYSTEM, "LOGMSG_HELLO", NULL, &err) != 0)
+        fprintf(stderr, "%u %s\n", err.code, err.message);
+
+    LogEntry *entries = NULL;
+    int32_t count = 0, total = 0;
+    if (qbobj_getLog(qbdb, db, NULL, &entries, &count, &total, &err) != 0)
+        fprintf(stderr, "%u %s\n", err.code, err.message);
+    for (LogEntry *entry = entries; entry; entry = entry->next)
+        printf("%d %s %s %s\n", entry->LogId, entry->Severity, entry->Category, entry->MessageTag);
+
+    qbdb_close(qbdb); /* everything that was returned goes away with the handle's pool */
+    return total == 1 ? 0 : 1;
+}

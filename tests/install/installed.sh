@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs the build, moves the installation elsewhere, and builds and runs the examples against it, by
+# pkg-config and by find_package: installed.sh SOURCE BUILD CC CXX
+set -euo pipefail
+source_dir=$1 build_dir=$2 cc=$3 cxx=$4
+
+home=$(mktemp -d)
+trap 'rm -rf "$home"' EXIT
+cmake --install "$build_dir" --prefix "$home/first" > /dev/null
+mv "$home/first" "$home/moved"
+libdir=$(dirname "$(find "$home/moved" -name 'libqbobj.so')")
+export LD_LIBRARY_PATH=$libdir
+
+echo "-- the installed command line"
+"$home/moved/bin/qbobj" init "$home/tool.db"
+
+echo "-- by pkg-config"
+export PKG_CONFIG_PATH=$libdir/pkgconfig
+flags=$(pkg-config --cflags --libs qbobj)
+# shellcheck disable=SC2086
+"$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$source_dir/examples/log.c" -o "$home/log" $flags
+# shellcheck disable=SC2086
+"$cxx" -std=c++17 -Wall -Wextra -pedantic -Werror "$source_dir/examples/types.cpp" -o "$home/types" $flags
+"$home/log" "$home/one.db"
+"$home/types" | tail -n 1
+
+echo "-- by find_package"
+cmake -S "$source_dir/examples" -B "$home/build" -DCMAKE_PREFIX_PATH="$home/moved" \
+  -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" > /dev/null
+cmake --build "$home/build" > /dev/null
+"$home/build/log" "$home/two.db"
+"$home/build/types" | tail -n 1
+
+echo "-- nothing in the installation names the build"
+if grep -rlI -e "$build_dir" -e "$home/first" "$home/moved"; then exit 1; fi
+for library in "$libdir"/libqb*.so; do
+  if strings -a "$library" | grep -e "$source_dir/"; then exit 1; fi
+done
