@@ -1,6 +1,8 @@
 // Every allocation of every operation fails once: nobody may miss it.
-#include <apr_pools.h>
+#include <apr_strings.h>
 #include <dlfcn.h>
+
+#include <cstdarg>
 
 #include "users/users.h"
 
@@ -13,19 +15,36 @@ bool fails()
     return left > 0 && --left == 0;
 }
 
+/// The pool library's own function of a name.
+template <class Function>
+Function own(const char *name)
+{
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
 }  // namespace
 
 // These stand before the pool library's own for the whole program.
 extern "C" void *apr_palloc(apr_pool_t *pool, apr_size_t size)
 {
-    static const auto real = reinterpret_cast<decltype(&apr_palloc)>(dlsym(RTLD_NEXT, "apr_palloc"));
-    return fails() ? nullptr : real(pool, size);
+    static const auto allocate = own<decltype(&apr_palloc)>("apr_palloc");
+    return fails() ? nullptr : allocate(pool, size);
 }
 
-extern "C" void *apr_pcalloc(apr_pool_t *pool, apr_size_t size)
+extern "C" char *apr_pstrdup(apr_pool_t *pool, const char *text)
 {
-    static const auto real = reinterpret_cast<decltype(&apr_pcalloc)>(dlsym(RTLD_NEXT, "apr_pcalloc"));
-    return fails() ? nullptr : real(pool, size);
+    static const auto copy = own<decltype(&apr_pstrdup)>("apr_pstrdup");
+    return fails() ? nullptr : copy(pool, text);
+}
+
+extern "C" char *apr_psprintf(apr_pool_t *pool, const char *format, ...)
+{
+    if (fails()) return nullptr;
+    va_list args;
+    va_start(args, format);
+    char *text = apr_pvsprintf(pool, format, args);
+    va_end(args);
+    return text;
 }
 
 using namespace test;
@@ -39,7 +58,7 @@ struct Allocations : Users {
     {
         sql("INSERT INTO share (id,name,zfs_name) VALUES(1,'media','tank/media')");
         for (const char *name : {"anna", "bob"}) {
-            const int32_t id = name[0];
+            const int32_t id = name[0] == 'a' ? 100 : 101;
             const std::string number = std::to_string(id);
             add_user(id, name, "99",
                      "fullname='Full',email='a@example.com',home='/home',passwd='$1$hash',is_locked=1,shell_access=1");
@@ -90,7 +109,7 @@ TEST_F(Allocations, OneUser)
     expect_each_noticed(
         [&] {
             user = {};
-            user.resource_id = 'a';
+            user.resource_id = 100;
             return qbobj_getUser(qbdb, db, &user, &err);
         },
         2, kMessage);
