@@ -4,14 +4,19 @@
 
 #include <cstdarg>
 
+#include "users/allocations.h"
 #include "users/users.h"
+
+size_t test::pool_bytes = 0;
 
 namespace {
 
 int left = 0;  // allocations until the one that fails; 0 lets all succeed
 
-bool fails()
+/// Counts an allocation; true when it is the one to fail.
+bool fails(size_t size)
 {
+    test::pool_bytes += (size + 7) / 8 * 8;
     return left > 0 && --left == 0;
 }
 
@@ -28,23 +33,22 @@ Function own(const char *name)
 extern "C" void *apr_palloc(apr_pool_t *pool, apr_size_t size)
 {
     static const auto allocate = own<decltype(&apr_palloc)>("apr_palloc");
-    return fails() ? nullptr : allocate(pool, size);
+    return fails(size) ? nullptr : allocate(pool, size);
 }
 
 extern "C" char *apr_pstrdup(apr_pool_t *pool, const char *text)
 {
     static const auto copy = own<decltype(&apr_pstrdup)>("apr_pstrdup");
-    return fails() ? nullptr : copy(pool, text);
+    return fails(strlen(text) + 1) ? nullptr : copy(pool, text);
 }
 
 extern "C" char *apr_psprintf(apr_pool_t *pool, const char *format, ...)
 {
-    if (fails()) return nullptr;
     va_list args;
     va_start(args, format);
     char *text = apr_pvsprintf(pool, format, args);
     va_end(args);
-    return text;
+    return fails(strlen(text) + 1) ? nullptr : text;
 }
 
 using namespace test;
