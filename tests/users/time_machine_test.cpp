@@ -119,7 +119,15 @@ TEST_F(TimeMachine, PathsTooLongMeasureNothing)
     std::string path = directory.path;
     while (path.size() < 4050) path += "/.";
     EXPECT_EQ(get_tm_used_mb(path.c_str()), 3u);  // ".../laptop.sparsebundle/Info.plist" still fits
-    while (path.size() < 4090) path += "/.";
+    // One byte too long: cut, it would name another file.
+    const size_t fits = 4095 - strlen("/laptop.sparsebundle/Info.plist");
+    while (path.size() + 1 < fits) path += "/.";
+    while (path.size() < fits) path += "/";
+    EXPECT_EQ(get_tm_used_mb(path.c_str()), 3u);
+    std::filesystem::copy(bundle + "/Info.plist", bundle + "/Info.plis");
+    path += "/";
+    EXPECT_EQ(get_tm_used_mb(path.c_str()), 0u);
+    while (path.size() < 5000) path += "/";
     EXPECT_EQ(get_tm_used_mb(path.c_str()), 0u);
 }
 
