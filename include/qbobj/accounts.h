@@ -109,13 +109,13 @@ struct AccountQuery {
     const char *name_fix; /**< Exact name for the option SINGLE_USER. */
 };
 
-/** SystemGroup. */
+/** Name and POSIX id of any group. */
 struct SystemGroup {
     struct SystemGroup *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t GroupId; /**< */
-    const char *GroupName; /**< */
-    int32_t _PosixId; /**< */
+    int32_t resource_id; /**< Id of the group; below 1: GroupId is looked at. */
+    int32_t GroupId; /**< Id of the group; equal to resource_id on output. */
+    const char *GroupName; /**< Name of the group; output only. */
+    int32_t _PosixId; /**< POSIX gid, -1 when the directory does not know it; output only. */
 };
 
 /** AccountDefault. */
@@ -207,23 +207,26 @@ struct UserCollection {
     int32_t TotalEntries; /**< Number of users before the name filter and the options that choose among them. */
 };
 
-/** Group. */
+/** A group. */
 struct Group {
     struct Group *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t GroupId; /**< */
-    const char *GroupName; /**< */
-    const char *OldGroupName; /**< */
-    struct User *SecondaryMember; /**< */
-    struct Quota *GroupQuota; /**< */
-    int32_t IsDomainMember; /**< */
+    int32_t resource_id; /**< Id by which the caller addresses the group; below 1: GroupId is looked at. Of a new
+                              group output only. */
+    int32_t GroupId; /**< Id of the group; equal to resource_id when read. Of a new group the wished id, 100 to 32767,
+                          or below 1 for any. */
+    const char *GroupName; /**< Name of the group. */
+    const char *OldGroupName; /**< Neither read nor written. */
+    struct User *SecondaryMember; /**< Secondary members. On input each is addressed by resource_id or, when that is
+                                       below 1, by UserId. */
+    struct Quota *GroupQuota; /**< Quotas per share; AccountId is the id of the group. */
+    int32_t IsDomainMember; /**< 1 for a group of the directory; output only. */
 };
 
-/** GroupCollection. */
+/** Groups, and how many there are. */
 struct GroupCollection {
-    struct Group *Group; /**< */
-    int32_t Entries; /**< */
-    int32_t TotalEntries; /**< */
+    struct Group *Group; /**< First of the list, or null. */
+    int32_t Entries; /**< Number of groups that match the whole filter, the page not considered. */
+    int32_t TotalEntries; /**< Number of groups before the name filter. */
 };
 
 /** SmbUserNameMapCollection. */
@@ -383,6 +386,161 @@ QBOBJ_API uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *n
  */
 QBOBJ_API uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, uint64_t *bytes,
                                                               ErrorInfo *err);
+
+/* ---- Groups ------------------------------------------------------------------------------------- */
+
+/**
+ * Finds the id of a local or privileged group, in directory mode too.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
+ * @param id   Out: the id, -1 when there is no such group. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
+ */
+QBOBJ_API uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err);
+
+/**
+ * Finds the name of a group.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the group.
+ * @param name Out: the name; for an id that no group has its decimal text, or "" when it is negative.
+ *             "" on failure. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0, 0xFFFFFFFF (-1) database failure.
+ */
+QBOBJ_API uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err);
+
+/**
+ * Finds the id of a user's primary group.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param userName Name of the user; null for the guest group, or `nogroup` when there is none.
+ * @param id       Out: the id, -1 when there is no such user or it has no primary group; the id of a domain
+ *                 group may be negative. Not null.
+ * @param err      Out: error record, not null; stays zero.
+ * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
+ */
+QBOBJ_API uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err);
+
+/**
+ * Finds the POSIX gid of a group by name. In directory mode the directory is asked for a name that is not
+ * that of a local or privileged group.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The gid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Finds the POSIX gid that goes with an id. An id of 0 or more is its own gid, whether a group has it or
+ * not; a negative one is asked of the directory.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the group.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The gid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err);
+
+/**
+ * Tells whether a user is a member of a group, be it primary or secondary.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param userName  Name of the user; null is nobody.
+ * @param groupName Name of the group; null has no members.
+ * @param err       Out: error record, not null; stays zero.
+ * @return 0 a member, 1 not a member, 0xFFFFFFFF (-1) database failure.
+ */
+QBOBJ_API uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName,
+                                         ErrorInfo *err);
+
+/**
+ * Lists groups: filtered, in order, page by page, each with its quotas and its secondary members, those by
+ * name without regard to case and with their own quotas; their passwords are masked. Privileged and removed
+ * groups, `guest` and `nogroup` are never listed.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param groups In/out: groups are appended to its list, the counts are set. A failure while the groups
+ *               are read leaves those read so far in the list. Not null.
+ * @param query  What to list: `limit`, `offset`, `name_like`, `order` and `ads` count. Null for all groups
+ *               by name, domain groups in directory mode and local groups else.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 the name pattern is longer than 256 bytes.
+ */
+QBOBJ_API uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
+                                            ErrorInfo *err);
+
+/**
+ * Reads one group. Its statement is one that the database refuses, so that the call always fails: read
+ * groups through qbobj_getGroupCollection(), and names through qbobj_getSystemGroup().
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In: `resource_id`, or `GroupId` when that is below 1; not written. Not null.
+ * @param err   Out: error record, not null.
+ * @return 5 always, except 8 no id.
+ */
+QBOBJ_API uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Reads the name and the POSIX gid of any group by its id. The directory is asked for an id that is not in
+ * the database.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In: `resource_id`, or `GroupId` when that is below 1 (negative ids in directory mode only).
+ *              Out: the group; not written on failure. Not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, no such group, or a negative id outside directory mode;
+ *         8 no id.
+ */
+QBOBJ_API uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err);
+
+/**
+ * Creates groups with their quotas and secondary members; all of the chain or none.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In/out: chain of groups; null creates none. `GroupName` is required and must not be that of
+ *              any group, a removed one included. `GroupId` is the id (100 to 32767); below 1 the lowest
+ *              free one is taken. `GroupQuota` and `SecondaryMember` may be null. Each group created gets
+ *              its id in `resource_id`, which counts only when the call succeeds.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share, a member named twice, or no free id; 8 no or a bad name, an id
+ *         out of range, or a member without an id; 803 the name is taken; 804 the id is taken; 806 the name is
+ *         too long.
+ */
+QBOBJ_API uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Removes groups with their quotas and memberships; all of the chain or none. A removed group is no longer
+ * listed, but its name and id stay taken. The default group, and a group that is the primary group of a
+ * user, cannot go.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ *              removes none.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure; 6 nothing was removed; 8 no id, or no such group; 822 a user's primary
+ *         group; 844 the default group.
+ */
+QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Changes groups; all of the chain or none. The secondary members are replaced as a whole: a record without
+ * `SecondaryMember` takes all of them away.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ *              changes none. A `GroupName` that is not null renames the group; the default group does not
+ *              follow a new name. Each quota of `GroupQuota` is set, or removed when its `HardMB` is 0; quotas for
+ *              other shares stay. The list of members ends at the first one without a `UserName`.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share, or a member named twice; 8 no id, no such group, a bad name, or a
+ *         member without an id; 803 the name is taken; 806 the name is too long.
+ */
+QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
 // The exported operations: each runs its worker in the frame, and nothing else stands here.
+#include "accounts/groups.h"
 #include "accounts/users.h"
 #include "frame/frame.h"
 #include "qbobj.h"
@@ -89,4 +90,67 @@ uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, u
 {
     return framed<x_qbobj_getUserHomeFolderTotalConsumedInByte>("qbobj_getUserHomeFolderTotalConsumedInByte", qbdb, db,
                                                                 err, bytes);
+}
+
+// ---- Groups
+
+uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGID>("qbobj_getGID", qbdb, db, err, name, id);
+}
+
+uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroupName>("qbobj_getGroupName", qbdb, db, err, id, name);
+}
+
+uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPrimaryGID>("qbobj_getPrimaryGID", qbdb, db, err, userName, id);
+}
+
+uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixGID>("qbobj_getPosixGID", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixGIDbyGID>("qbobj_getPosixGIDbyGID", qbdb, db, err, id);
+}
+
+uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName, ErrorInfo *err)
+{
+    return framed<x_qbobj_isMemberOfGroup>("qbobj_isMemberOfGroup", qbdb, db, err, userName, groupName);
+}
+
+uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
+                                  ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroupCollection>("qbobj_getGroupCollection", qbdb, db, err, groups, query);
+}
+
+uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroup>("qbobj_getGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSystemGroup>("qbobj_getSystemGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_addGroup>("qbobj_addGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteGroup>("qbobj_deleteGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyGroup>("qbobj_modifyGroup", qbdb, db, err, group);
 }
