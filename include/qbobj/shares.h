@@ -11,301 +11,299 @@
 extern "C" {
 #endif
 
-/** Host. */
+/** A host or network of an access list. */
 struct Host {
-    struct Host *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t HostId; /**< */
-    const char *HostName; /**< */
+    struct Host *next;    /**< Next element of the list, or null. */
+    int32_t resource_id;  /**< Database key. */
+    int32_t HostId;       /**< Database key, as the caller gives it. */
+    const char *HostName; /**< Host name, IPv4 address or network ("192.168.1.0/24"). */
 };
 
-/** DfolderAcl. */
+/** A DFS link in a share: a folder that leads to a share on another server. */
 struct DfolderAcl {
     struct DfolderAcl *next; /**< Next element of the list, or null. */
-    const char *Name; /**< */
-    const char *Address; /**< */
-    const char *RemoteShare; /**< */
+    const char *Name;        /**< Name of the folder. */
+    const char *Address;     /**< Address of the server. */
+    const char *RemoteShare; /**< Share on that server. */
 };
 
-/** UserPasswordAcl. */
+/** A user of an rsync module. */
 struct UserPasswordAcl {
     struct UserPasswordAcl *next; /**< Next element of the list, or null. */
-    const char *UserName; /**< */
-    const char *Password; /**< */
+    const char *UserName;         /**< Name of the user. */
+    const char *Password;         /**< Password in clear. */
 };
 
-/** ZvolShareOption. */
+/** What only a block volume has. */
 struct ZvolShareOption {
-    const char *ZfsName; /**< */
-    uint64_t SizeKB; /**< */
-    uint64_t UsedKB; /**< */
-    int32_t IsSparse; /**< */
+    const char *ZfsName; /**< Name of the data set. */
+    uint64_t SizeKB;     /**< Size in KiB. */
+    uint64_t UsedKB;     /**< Used space in KiB. */
+    int32_t IsSparse;    /**< 1 when space is taken only as it is written. */
 };
 
-/** DlnaShareOption. */
+/** A share over DLNA. */
 struct DlnaShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    const char *MediaType; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< "ReadOnly" or "Disabled". */
+    const char *MediaType;     /**< "All", "Music", "Photo" or "Video"; read back as the stored number. */
 };
 
-/** DaapShareOption. */
+/** A share over DAAP. */
 struct DaapShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
+    int32_t NotAvailable; /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;      /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
 };
 
-/** PosixAcl. */
+/** One POSIX ACL entry of a share's folder. */
 struct PosixAcl {
     struct PosixAcl *next; /**< Next element of the list, or null. */
-    int32_t Type; /**< */
-    int32_t Tag; /**< */
-    int32_t Perm; /**< */
-    int32_t Id; /**< */
-    const char *Name; /**< */
+    int32_t Type;          /**< Access or default list, as libacl numbers them. */
+    int32_t Tag;           /**< Tag of the entry, as libacl numbers them. */
+    int32_t Perm;          /**< Permission bits: 4 read, 2 write, 1 execute. */
+    int32_t Id;            /**< POSIX uid or gid. */
+    const char *Name;      /**< Name of the user or group. */
 };
 
-/** UsedBy. */
+/** An application that uses a share. */
 struct UsedBy {
     struct UsedBy *next; /**< Next element of the list, or null. */
-    const char *AppName; /**< */
-    const char *AppData; /**< */
+    const char *AppName; /**< Name of the application. */
+    const char *AppData; /**< What the application keeps there. */
 };
 
-/** Process. */
+/** A process that works on a share. */
 struct Process {
     struct Process *next; /**< Next element of the list, or null. */
-    int32_t ProcessId; /**< */
-    int32_t Blocking; /**< */
-    int32_t Timestamp; /**< */
+    int32_t ProcessId;    /**< Process id. */
+    int32_t Blocking;     /**< How strongly it blocks others; the largest counts. */
+    int32_t Timestamp;    /**< When it registered, in seconds since the epoch. */
 };
 
-/** HostAcl. */
+/** A host's access to a share. */
 struct HostAcl {
     struct HostAcl *next; /**< Next element of the list, or null. */
-    struct Host *Host; /**< */
-    const char *Access; /**< */
-    int32_t Root; /**< */
+    struct Host *Host;    /**< The host. */
+    const char *Access;   /**< "ReadWrite", "ReadOnly" or "Disabled". */
+    int32_t Root;         /**< 1 grants root access (NFS). */
 };
 
-/** UserAcl. */
+/** A user's access to a share. */
 struct UserAcl {
-    struct UserAcl *next; /**< Next element of the list, or null. */
-    struct SystemUser *User; /**< */
-    const char *Access; /**< */
+    struct UserAcl *next;    /**< Next element of the list, or null. */
+    struct SystemUser *User; /**< The user. */
+    const char *Access;      /**< "ReadWrite", "ReadOnly" or "Disabled". */
 };
 
-/** GroupAcl. */
+/** A group's access to a share. */
 struct GroupAcl {
-    struct GroupAcl *next; /**< Next element of the list, or null. */
-    struct SystemGroup *Group; /**< */
-    const char *Access; /**< */
+    struct GroupAcl *next;     /**< Next element of the list, or null. */
+    struct SystemGroup *Group; /**< The group. */
+    const char *Access;        /**< "ReadWrite", "ReadOnly" or "Disabled". */
 };
 
-/** CifsShareOption. */
+/** A share over SMB. */
 struct CifsShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    int32_t AllowGuestAccess_void; /**< Non-zero: AllowGuestAccess has no value. */
-    int32_t AllowGuestAccess; /**< */
-    int32_t ShareDisplayOption_void; /**< Non-zero: ShareDisplayOption has no value. */
-    int32_t ShareDisplayOption; /**< */
-    int32_t EnableRecycleBin_void; /**< Non-zero: EnableRecycleBin has no value. */
-    int32_t EnableRecycleBin; /**< */
-    int32_t RecycleSizeLimit_void; /**< Non-zero: RecycleSizeLimit has no value. */
-    int32_t RecycleSizeLimit; /**< */
-    int32_t RecycleAgeLimit_void; /**< Non-zero: RecycleAgeLimit has no value. */
-    int32_t RecycleAgeLimit; /**< */
-    int32_t NewFileFolderPermAutoset_void; /**< Non-zero: NewFileFolderPermAutoset has no value. */
-    int32_t NewFileFolderPermAutoset; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    int32_t AllowGuestAccess_void;           /**< Non-zero: AllowGuestAccess has no value. */
+    int32_t AllowGuestAccess;                /**< 1 lets guests in. */
+    int32_t ShareDisplayOption_void;         /**< Non-zero: ShareDisplayOption has no value. */
+    int32_t ShareDisplayOption;              /**< 1 hides the share from browsing. */
+    int32_t EnableRecycleBin_void;           /**< Non-zero: EnableRecycleBin has no value. */
+    int32_t EnableRecycleBin;                /**< 1 moves deleted files to a recycle bin. */
+    int32_t RecycleSizeLimit_void;           /**< Non-zero: RecycleSizeLimit has no value. */
+    int32_t RecycleSizeLimit;                /**< Largest size of the recycle bin in MB, 0 for none. */
+    int32_t RecycleAgeLimit_void;            /**< Non-zero: RecycleAgeLimit has no value. */
+    int32_t RecycleAgeLimit;                 /**< Days that a deleted file is kept, 0 for ever. */
+    int32_t NewFileFolderPermAutoset_void;   /**< Non-zero: NewFileFolderPermAutoset has no value. */
+    int32_t NewFileFolderPermAutoset;        /**< 1 sets the rights below on what is newly created. */
     int32_t AclChangeRestrictionToggle_void; /**< Non-zero: AclChangeRestrictionToggle has no value. */
-    int32_t AclChangeRestrictionToggle; /**< */
-    const char *FileCreateGroupRights; /**< */
-    const char *FileCreateEveryoneRights; /**< */
-    const char *FolderCreateGroupRights; /**< */
-    const char *FolderCreateEveryoneRights; /**< */
-    int32_t EnableOplocks_void; /**< Non-zero: EnableOplocks has no value. */
-    int32_t EnableOplocks; /**< */
-    int32_t EnableDFS; /**< */
-    struct HostAcl *HostAcl; /**< */
-    struct UserAcl *UserAcl; /**< */
-    struct GroupAcl *GroupAcl; /**< */
-    struct DfolderAcl *DfolderAcl; /**< */
+    int32_t AclChangeRestrictionToggle;      /**< Permission bits that an ACL change cannot take away. */
+    const char *FileCreateGroupRights;       /**< Group's rights on a new file: an access word. */
+    const char *FileCreateEveryoneRights;    /**< Everyone's rights on a new file: an access word. */
+    const char *FolderCreateGroupRights;     /**< Group's rights on a new folder: an access word. */
+    const char *FolderCreateEveryoneRights;  /**< Everyone's rights on a new folder: an access word. */
+    int32_t EnableOplocks_void;              /**< Non-zero: EnableOplocks has no value. */
+    int32_t EnableOplocks;                   /**< 1 allows opportunistic locks. */
+    int32_t EnableDFS;                       /**< 1 makes the share a DFS root. */
+    struct HostAcl *HostAcl;                 /**< Hosts and networks with an access of their own. */
+    struct UserAcl *UserAcl;                 /**< Users with an access of their own. */
+    struct GroupAcl *GroupAcl;               /**< Groups with an access of their own. */
+    struct DfolderAcl *DfolderAcl;           /**< DFS links. */
 };
 
-/** AfpShareOption. */
+/** A share over AFP. */
 struct AfpShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    int32_t AllowGuestAccess_void; /**< Non-zero: AllowGuestAccess has no value. */
-    int32_t AllowGuestAccess; /**< */
-    int32_t NewFileFolderPermAutoset_void; /**< Non-zero: NewFileFolderPermAutoset has no value. */
-    int32_t NewFileFolderPermAutoset; /**< */
-    const char *FileCreateGroupRights; /**< */
-    const char *FileCreateEveryoneRights; /**< */
-    const char *FolderCreateGroupRights; /**< */
-    const char *FolderCreateEveryoneRights; /**< */
-    struct HostAcl *HostAcl; /**< */
-    struct UserAcl *UserAcl; /**< */
-    struct GroupAcl *GroupAcl; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    int32_t AllowGuestAccess_void;          /**< Non-zero: AllowGuestAccess has no value. */
+    int32_t AllowGuestAccess;               /**< 1 lets guests in. */
+    int32_t NewFileFolderPermAutoset_void;  /**< Non-zero: NewFileFolderPermAutoset has no value. */
+    int32_t NewFileFolderPermAutoset;       /**< 1 sets the rights below on what is newly created. */
+    const char *FileCreateGroupRights;      /**< Group's rights on a new file: an access word. */
+    const char *FileCreateEveryoneRights;   /**< Everyone's rights on a new file: an access word. */
+    const char *FolderCreateGroupRights;    /**< Group's rights on a new folder: an access word. */
+    const char *FolderCreateEveryoneRights; /**< Everyone's rights on a new folder: an access word. */
+    struct HostAcl *HostAcl;                /**< Hosts and networks with an access of their own. */
+    struct UserAcl *UserAcl;                /**< Users with an access of their own. */
+    struct GroupAcl *GroupAcl;              /**< Groups with an access of their own. */
 };
 
-/** FtpShareOption. */
+/** A share over FTP. */
 struct FtpShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    int32_t NewFileFolderPermAutoset_void; /**< Non-zero: NewFileFolderPermAutoset has no value. */
-    int32_t NewFileFolderPermAutoset; /**< */
-    const char *FileCreateGroupRights; /**< */
-    const char *FileCreateEveryoneRights; /**< */
-    const char *FolderCreateGroupRights; /**< */
-    const char *FolderCreateEveryoneRights; /**< */
-    struct HostAcl *HostAcl; /**< */
-    struct UserAcl *UserAcl; /**< */
-    struct GroupAcl *GroupAcl; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    int32_t NewFileFolderPermAutoset_void;  /**< Non-zero: NewFileFolderPermAutoset has no value. */
+    int32_t NewFileFolderPermAutoset;       /**< 1 sets the rights below on what is newly created. */
+    const char *FileCreateGroupRights;      /**< Group's rights on a new file: an access word. */
+    const char *FileCreateEveryoneRights;   /**< Everyone's rights on a new file: an access word. */
+    const char *FolderCreateGroupRights;    /**< Group's rights on a new folder: an access word. */
+    const char *FolderCreateEveryoneRights; /**< Everyone's rights on a new folder: an access word. */
+    struct HostAcl *HostAcl;                /**< Hosts and networks with an access of their own. */
+    struct UserAcl *UserAcl;                /**< Users with an access of their own. */
+    struct GroupAcl *GroupAcl;              /**< Groups with an access of their own. */
 };
 
-/** NfsShareOption. */
+/** A share over NFS. */
 struct NfsShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    int32_t Sync; /**< */
-    struct HostAcl *HostAcl; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    int32_t Sync;              /**< 1 answers a write only when it is on disk. */
+    struct HostAcl *HostAcl;   /**< Hosts and networks with an access of their own. */
 };
 
-/** RsyncShareOption. */
+/** A share as an rsync module. */
 struct RsyncShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    const char *PasswordProtection; /**< */
-    struct HostAcl *HostAcl; /**< */
-    struct UserPasswordAcl *UserPasswordAcl; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    const char *PasswordProtection;          /**< "Enabled" or "Disabled". */
+    struct HostAcl *HostAcl;                 /**< Hosts and networks with an access of their own. */
+    struct UserPasswordAcl *UserPasswordAcl; /**< Users of the module. */
 };
 
-/** HttpShareOption. */
+/** A share over HTTP and WebDAV. */
 struct HttpShareOption {
-    int32_t NotAvailable; /**< */
-    int32_t Changed; /**< */
-    const char *DefaultAccess; /**< */
-    struct HostAcl *HostAcl; /**< */
-    struct UserAcl *UserAcl; /**< */
-    struct GroupAcl *GroupAcl; /**< */
+    int32_t NotAvailable;      /**< 1 when the share is not served over this protocol. */
+    int32_t Changed;           /**< In, on modify: raised to 1 when the stored rows really changed; never lowered. */
+    const char *DefaultAccess; /**< Access of those whom no list names: "ReadWrite", "ReadOnly" or "Disabled". */
+    struct HostAcl *HostAcl;   /**< Hosts and networks with an access of their own. */
+    struct UserAcl *UserAcl;   /**< Users with an access of their own. */
+    struct GroupAcl *GroupAcl; /**< Groups with an access of their own. */
     int32_t EnableWebDav_void; /**< Non-zero: EnableWebDav has no value. */
-    int32_t EnableWebDav; /**< */
+    int32_t EnableWebDav;      /**< 1 allows WebDAV. */
 };
 
-/** FileStat. */
+/** Owner and permissions of a share's folder. */
 struct FileStat {
-    struct SystemUser *User; /**< */
-    struct SystemGroup *Group; /**< */
-    const char *UserAccess; /**< */
-    const char *GroupAccess; /**< */
-    const char *EveryoneAccess; /**< */
+    struct SystemUser *User;     /**< Owner. */
+    struct SystemGroup *Group;   /**< Owning group. */
+    const char *UserAccess;      /**< The owner's access: an access word. */
+    const char *GroupAccess;     /**< The group's access: an access word. */
+    const char *EveryoneAccess;  /**< Everybody else's access: an access word. */
     int32_t NonOwnerDelete_void; /**< Non-zero: NonOwnerDelete has no value. */
-    int32_t NonOwnerDelete; /**< */
-    int32_t AclInherit; /**< */
-    struct PosixAcl *Acls; /**< */
-    int32_t _PosixMode; /**< */
+    int32_t NonOwnerDelete;      /**< 1 lets others than the owner delete files. */
+    int32_t AclInherit;          /**< 1 when new entries inherit the folder's ACL. */
+    struct PosixAcl *Acls;       /**< POSIX ACL entries, access and default. */
+    int32_t _PosixMode;          /**< Mode bits of the folder; derived, not stored. */
 };
 
-/** Share. */
+/** A share: a shared folder, or a block volume. */
 struct Share {
-    struct Share *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *ShareId; /**< */
-    const char *ZfsName; /**< */
-    const char *ShareType; /**< */
-    const char *ShareName; /**< */
-    int32_t VisibleSnapshot; /**< */
-    int32_t OldVisibleSnapshot; /**< */
-    const char *VisibleSnapFolder; /**< */
-    const char *OldShareName; /**< */
-    const char *Comment; /**< */
-    const char *VolumeId; /**< */
-    const char *Path; /**< */
-    const char *OldPath; /**< */
-    QBOBJ_ALIGN8 int32_t QuotaMB_void; /**< Non-zero: QuotaMB has no value. */
-    uint64_t QuotaMB; /**< */
-    QBOBJ_ALIGN8 int32_t ReserveMB_void; /**< Non-zero: ReserveMB has no value. */
-    uint64_t ReserveMB; /**< */
-    QBOBJ_ALIGN8 int32_t RefQuotaMB_void; /**< Non-zero: RefQuotaMB has no value. */
-    uint64_t RefQuotaMB; /**< */
+    struct Share *next;                     /**< Next element of the list, or null. */
+    const char *key;                        /**< Key word: the text by which the element is addressed. */
+    const char *ShareId;                    /**< Database id as text. */
+    const char *ZfsName;                    /**< Name of the data set: volume, slash, share name. */
+    const char *ShareType;                  /**< "share", "zvol" or "replicate". */
+    const char *ShareName;                  /**< Name of the share. */
+    int32_t VisibleSnapshot;                /**< 1 when snapshots show in a folder of the share. */
+    int32_t OldVisibleSnapshot;             /**< Out, on modify: the previous state. */
+    const char *VisibleSnapFolder;          /**< Name of the folder in which snapshots show. */
+    const char *OldShareName;               /**< Out, on rename: the previous name. */
+    const char *Comment;                    /**< Comment. */
+    const char *VolumeId;                   /**< Id of the volume. */
+    const char *Path;                       /**< Path of the folder. */
+    const char *OldPath;                    /**< Out, on rename: the previous path. */
+    QBOBJ_ALIGN8 int32_t QuotaMB_void;      /**< Non-zero: QuotaMB has no value. */
+    uint64_t QuotaMB;                       /**< Quota in MB. */
+    QBOBJ_ALIGN8 int32_t ReserveMB_void;    /**< Non-zero: ReserveMB has no value. */
+    uint64_t ReserveMB;                     /**< Reservation in MB. */
+    QBOBJ_ALIGN8 int32_t RefQuotaMB_void;   /**< Non-zero: RefQuotaMB has no value. */
+    uint64_t RefQuotaMB;                    /**< Quota without snapshots and clones, in MB. */
     QBOBJ_ALIGN8 int32_t RefReserveMB_void; /**< Non-zero: RefReserveMB has no value. */
-    uint64_t RefReserveMB; /**< */
-    int32_t Compression_void; /**< Non-zero: Compression has no value. */
-    int32_t Compression; /**< */
-    int32_t BitRotProtection_void; /**< Non-zero: BitRotProtection has no value. */
-    int32_t BitRotProtection; /**< */
-    int32_t Dedup_void; /**< Non-zero: Dedup has no value. */
-    int32_t Dedup; /**< */
-    const char *LogBias; /**< */
-    const char *Origin; /**< */
-    const char *Sync; /**< */
-    uint64_t AvailableMB; /**< */
-    uint64_t UsedMB; /**< */
-    uint64_t UsedByChildrenMB; /**< */
-    uint64_t UsedByDatasetMB; /**< */
-    uint64_t UsedByRefReservationMB; /**< */
-    uint64_t UsedBySnapshotsMB; /**< */
-    const char *CompressRatio; /**< */
-    uint64_t ReferencedMB; /**< */
-    int32_t NrContinuousSnapshots; /**< */
-    int32_t NrManualSnapshots; /**< */
-    int32_t FirstSnapshotCreatedOn; /**< */
-    int32_t LastSnapshotCreatedOn; /**< */
-    const char *MigrateToVolumeId; /**< */
-    struct FileStat *Stat; /**< */
-    struct ZvolShareOption *Zvol; /**< */
-    struct CifsShareOption *Cifs; /**< */
-    struct AfpShareOption *Afp; /**< */
-    struct FtpShareOption *Ftp; /**< */
-    struct NfsShareOption *Nfs; /**< */
-    struct DlnaShareOption *Dlna; /**< */
-    struct DaapShareOption *Daap; /**< */
-    struct RsyncShareOption *Rsync; /**< */
-    struct HttpShareOption *Http; /**< */
-    struct Schedule *SnapshotSchedule; /**< */
-    struct SnapshotClone *SnapshotClones; /**< */
-    struct Quota *UserQuota; /**< */
-    struct Quota *GroupQuota; /**< */
-    struct UsedBy *UsedBy; /**< */
-    int32_t UpdateTS; /**< */
-    int32_t Busy; /**< */
-    const char *CloneOf; /**< */
-    int32_t CustomSnapshotManagement; /**< */
-    struct SnapshotRetentionRules *SnapshotRetentionRules; /**< */
-    const char *CustomSnapshotSchedule; /**< */
-    int32_t NonEmptySnapshots; /**< */
-    int32_t PrevVersions; /**< */
+    uint64_t RefReserveMB;                  /**< Reservation without snapshots and clones, in MB. */
+    int32_t Compression_void;               /**< Non-zero: Compression has no value. */
+    int32_t Compression;                    /**< 1 compresses. */
+    int32_t BitRotProtection_void;          /**< Non-zero: BitRotProtection has no value. */
+    int32_t BitRotProtection;               /**< 1 guards against bit rot. */
+    int32_t Dedup_void;                     /**< Non-zero: Dedup has no value. */
+    int32_t Dedup;                          /**< 1 deduplicates. */
+    const char *LogBias;                    /**< Bias of the intent log. */
+    const char *Origin;                     /**< Snapshot that a clone came from. */
+    const char *Sync;                       /**< "standard", "always" or "disabled". */
+    uint64_t AvailableMB;                   /**< Free space in MB. */
+    uint64_t UsedMB;                        /**< Used space in MB. */
+    uint64_t UsedByChildrenMB;              /**< Space used by children, in MB. */
+    uint64_t UsedByDatasetMB;               /**< Space used by the data set itself, in MB. */
+    uint64_t UsedByRefReservationMB;        /**< Space used by the reservation, in MB. */
+    uint64_t UsedBySnapshotsMB;             /**< Space used by snapshots, in MB. */
+    const char *CompressRatio;              /**< Compression ratio as the file system words it. */
+    uint64_t ReferencedMB;                  /**< Space referenced, in MB. */
+    int32_t NrContinuousSnapshots;          /**< Number of scheduled snapshots. */
+    int32_t NrManualSnapshots;              /**< Number of snapshots taken by hand. */
+    int32_t FirstSnapshotCreatedOn;         /**< When the oldest snapshot was taken, in seconds since the epoch. */
+    int32_t LastSnapshotCreatedOn;          /**< When the newest snapshot was taken, in seconds since the epoch. */
+    const char *MigrateToVolumeId;          /**< Volume to which a migration is pending. */
+    struct FileStat *Stat;                  /**< Owner and permissions of the folder. */
+    struct ZvolShareOption *Zvol;           /**< Block volume options. */
+    struct CifsShareOption *Cifs;           /**< SMB options. */
+    struct AfpShareOption *Afp;             /**< AFP options. */
+    struct FtpShareOption *Ftp;             /**< FTP options. */
+    struct NfsShareOption *Nfs;             /**< NFS options. */
+    struct DlnaShareOption *Dlna;           /**< DLNA options. */
+    struct DaapShareOption *Daap;           /**< DAAP options. */
+    struct RsyncShareOption *Rsync;         /**< rsync options. */
+    struct HttpShareOption *Http;           /**< HTTP options. */
+    struct Schedule *SnapshotSchedule;      /**< When snapshots are taken. */
+    struct SnapshotClone *SnapshotClones;   /**< Clones of the share's snapshots. */
+    struct Quota *UserQuota;                /**< Quotas of users. */
+    struct Quota *GroupQuota;               /**< Quotas of groups. */
+    struct UsedBy *UsedBy;                  /**< Applications that use the share. */
+    int32_t UpdateTS;                       /**< When the share was last changed, in seconds since the epoch. */
+    int32_t Busy;                           /**< 0, or 1 plus the largest `Blocking` of the processes on the share. */
+    const char *CloneOf;                    /**< Of a clone: volume, slash, parent share, "@", parent snapshot. */
+    int32_t CustomSnapshotManagement;       /**< 1 when the share has a snapshot policy of its own. */
+    struct SnapshotRetentionRules *SnapshotRetentionRules; /**< How long its snapshots are kept. */
+    const char *CustomSnapshotSchedule;                    /**< Schedule of that policy. */
+    int32_t NonEmptySnapshots;                             /**< 1 keeps only snapshots that hold changes. */
+    int32_t PrevVersions;                                  /**< 1 shows snapshots as previous versions. */
 };
 
-/** ShareCollection. */
+/** A list of shares. */
 struct ShareCollection {
-    struct Share *Share; /**< */
+    struct Share *Share; /**< Head of the list, null when empty. */
 };
 
-/** SimpleShare. */
+/** A share in brief. */
 struct SimpleShare {
-    struct SimpleShare *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *ShareId; /**< */
-    const char *ShareName; /**< */
-    const char *CommonProtocolsCSV; /**< */
-    struct UsedBy *UsedBy; /**< */
+    struct SimpleShare *next;       /**< Next element of the list, or null. */
+    const char *key;                /**< Key word: the text by which the element is addressed. */
+    const char *ShareId;            /**< Database id as text. */
+    const char *ShareName;          /**< Name of the share. */
+    const char *CommonProtocolsCSV; /**< Enabled protocols among cifs, afp, ftp and nfs, joined by commas. */
+    struct UsedBy *UsedBy;          /**< Applications that use the share. */
 };
 
-/** SimpleShareCollection. */
+/** A list of shares in brief. */
 struct SimpleShareCollection {
-    struct SimpleShare *SimpleShare; /**< */
+    struct SimpleShare *SimpleShare; /**< Head of the list, null when empty. */
 };
-
-/* Operations. */
 
 #ifdef __cplusplus
 }

@@ -11,333 +11,331 @@
 extern "C" {
 #endif
 
-/** SnapshotClone. */
+/** A clone of a snapshot. */
 struct SnapshotClone {
-    struct SnapshotClone *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t ID; /**< */
-    const char *ClonedShareName; /**< */
-    const char *ParentSnapshotName; /**< */
-    const char *ParentShareName; /**< */
+    struct SnapshotClone *next;     /**< Next element of the list, or null. */
+    int32_t resource_id;            /**< Database key. */
+    int32_t ID;                     /**< Database key. */
+    const char *ClonedShareName;    /**< Share that is the clone. */
+    const char *ParentSnapshotName; /**< Snapshot that it came from. */
+    const char *ParentShareName;    /**< Share of that snapshot. */
 };
 
-/** SnapshotCloneCollection. */
+/** A list of clones. */
 struct SnapshotCloneCollection {
-    struct SnapshotClone *SnapshotClone; /**< */
+    struct SnapshotClone *SnapshotClone; /**< Head of the list, null when empty. */
 };
 
-/** Schedule. */
+/** When snapshots are taken. Note the order of `DayOfWeek` and `Month`. */
 struct Schedule {
-    int32_t Enabled; /**< */
-    const char *Minute; /**< */
-    const char *Hour; /**< */
-    const char *DayOfMonth; /**< */
-    const char *DayOfWeek; /**< */
-    const char *Month; /**< */
-    int32_t LastTaken; /**< */
-    int32_t PurgeManualSnapshot; /**< */
-    int32_t TemporaryDisable; /**< */
-    int32_t LastDailyTaken; /**< */
-    int32_t LastWeeklyTaken; /**< */
+    int32_t Enabled;             /**< 1 when the schedule runs. */
+    const char *Minute;          /**< Minutes in crontab notation. */
+    const char *Hour;            /**< Hours in crontab notation. */
+    const char *DayOfMonth;      /**< Days of the month in crontab notation. */
+    const char *DayOfWeek;       /**< Days of the week in crontab notation. */
+    const char *Month;           /**< Months in crontab notation. */
+    int32_t LastTaken;           /**< When the last snapshot was taken, in seconds since the epoch. */
+    int32_t PurgeManualSnapshot; /**< 1 removes snapshots taken by hand, too. */
+    int32_t TemporaryDisable;    /**< Never stored. */
+    int32_t LastDailyTaken;      /**< When the last daily snapshot was taken. */
+    int32_t LastWeeklyTaken;     /**< When the last weekly snapshot was taken. */
 };
 
-/** Volume. */
+/** A volume. */
 struct Volume {
-    struct Volume *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *VolumeId; /**< */
-    const char *VolumeName; /**< */
-    const char *RaidType; /**< */
-    int64_t BlockTotal; /**< */
-    int64_t BlockFree; /**< */
-    int32_t BlockSize; /**< */
-    const char *VolumeHealth; /**< */
-    int32_t SentResilverEvent; /**< */
-    int32_t SentScanEnd; /**< */
-    int32_t BalanceStatus; /**< */
-    int32_t DisktestStatus; /**< */
-    const char *KeyFile; /**< */
+    struct Volume *next;       /**< Next element of the list, or null. */
+    const char *key;           /**< Key word: the text by which the element is addressed. */
+    const char *VolumeId;      /**< Id of the volume; also the key word. */
+    const char *VolumeName;    /**< Name of the volume. */
+    const char *RaidType;      /**< RAID type, "SWELL" when none is stored. */
+    int64_t BlockTotal;        /**< Size in blocks. */
+    int64_t BlockFree;         /**< Free blocks. */
+    int32_t BlockSize;         /**< Size of a block in bytes. */
+    const char *VolumeHealth;  /**< State of the volume. */
+    int32_t SentResilverEvent; /**< 1 when the end of a resilver was announced. */
+    int32_t SentScanEnd;       /**< 1 when the end of a scan was announced. */
+    int32_t BalanceStatus;     /**< State of balancing. */
+    int32_t DisktestStatus;    /**< State of the disk test. */
+    const char *KeyFile;       /**< File with the volume's key. */
 };
 
-/** Disk. */
+/** A disk. */
 struct Disk {
-    struct Disk *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    const char *DiskId; /**< */
-    int32_t Present; /**< */
-    const char *DevName; /**< */
-    int32_t Controller; /**< */
-    int32_t Channel; /**< */
-    const char *Model; /**< */
-    const char *Serial; /**< */
-    const char *FirmwareVersion; /**< */
-    int32_t RPM; /**< */
-    uint64_t Sectors; /**< */
-    uint64_t Capacity; /**< */
-    int32_t Temperature; /**< */
-    int32_t ATAError; /**< */
-    const char *Pool; /**< */
-    const char *PoolType; /**< */
-    const char *PoolState; /**< */
+    struct Disk *next;                    /**< Next element of the list, or null. */
+    int32_t resource_id;                  /**< The id read as a decimal number. */
+    const char *DiskId;                   /**< Id of the disk. */
+    int32_t Present;                      /**< 1 when it is plugged in. */
+    const char *DevName;                  /**< Device name: the same as the id. */
+    int32_t Controller;                   /**< Number of the controller. */
+    int32_t Channel;                      /**< Channel on the controller. */
+    const char *Model;                    /**< Model. */
+    const char *Serial;                   /**< Serial number. */
+    const char *FirmwareVersion;          /**< Firmware version. */
+    int32_t RPM;                          /**< Revolutions per minute. */
+    uint64_t Sectors;                     /**< Number of sectors. */
+    uint64_t Capacity;                    /**< Size in bytes. */
+    int32_t Temperature;                  /**< Degrees Celsius. */
+    int32_t ATAError;                     /**< Number of ATA errors. */
+    const char *Pool;                     /**< Volume to which the disk belongs. */
+    const char *PoolType;                 /**< Its role there. */
+    const char *PoolState;                /**< Its state there. */
     QBOBJ_ALIGN8 int32_t PoolHostId_void; /**< Non-zero: PoolHostId has no value. */
-    uint64_t PoolHostId; /**< */
-    const char *SlotName; /**< */
-    const char *HardwareInterface; /**< */
-    int32_t DiskEnclosureId; /**< */
-    const char *DiskState; /**< */
-    int32_t ReplacedWithSpare; /**< */
-    int32_t IsSignedByVexmoor; /**< */
+    uint64_t PoolHostId;                  /**< Host id stored in the pool. */
+    const char *SlotName;                 /**< Slot: column, "x", row. */
+    const char *HardwareInterface;        /**< Interface of the disk. */
+    int32_t DiskEnclosureId;              /**< Number of the enclosure's controller. */
+    const char *DiskState;                /**< State of the disk. */
+    int32_t ReplacedWithSpare;            /**< 1 when a spare stands in for it. */
+    int32_t IsSignedByVexmoor;            /**< 1 when the vendor signed it. */
 };
 
-/** DiskDiff. */
+/** A disk that was plugged in or pulled. */
 struct DiskDiff {
-    struct DiskDiff *next; /**< Next element of the list, or null. */
-    int32_t AddOrRemove; /**< */
-    const char *DiskId; /**< */
-    int32_t Controller; /**< */
-    int32_t Channel; /**< */
-    const char *Model; /**< */
-    const char *Serial; /**< */
-    const char *FirmwareVersion; /**< */
-    int32_t RPM; /**< */
-    uint64_t Sectors; /**< */
-    uint64_t Capacity; /**< */
-    const char *DiskEnclosureId; /**< */
-    const char *DiskEnclosureName; /**< */
-    const char *SlotName; /**< */
-    const char *HardwareInterface; /**< */
-    const char *Pool; /**< */
-    const char *PoolType; /**< */
-    const char *PoolState; /**< */
+    struct DiskDiff *next;                /**< Next element of the list, or null. */
+    int32_t AddOrRemove;                  /**< 1 plugged in, -1 pulled. */
+    const char *DiskId;                   /**< Id of the disk. */
+    int32_t Controller;                   /**< Number of the controller. */
+    int32_t Channel;                      /**< Channel on the controller. */
+    const char *Model;                    /**< Model. */
+    const char *Serial;                   /**< Serial number. */
+    const char *FirmwareVersion;          /**< Firmware version. */
+    int32_t RPM;                          /**< Revolutions per minute. */
+    uint64_t Sectors;                     /**< Number of sectors. */
+    uint64_t Capacity;                    /**< Size in bytes. */
+    const char *DiskEnclosureId;          /**< Enclosure: "controller-" and its number. */
+    const char *DiskEnclosureName;        /**< Name of the enclosure. */
+    const char *SlotName;                 /**< Slot: column, "x", row. */
+    const char *HardwareInterface;        /**< Interface of the disk. */
+    const char *Pool;                     /**< Volume to which the disk belongs. */
+    const char *PoolType;                 /**< Its role there. */
+    const char *PoolState;                /**< Its state there. */
     QBOBJ_ALIGN8 int32_t PoolHostId_void; /**< Non-zero: PoolHostId has no value. */
-    uint64_t PoolHostId; /**< */
-    int32_t ReplacedWithSpare; /**< */
-    int32_t IsSignedByVexmoor; /**< */
+    uint64_t PoolHostId;                  /**< Host id stored in the pool. */
+    int32_t ReplacedWithSpare;            /**< 1 when a spare stands in for it. */
+    int32_t IsSignedByVexmoor;            /**< 1 when the vendor signed it. */
 };
 
-/** Snapshot. */
+/** A snapshot of a share. */
 struct Snapshot {
-    struct Snapshot *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    const char *ShareName; /**< */
-    const char *VolumeName; /**< */
-    const char *SnapshotName; /**< */
-    int32_t Type; /**< */
-    int32_t CreatedOn; /**< */
-    const char *Path; /**< */
+    struct Snapshot *next;    /**< Next element of the list, or null. */
+    int32_t resource_id;      /**< Database key. */
+    const char *ShareName;    /**< Name of the share. */
+    const char *VolumeName;   /**< Name of the volume. */
+    const char *SnapshotName; /**< Name of the snapshot. */
+    int32_t Type;             /**< Kind: 1, 2 or 3. */
+    int32_t CreatedOn;        /**< When it was taken, in seconds since the epoch. */
+    const char *Path;         /**< Folder of the snapshot, empty when there is none. */
 };
 
-/** HfSnapshot. */
+/** A snapshot of a home folder. */
 struct HfSnapshot {
-    struct HfSnapshot *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    const char *UserName; /**< */
-    const char *HomeDir; /**< */
-    const char *SnapshotName; /**< */
-    int32_t Type; /**< */
-    int32_t CreatedOn; /**< */
-    const char *Path; /**< */
+    struct HfSnapshot *next;  /**< Next element of the list, or null. */
+    int32_t resource_id;      /**< Database key. */
+    const char *UserName;     /**< Name of the user. */
+    const char *HomeDir;      /**< Path of the home folder. */
+    const char *SnapshotName; /**< Name of the snapshot. */
+    int32_t Type;             /**< Kind: 1, 2 or 3. */
+    int32_t CreatedOn;        /**< When it was taken, in seconds since the epoch. */
+    const char *Path;         /**< Folder of the snapshot, empty when there is none. */
 };
 
-/** DiskHealth. */
+/** Health of a disk: SMART counters and pool errors. Key word: its enclosure. */
 struct DiskHealth {
-    struct DiskHealth *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *DiskId; /**< */
-    int32_t Controller; /**< */
-    int32_t Channel; /**< */
-    int32_t ATAErrors; /**< */
-    int32_t ReallocSect; /**< */
-    int32_t ReallocEvent; /**< */
-    int32_t SpinRetryCnt; /**< */
-    int32_t IOEdc; /**< */
-    int32_t CmdTimeouts; /**< */
-    int32_t PendingSect; /**< */
-    int32_t UncorrectableErr; /**< */
-    int32_t Temp; /**< */
-    int32_t StartStopCnt; /**< */
-    int32_t PowerOnHrs; /**< */
-    int32_t PowerCycleCnt; /**< */
-    int32_t LoadCycleCnt; /**< */
-    const char *ZpoolState; /**< */
-    int32_t ZpoolReadErrorCnt; /**< */
-    int32_t ZpoolWriteErrorCnt; /**< */
-    int32_t ZpoolCksumErrorCnt; /**< */
+    struct DiskHealth *next;    /**< Next element of the list, or null. */
+    const char *key;            /**< Key word: the text by which the element is addressed. */
+    const char *DiskId;         /**< Id of the disk. */
+    int32_t Controller;         /**< Number of the controller. */
+    int32_t Channel;            /**< Channel on the controller. */
+    int32_t ATAErrors;          /**< ATA errors. */
+    int32_t ReallocSect;        /**< Reallocated sectors. */
+    int32_t ReallocEvent;       /**< Reallocation events. */
+    int32_t SpinRetryCnt;       /**< Spin-up retries. */
+    int32_t IOEdc;              /**< End-to-end errors. */
+    int32_t CmdTimeouts;        /**< Command timeouts. */
+    int32_t PendingSect;        /**< Sectors waiting for reallocation. */
+    int32_t UncorrectableErr;   /**< Uncorrectable errors. */
+    int32_t Temp;               /**< Degrees Celsius. */
+    int32_t StartStopCnt;       /**< Starts and stops. */
+    int32_t PowerOnHrs;         /**< Hours of operation. */
+    int32_t PowerCycleCnt;      /**< Power cycles. */
+    int32_t LoadCycleCnt;       /**< Load cycles. */
+    const char *ZpoolState;     /**< State in the pool. */
+    int32_t ZpoolReadErrorCnt;  /**< Read errors in the pool. */
+    int32_t ZpoolWriteErrorCnt; /**< Write errors in the pool. */
+    int32_t ZpoolCksumErrorCnt; /**< Checksum errors in the pool. */
 };
 
-/** EnclosureHealthItem. */
+/** A sensor of an enclosure. */
 struct EnclosureHealthItem {
     struct EnclosureHealthItem *next; /**< Next element of the list, or null. */
-    const char *Name; /**< */
-    const char *DevId; /**< */
-    int32_t Value; /**< */
-    int32_t ValuePrev1; /**< */
-    int32_t ValuePrev2; /**< */
-    int32_t ValuePrev3; /**< */
-    int32_t Min; /**< */
-    int32_t Max; /**< */
-    const char *Label; /**< */
+    const char *Name;                 /**< Kind of sensor. */
+    const char *DevId;                /**< Which one of its kind. */
+    int32_t Value;                    /**< Latest reading. */
+    int32_t ValuePrev1;               /**< The reading before. */
+    int32_t ValuePrev2;               /**< The one before that. */
+    int32_t ValuePrev3;               /**< The one before that. */
+    int32_t Min;                      /**< Lower limit. */
+    int32_t Max;                      /**< Upper limit. */
+    const char *Label;                /**< What the sensor is called. */
 };
 
-/** UpsHealth. */
+/** State of a UPS. Key word: name, "@", host. */
 struct UpsHealth {
-    struct UpsHealth *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *UpsName; /**< */
-    const char *ServerHost; /**< */
-    const char *UpsModel; /**< */
-    const char *UpsStatus; /**< */
-    const char *UpsAlarm; /**< */
-    const char *BatteryCharge; /**< */
-    const char *BatteryRunTime; /**< */
-    const char *BatteryVoltage; /**< */
+    struct UpsHealth *next;     /**< Next element of the list, or null. */
+    const char *key;            /**< Key word: the text by which the element is addressed. */
+    const char *UpsName;        /**< Name of the UPS. */
+    const char *ServerHost;     /**< Host of the UPS server. */
+    const char *UpsModel;       /**< Model. */
+    const char *UpsStatus;      /**< Status words. */
+    const char *UpsAlarm;       /**< Alarms. */
+    const char *BatteryCharge;  /**< Charge, ready for display. */
+    const char *BatteryRunTime; /**< Run time, ready for display. */
+    const char *BatteryVoltage; /**< Voltage, ready for display. */
 };
 
-/** LunGroup. */
+/** A group of iSCSI LUNs behind one target. */
 struct LunGroup {
-    struct LunGroup *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Name; /**< */
-    const char *Target; /**< */
-    int32_t AnyInitiator; /**< */
-    int32_t ChapAuth; /**< */
-    const char *ChapSecret; /**< */
+    struct LunGroup *next;  /**< Next element of the list, or null. */
+    const char *key;        /**< Key word: the text by which the element is addressed. */
+    const char *Name;       /**< Unique name. */
+    const char *Target;     /**< Name of the target. */
+    int32_t AnyInitiator;   /**< 1 lets every initiator connect. */
+    int32_t ChapAuth;       /**< 1 asks for CHAP. */
+    const char *ChapSecret; /**< CHAP secret in clear. */
 };
 
-/** Initiator. */
+/** An iSCSI initiator. */
 struct Initiator {
     struct Initiator *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Name; /**< */
-    int32_t ChapAuth; /**< */
-    const char *ChapSecret; /**< */
+    const char *key;        /**< Key word: the text by which the element is addressed. */
+    const char *Name;       /**< Its iSCSI name. */
+    int32_t ChapAuth;       /**< 1 asks for CHAP. */
+    const char *ChapSecret; /**< CHAP secret in clear. */
 };
 
-/** Lun. */
+/** An iSCSI LUN. */
 struct Lun {
-    struct Lun *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Name; /**< */
-    const char *LunGroup; /**< */
-    int32_t LunN; /**< */
+    struct Lun *next;     /**< Next element of the list, or null. */
+    const char *key;      /**< Key word: the text by which the element is addressed. */
+    const char *Name;     /**< Its name. */
+    const char *LunGroup; /**< Name of its group. */
+    int32_t LunN;         /**< Number in the group. */
 };
 
-/** CronSchedule. */
+/** The five fields of a cron line. */
 struct CronSchedule {
-    const char *Minute; /**< */
-    const char *Hour; /**< */
-    const char *DayOfMonth; /**< */
-    const char *Month; /**< */
-    const char *DayOfWeek; /**< */
+    const char *Minute;     /**< Minutes in crontab notation. */
+    const char *Hour;       /**< Hours in crontab notation. */
+    const char *DayOfMonth; /**< Days of the month in crontab notation. */
+    const char *Month;      /**< Months in crontab notation. */
+    const char *DayOfWeek;  /**< Days of the week in crontab notation. */
 };
 
-/** Subvolume. */
+/** A subvolume. */
 struct Subvolume {
     struct Subvolume *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Path; /**< */
+    const char *key;        /**< Key word: the text by which the element is addressed. */
+    const char *Path;       /**< Its path. */
 };
 
-/** VolumeCollection. */
+/** A list of volumes. It is a list element itself. */
 struct VolumeCollection {
     struct VolumeCollection *next; /**< Next element of the list, or null. */
-    const char *SystemRaidMode; /**< */
-    struct Volume *Volume; /**< */
+    const char *SystemRaidMode;    /**< RAID mode of the system. */
+    struct Volume *Volume;         /**< Head of the list, null when empty. */
 };
 
-/** DiskCollection. */
+/** An enclosure with its disks. */
 struct DiskCollection {
-    struct DiskCollection *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    int32_t DiskEnclosureId; /**< */
-    const char *DiskEnclosurePort; /**< */
-    const char *SESDevice; /**< */
-    const char *EnclosureName; /**< */
-    int32_t EnclosureRows; /**< */
-    int32_t EnclosureCols; /**< */
-    int32_t IsSlotHorizontal; /**< */
-    const char *DeadSlots; /**< */
-    struct Disk *Disk; /**< */
+    struct DiskCollection *next;   /**< Next element of the list, or null. */
+    const char *key;               /**< Key word: the text by which the element is addressed. */
+    int32_t DiskEnclosureId;       /**< Number of its controller. */
+    const char *DiskEnclosurePort; /**< Label of the port. */
+    const char *SESDevice;         /**< Enclosure services device. */
+    const char *EnclosureName;     /**< Name of the enclosure. */
+    int32_t EnclosureRows;         /**< Rows of slots. */
+    int32_t EnclosureCols;         /**< Columns of slots. */
+    int32_t IsSlotHorizontal;      /**< 1 when disks lie. */
+    const char *DeadSlots;         /**< Slots that cannot be used; may be null. */
+    struct Disk *Disk;             /**< Head of the list of disks. */
 };
 
-/** DiskEnclosureCollection. */
+/** A list of enclosures. */
 struct DiskEnclosureCollection {
-    struct DiskCollection *DiskCollection; /**< */
+    struct DiskCollection *DiskCollection; /**< Head of the list, null when empty. */
 };
 
-/** SnapshotCollection. */
+/** A list of snapshots. */
 struct SnapshotCollection {
-    struct Snapshot *Snapshot; /**< */
+    struct Snapshot *Snapshot; /**< Head of the list, null when empty. */
 };
 
-/** HfSnapshotCollection. */
+/** A list of home folder snapshots. */
 struct HfSnapshotCollection {
-    struct HfSnapshot *HfSnapshot; /**< */
+    struct HfSnapshot *HfSnapshot; /**< Head of the list, null when empty. */
 };
 
-/** DiskHealthCollection. */
+/** A list of disk health records. It is a list element itself. */
 struct DiskHealthCollection {
     struct DiskHealthCollection *next; /**< Next element of the list, or null. */
-    struct DiskHealth *Health; /**< */
+    struct DiskHealth *Health;         /**< Head of the list, null when empty. */
 };
 
-/** EnclosureHealth. */
+/** Health of an enclosure. Key word: "controller-" and its number. */
 struct EnclosureHealth {
-    struct EnclosureHealth *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    int32_t Controller; /**< */
-    const char *PortLabel; /**< */
-    int32_t NrCpu; /**< */
-    int32_t NrFan; /**< */
-    int32_t NrPsu; /**< */
-    int32_t NrVolt; /**< */
-    struct EnclosureHealthItem *Health; /**< */
+    struct EnclosureHealth *next;       /**< Next element of the list, or null. */
+    const char *key;                    /**< Key word: the text by which the element is addressed. */
+    int32_t Controller;                 /**< Number of the controller. */
+    const char *PortLabel;              /**< Label of the port. */
+    int32_t NrCpu;                      /**< Number of CPU sensors. */
+    int32_t NrFan;                      /**< Number of fans. */
+    int32_t NrPsu;                      /**< Number of power supplies. */
+    int32_t NrVolt;                     /**< Number of voltages. */
+    struct EnclosureHealthItem *Health; /**< Sensors. */
 };
 
-/** EnclosureHealthCollection. */
+/** A list of enclosure health records. It is a list element itself. */
 struct EnclosureHealthCollection {
     struct EnclosureHealthCollection *next; /**< Next element of the list, or null. */
-    struct EnclosureHealth *Health; /**< */
+    struct EnclosureHealth *Health;         /**< Head of the list, null when empty. */
 };
 
-/** UpsHealthCollection. */
+/** A list of UPS states. It is a list element itself. */
 struct UpsHealthCollection {
     struct UpsHealthCollection *next; /**< Next element of the list, or null. */
-    struct UpsHealth *Health; /**< */
+    struct UpsHealth *Health;         /**< Head of the list, null when empty. */
 };
 
-/** LunGroupCollection. */
+/** A list of LUN groups. */
 struct LunGroupCollection {
-    struct LunGroup *LunGroup; /**< */
+    struct LunGroup *LunGroup; /**< Head of the list, null when empty. */
 };
 
-/** InitiatorCollection. */
+/** A list of initiators. */
 struct InitiatorCollection {
-    struct Initiator *Initiator; /**< */
+    struct Initiator *Initiator; /**< Head of the list, null when empty. */
 };
 
-/** VolumeSchedule. */
+/** A job that runs on a volume. */
 struct VolumeSchedule {
-    struct VolumeSchedule *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *VolumeName; /**< */
-    int32_t JobID; /**< */
-    int32_t Enabled; /**< */
-    int32_t Action; /**< */
-    struct CronSchedule *Interval; /**< */
+    struct VolumeSchedule *next;   /**< Next element of the list, or null. */
+    const char *key;               /**< Key word: the text by which the element is addressed. */
+    const char *VolumeName;        /**< Name of the volume. */
+    int32_t JobID;                 /**< Number of the job, chosen by the caller. */
+    int32_t Enabled;               /**< 1 when it runs. */
+    int32_t Action;                /**< What it does. */
+    struct CronSchedule *Interval; /**< When it runs. */
 };
 
-/** VolumeScheduleCollection. */
+/** A list of volume jobs. */
 struct VolumeScheduleCollection {
-    struct VolumeSchedule *VolumeSchedule; /**< */
+    struct VolumeSchedule *VolumeSchedule; /**< Head of the list, null when empty. */
 };
 
-/** SubvolumeCollection. */
+/** A list of subvolumes. */
 struct SubvolumeCollection {
-    struct Subvolume *Subvolume; /**< */
+    struct Subvolume *Subvolume; /**< Head of the list, null when empty. */
 };
-
-/* Operations. */
 
 #ifdef __cplusplus
 }

@@ -1,13 +1,13 @@
 // Hardware and IPv4 addresses, networks, hosts.
 
-#include "validate/charset.h"
-#include "validate/validate.h"
+#include <arpa/inet.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstdio>
 
-#include <arpa/inet.h>
+#include "validate/charset.h"
+#include "validate/validate.h"
 
 namespace {
 
@@ -19,12 +19,11 @@ struct Quad {
     int count = 0;
 };
 
-/// Scans one number of up to \p width characters, its sign included; false when there is none.
+/// Scans one number of up to `width` characters, its sign included; false when there is none.
 bool scan_number(const char **at, unsigned width, unsigned *number)
 {
     int used = 0;
-    if (std::sscanf(*at, width == 3 ? "%3u%n" : "%2u%n", number, &used) != 1)
-        return false;
+    if (std::sscanf(*at, width == 3 ? "%3u%n" : "%2u%n", number, &used) != 1) return false;
     *at += used;
     return true;
 }
@@ -33,8 +32,7 @@ bool scan_number(const char **at, unsigned width, unsigned *number)
 bool scan_quad(const char **at, Quad *quad)
 {
     do {
-        if (!scan_number(at, 3, &quad->number[quad->count]))
-            return false;
+        if (!scan_number(at, 3, &quad->number[quad->count])) return false;
         ++quad->count;
     } while (quad->count < 4 && **at == '.' && ++*at);
     return true;
@@ -56,8 +54,7 @@ bool at_end(const char *at)
 int prefix_of(const Quad &mask)
 {
     uint32_t bits = 0;
-    for (unsigned number : mask.number)
-        bits = bits << 8 | number;
+    for (unsigned number : mask.number) bits = bits << 8 | number;
     const int ones = std::countl_one(bits);
     return std::popcount(bits) == ones ? ones : -1;
 }
@@ -66,8 +63,7 @@ int prefix_of(const Quad &mask)
 bool looks_numeric(const char *text)
 {
     constexpr CharSet numeric = digits | chars(".");
-    while (numeric.has(*text))
-        ++text;
+    while (numeric.has(*text)) ++text;
     return *text == '\0';
 }
 
@@ -84,19 +80,17 @@ bool scan_prefix(const char *text, Quad *mask, int *prefix)
     }
     at = text;
     unsigned length = 0;
-    if (!scan_number(&at, 2, &length) || !at_end(at))
-        return false;
+    if (!scan_number(&at, 2, &length) || !at_end(at)) return false;
     *prefix = length <= 32 ? static_cast<int>(length) : -1;
     return true;
 }
 
-} // namespace
+}  // namespace
 
 int32_t qbobj_validate_ip(const char *ip)
 {
     const int32_t result = check_inet_address(ip);
-    if (result != 1)
-        return result;
+    if (result != 1) return result;
     return looks_numeric(ip) || check_host_name(ip) != 0 ? 1 : 0;
 }
 
@@ -114,8 +108,7 @@ int32_t check_mac(const char *address)
 
 int32_t check_ipv4(const char *address)
 {
-    if (address == nullptr)
-        return -1;
+    if (address == nullptr) return -1;
     Quad quad;
     char rest[2];
     if (std::sscanf(address, "%3u.%3u.%3u.%3u%1s", &quad.number[0], &quad.number[1], &quad.number[2], &quad.number[3],
@@ -126,8 +119,7 @@ int32_t check_ipv4(const char *address)
 
 int32_t check_inet_address(const char *address)
 {
-    if (address == nullptr || *address == '\0')
-        return 2;
+    if (address == nullptr || *address == '\0') return 2;
     in_addr parsed;
     return inet_pton(AF_INET, address, &parsed) == 1 ? 0 : 1;
 }
@@ -135,20 +127,15 @@ int32_t check_inet_address(const char *address)
 int32_t check_network(const char *text, char (&out)[network_text_size])
 {
     out[0] = '\0';
-    if (text == nullptr)
-        return 1;
+    if (text == nullptr) return 1;
     Quad network;
-    if (!scan_quad(&text, &network))
-        return 1;
+    if (!scan_quad(&text, &network)) return 1;
     Quad mask;
     int prefix = network.count * 8;
     const bool complete = *text == '/' ? scan_prefix(text + 1, &mask, &prefix) : network.count < 4 && at_end(text);
-    if (!complete)
-        return 1;
-    if (!in_range(network) || !in_range(mask))
-        return -1;
-    if (prefix < 0)
-        return 1;
+    if (!complete) return 1;
+    if (!in_range(network) || !in_range(mask)) return -1;
+    if (prefix < 0) return 1;
     std::snprintf(out, sizeof out, "%u.%u.%u.%u/%d", network.number[0], network.number[1], network.number[2],
                   network.number[3], prefix);
     return 0;
@@ -167,16 +154,12 @@ int32_t check_host_or_network(const char *name, char (&buffer)[network_text_size
     int32_t result = 0;
     if (check_inet_address(name) != 0) {
         result = check_network(name, buffer);
-        if (result == 0)
-            entry = buffer;
-        else if (result == 1)
-            result = check_host_name(name);
-        if (result == 0 && entry == name && looks_numeric(name))
-            result = 1;
+        if (result == 0) entry = buffer;
+        else if (result == 1) result = check_host_name(name);
+        if (result == 0 && entry == name && looks_numeric(name)) result = 1;
     }
-    if (out != nullptr)
-        *out = result == 0 ? entry : nullptr;
+    if (out != nullptr) *out = result == 0 ? entry : nullptr;
     return result;
 }
 
-} // namespace qb
+}  // namespace qb

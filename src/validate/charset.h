@@ -1,4 +1,4 @@
-/// \file
+/// @file
 /// Sets of bytes and comparison of words, independent of the process locale.
 ///
 /// The names that are checked here end up in configuration files, on disk and on the wire, so what is accepted must
@@ -24,27 +24,24 @@ struct CharSet {
 
     friend constexpr CharSet operator|(CharSet a, const CharSet &b)
     {
-        for (size_t i = 0; i < a.bits.size(); ++i)
-            a.bits[i] |= b.bits[i];
+        for (size_t i = 0; i < a.bits.size(); ++i) a.bits[i] |= b.bits[i];
         return a;
     }
 };
 
-/// The bytes from \p low to \p high, both included.
+/// The bytes from `low` to `high`, both included.
 constexpr CharSet byte_range(unsigned low, unsigned high)
 {
     CharSet set;
-    for (unsigned byte = low; byte <= high; ++byte)
-        set.bits[byte >> 6] |= uint64_t{1} << (byte & 63);
+    for (unsigned byte = low; byte <= high; ++byte) set.bits[byte >> 6] |= uint64_t{1} << (byte & 63);
     return set;
 }
 
-/// The bytes of \p text.
+/// The bytes of `text`.
 constexpr CharSet chars(std::string_view text)
 {
     CharSet set;
-    for (char c : text)
-        set = set | byte_range(static_cast<unsigned char>(c), static_cast<unsigned char>(c));
+    for (char c : text) set = set | byte_range(static_cast<unsigned char>(c), static_cast<unsigned char>(c));
     return set;
 }
 
@@ -61,12 +58,11 @@ constexpr char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// Whether \p text begins with \p prefix, ASCII letters compared without regard to case.
+/// Whether `text` begins with `prefix`, ASCII letters compared without regard to case.
 constexpr bool begins_nocase(const char *text, const char *prefix)
 {
     for (; *prefix != '\0'; ++text, ++prefix)
-        if (lower(*text) != lower(*prefix))
-            return false;
+        if (lower(*text) != lower(*prefix)) return false;
     return true;
 }
 
@@ -74,9 +70,8 @@ constexpr bool begins_nocase(const char *text, const char *prefix)
 constexpr bool equal_nocase(const char *a, const char *b)
 {
     for (; lower(*a) == lower(*b); ++a, ++b)
-        if (*a == '\0')
-            return true;
+        if (*a == '\0') return true;
     return false;
 }
 
-} // namespace qb
+}  // namespace qb

@@ -1,9 +1,9 @@
 // Names: one table row per kind of name, one function that walks them.
 
+#include <cstring>
+
 #include "validate/charset.h"
 #include "validate/validate.h"
-
-#include <cstring>
 
 namespace {
 
@@ -13,13 +13,13 @@ using namespace qb;
 struct NameRule {
     CharSet first;
     CharSet following;
-    size_t max_length; ///< in bytes
+    size_t max_length;  ///< in bytes
     int32_t null_result;
     int32_t empty_result;
     int32_t bad_first_result = 1;
-    bool length_first = false;   ///< test the length before the following characters
-    bool check_reserved = false; ///< refuse the reserved account and share names
-    bool refuse_number = false;  ///< refuse a name of digits only
+    bool length_first = false;    ///< test the length before the following characters
+    bool check_reserved = false;  ///< refuse the reserved account and share names
+    bool refuse_number = false;   ///< refuse a name of digits only
 };
 
 constexpr int32_t bad_following = 2;
@@ -119,26 +119,54 @@ constexpr NameRule comment_rule = {
 /// A name that shares and accounts cannot have, because a folder, page or service of the appliance has it.
 struct Reserved {
     const char *text;
-    bool prefix; ///< every name that begins with the text, not only the text itself
+    bool prefix;  ///< every name that begins with the text, not only the text itself
 };
 
 /// The first entry that matches decides. "usb_port_" never gets its turn after "usb_"; it is here so that the port
 /// folders stay reserved should the shorter entry go.
 constexpr Reserved reserved_names[] = {
-    {"home", false},         {"theme", false},    {"password_recovery", false},
-    {"my_password", false},  {"html", false},     {"aquota.user", false},
-    {"css", false},          {"extjs", false},    {"legacy", false},
-    {"raphael", false},      {"recovery", false}, {"xml", false},
-    {"utest", false},        {"cgi-bin", false},  {"np", false},
-    {"glassdeck", false},    {"fsbroker", false}, {"recover", false},
-    {"mypasswd", false},     {"stimg", false},    {"fonts", false},
-    {"aquota.group", false}, {"shares", false},   {"homes", false},
-    {"printers", false},     {"everyone", false}, {"anyone", false},
-    {"c_", true},            {"m_", true},        {"r_", true},
-    {"b_", true},            {"pool", false},     {"zpool", false},
-    {"zfs", false},          {"usb", false},      {"usb_", true},
-    {"usb_port_", true},     {"global", false},   {"diag", false},
-    {"purge", false},        {"core", false},     {"job_", true},
+    {"home", false},
+    {"theme", false},
+    {"password_recovery", false},
+    {"my_password", false},
+    {"html", false},
+    {"aquota.user", false},
+    {"css", false},
+    {"extjs", false},
+    {"legacy", false},
+    {"raphael", false},
+    {"recovery", false},
+    {"xml", false},
+    {"utest", false},
+    {"cgi-bin", false},
+    {"np", false},
+    {"glassdeck", false},
+    {"fsbroker", false},
+    {"recover", false},
+    {"mypasswd", false},
+    {"stimg", false},
+    {"fonts", false},
+    {"aquota.group", false},
+    {"shares", false},
+    {"homes", false},
+    {"printers", false},
+    {"everyone", false},
+    {"anyone", false},
+    {"c_", true},
+    {"m_", true},
+    {"r_", true},
+    {"b_", true},
+    {"pool", false},
+    {"zpool", false},
+    {"zfs", false},
+    {"usb", false},
+    {"usb_", true},
+    {"usb_port_", true},
+    {"global", false},
+    {"diag", false},
+    {"purge", false},
+    {"core", false},
+    {"job_", true},
 };
 
 /// Names that belong to the file-sync feature.
@@ -147,53 +175,41 @@ constexpr const char *sync_names[] = {"ferrydock"};
 int32_t check_reserved_names(const char *name)
 {
     for (const Reserved &entry : reserved_names) {
-        if (entry.prefix && begins_nocase(name, entry.text))
-            return reserved_prefix;
-        if (!entry.prefix && equal_nocase(name, entry.text))
-            return reserved_name;
+        if (entry.prefix && begins_nocase(name, entry.text)) return reserved_prefix;
+        if (!entry.prefix && equal_nocase(name, entry.text)) return reserved_name;
     }
     return 0;
 }
 
 const char *skip(const char *text, const CharSet &set)
 {
-    while (set.has(*text))
-        ++text;
+    while (set.has(*text)) ++text;
     return text;
 }
 
 int32_t check_name(const NameRule &rule, const char *name)
 {
-    if (name == nullptr)
-        return rule.null_result;
-    if (*name == '\0')
-        return rule.empty_result;
-    if (!rule.first.has(*name))
-        return rule.bad_first_result;
-    if (rule.length_first && std::strlen(name) > rule.max_length)
-        return too_long;
+    if (name == nullptr) return rule.null_result;
+    if (*name == '\0') return rule.empty_result;
+    if (!rule.first.has(*name)) return rule.bad_first_result;
+    if (rule.length_first && std::strlen(name) > rule.max_length) return too_long;
     const char *end = skip(name + 1, rule.following);
-    if (*end != '\0')
-        return bad_following;
-    if (static_cast<size_t>(end - name) > rule.max_length)
-        return too_long;
+    if (*end != '\0') return bad_following;
+    if (static_cast<size_t>(end - name) > rule.max_length) return too_long;
     if (rule.check_reserved)
-        if (int32_t result = check_reserved_names(name))
-            return result;
-    if (rule.refuse_number && *skip(name, digits) == '\0')
-        return only_digits;
+        if (int32_t result = check_reserved_names(name)) return result;
+    if (rule.refuse_number && *skip(name, digits) == '\0') return only_digits;
     return 0;
 }
 
 int32_t check_name(const NameRule &rule, const char *name, const char **out)
 {
     const int32_t result = check_name(rule, name);
-    if (out != nullptr)
-        *out = result == 0 ? name : nullptr;
+    if (out != nullptr) *out = result == 0 ? name : nullptr;
     return result;
 }
 
-} // namespace
+}  // namespace
 
 int32_t qbobj_validate_sharename(const char *name, const char **out)
 {
@@ -254,9 +270,8 @@ int32_t check_ups_name(const char *name)
 
 int32_t check_sync_name(const char *name)
 {
-    if (name == nullptr || *name == '\0')
-        return -1;
+    if (name == nullptr || *name == '\0') return -1;
     return check_one_of(name, Case::ignored, sync_names);
 }
 
-} // namespace qb
+}  // namespace qb

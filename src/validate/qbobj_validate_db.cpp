@@ -11,26 +11,28 @@ namespace {
 constexpr Sql<const char *> name_statement(NameCheck check)
 {
     switch (check) {
-    case NameCheck::domain_user:
-        return "SELECT id FROM `$user` WHERE uname=%Q COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) ORDER BY "
-               "is_privileged DESC";
-    case NameCheck::local_user: return "SELECT id FROM `$user` WHERE uname=%Q AND rid IS NULL";
-    case NameCheck::share_name: return "SELECT id FROM share WHERE name=%Q";
-    case NameCheck::share_of_path: break;  // names its argument twice
-    case NameCheck::share_dataset: return "SELECT id FROM share WHERE zfs_name=%Q";
-    case NameCheck::share_application:
-        return "SELECT app_name FROM '$application_on_share' WHERE zfs_name=%Q limit 1";
-    case NameCheck::volume_id: return "SELECT id FROM _volume WHERE id=%Q";
-    case NameCheck::volume_name: return "SELECT id FROM _volume WHERE lv_name=%Q";
-    case NameCheck::domain_group:
-        return "SELECT id FROM `$group` WHERE gname=%Q COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) ORDER BY "
-               "is_privileged DESC";
-    case NameCheck::local_group: return "SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL";
-    case NameCheck::backup_job: return "SELECT id FROM backup WHERE name=%Q";
-    case NameCheck::lun: return "SELECT rowid FROM `$iscsi_lun` WHERE name=%Q";
-    case NameCheck::lun_group: return "SELECT rowid FROM `$iscsi_lun_group` WHERE name=%Q";
-    case NameCheck::initiator: return "SELECT rowid FROM `$iscsi_initiator` WHERE name=%Q";
-    case NameCheck::alias: return "SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1";
+        case NameCheck::domain_user:
+            return "SELECT id FROM `$user` WHERE uname=%Q COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) "
+                   "ORDER BY "
+                   "is_privileged DESC";
+        case NameCheck::local_user: return "SELECT id FROM `$user` WHERE uname=%Q AND rid IS NULL";
+        case NameCheck::share_name: return "SELECT id FROM share WHERE name=%Q";
+        case NameCheck::share_of_path: break;  // names its argument twice
+        case NameCheck::share_dataset: return "SELECT id FROM share WHERE zfs_name=%Q";
+        case NameCheck::share_application:
+            return "SELECT app_name FROM '$application_on_share' WHERE zfs_name=%Q limit 1";
+        case NameCheck::volume_id: return "SELECT id FROM _volume WHERE id=%Q";
+        case NameCheck::volume_name: return "SELECT id FROM _volume WHERE lv_name=%Q";
+        case NameCheck::domain_group:
+            return "SELECT id FROM `$group` WHERE gname=%Q COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) "
+                   "ORDER BY "
+                   "is_privileged DESC";
+        case NameCheck::local_group: return "SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL";
+        case NameCheck::backup_job: return "SELECT id FROM backup WHERE name=%Q";
+        case NameCheck::lun: return "SELECT rowid FROM `$iscsi_lun` WHERE name=%Q";
+        case NameCheck::lun_group: return "SELECT rowid FROM `$iscsi_lun_group` WHERE name=%Q";
+        case NameCheck::initiator: return "SELECT rowid FROM `$iscsi_initiator` WHERE name=%Q";
+        case NameCheck::alias: return "SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1";
     }
     return "SELECT NULL WHERE %Q IS NULL";
 }
