@@ -30,44 +30,51 @@ uint32_t fill_interface(CallContext *ctx, const Rows &rows, int row, NetworkInte
     return 0;
 }
 
-/// A field that holds an address and may be missing.
+/// A format that takes one text, checked while it is compiled.
+using Format = Sql<const char *>;
+
+/// A field that holds an address and may be missing in a new interface.
 struct AddressField {
-    const char *name;
     Field field;
+    Format refusal;
 };
 
 constexpr AddressField kAddresses[] = {
-    {"IP", &NetworkInterface::IP},
-    {"DNS1", &NetworkInterface::DNS1},
-    {"DNS2", &NetworkInterface::DNS2},
-    {"Gateway", &NetworkInterface::Gateway},
+    {&NetworkInterface::IP, "Invalid NetworkInterface IP (%s)"},
+    {&NetworkInterface::DNS1, "Invalid NetworkInterface DNS1 (%s)"},
+    {&NetworkInterface::DNS2, "Invalid NetworkInterface DNS2 (%s)"},
+    {&NetworkInterface::Gateway, "Invalid NetworkInterface Gateway (%s)"},
 };
 
 uint32_t check_new_interface(CallContext *ctx, const NetworkInterface *nif)
 {
     if (check_short_name(nif->Name)) return REPORT(ctx, 8, "Invalid NetworkInterface Name (%s)", nif->Name);
     if (check_mac(nif->Mac)) return REPORT(ctx, 8, "Invalid NetworkInterface Mac (%s)", nif->Mac);
-    for (const auto &[name, field] : kAddresses)
-        if (is_set(nif->*field) && check_ipv4(nif->*field))
-            return REPORT(ctx, 8, "Invalid NetworkInterface %s (%s)", name, nif->*field);
+    for (const auto &[field, refusal] : kAddresses)
+        if (is_set(nif->*field) && check_ipv4(nif->*field)) return REPORT(ctx, 8, refusal.text, nif->*field);
     return 0;
 }
 
-/// A field that can be changed; without a check it is taken as it is.
+int32_t accept_any(const char *)
+{
+    return 0;
+}
+
+/// A field that can be changed.
 struct ChangeField {
-    const char *name;
-    const char *column;
     Field field;
+    Format assignment;
     int32_t (*check)(const char *);
+    Format refusal;
 };
 
 constexpr ChangeField kChangeable[] = {
-    {"Mac", "mac", &NetworkInterface::Mac, check_mac},
-    {"Protocol", "protocol", &NetworkInterface::Protocol, nullptr},
-    {"IP", "ip", &NetworkInterface::IP, check_ipv4},
-    {"DNS1", "dns1", &NetworkInterface::DNS1, check_ipv4},
-    {"DNS2", "dns2", &NetworkInterface::DNS2, check_ipv4},
-    {"Gateway", "gateway", &NetworkInterface::Gateway, check_ipv4},
+    {&NetworkInterface::Mac, "mac=%Q", check_mac, "NetworkInterface Mac (%s) is invalid."},
+    {&NetworkInterface::Protocol, "protocol=%Q", accept_any, "%s"},
+    {&NetworkInterface::IP, "ip=%Q", check_ipv4, "NetworkInterface IP (%s) is invalid."},
+    {&NetworkInterface::DNS1, "dns1=%Q", check_ipv4, "NetworkInterface DNS1 (%s) is invalid."},
+    {&NetworkInterface::DNS2, "dns2=%Q", check_ipv4, "NetworkInterface DNS2 (%s) is invalid."},
+    {&NetworkInterface::Gateway, "gateway=%Q", check_ipv4, "NetworkInterface Gateway (%s) is invalid."},
 };
 
 }  // namespace
@@ -123,11 +130,11 @@ uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkIn
     QB_ASSERT(nif);
     if (!nif->Name) return REPORT(ctx, 8, "NetworkInterface Name cannot be NULL.");
     SetList<512> set;
-    for (const auto &[name, column, field, check] : kChangeable) {
+    for (const auto &[field, assignment, check, refusal] : kChangeable) {
         const char *value = nif->*field;
         if (!value) continue;
-        if (check && check(value)) return REPORT(ctx, 8, "NetworkInterface %s (%s) is invalid.", name, value);
-        set.add("%s=%Q", column, value);
+        if (check(value)) return REPORT(ctx, 8, refusal.text, value);
+        set.add(assignment, value);
     }
     // What does not fit must not be left out in silence: the caller would take it for written.
     if (set.dropped) return REPORT(ctx, 5, "Failed 'UPDATE network_if'. %s", "The values are too long.");
