@@ -12,6 +12,8 @@ namespace {
 struct Storage : test::Database {
     CallContext ctx{qbdb, &err};
 
+    void SetUp() override { sql("BEGIN"); }  // one transaction: nothing is written to the disk
+
     /// Stores a text in both of the ways, and reads it and its row back.
     void expect_stored(const char *text)
     {
