@@ -110,6 +110,18 @@ TEST_F(SystemAccountProgram, PassesTheNameAsOneArgument)
     EXPECT_EQ(text, "3\npasswd\n--\na b; $(touch x) \"'\n");
 }
 
+TEST_F(SystemAccountProgram, GetsNoEndOfThePipeButItsOutput)
+{
+    // The uid is the number of files of the program that are the pipe.
+    install(
+        "out=$(readlink /proc/$$/fd/1); same=0\n"
+        "for f in /proc/$$/fd/*; do [ \"$(readlink \"$f\")\" = \"$out\" ] && same=$((same+1)); done\n"
+        "echo \"x:x:$same:\"");
+    int32_t uid = kUntouched;
+    ASSERT_EQ(check_system_account("x", &uid), 0);
+    EXPECT_EQ(uid, 1);
+}
+
 TEST_F(SystemAccountProgram, IsNotRunForNamesThatLookLikeOptions)
 {
     install("touch '" + file("ran") + "'; echo 'x:x:5:'");
