@@ -1,17 +1,18 @@
 /**
  * @file qbobj/legacy.h
- * The older single-purpose entry points: key/value settings, folder attributes.
+ * The older single-purpose entry points: key/value settings, folder attributes, the size of
+ * a Time Machine backup.
  */
 #ifndef QBOBJ_LEGACY_H
 #define QBOBJ_LEGACY_H
 
 #include "qbobj/types.h"
 
-/* ---- Settings by key, folder attributes ---------------------------------------------------------- */
-
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* ---- Settings by key, folder attributes ---------------------------------------------------------- */
 
 /** FolderAttribute::ShareFlags: the folder is shared over SMB. */
 #define QBOBJ_FOLDER_SHARED 1u
@@ -97,6 +98,17 @@ QBOBJ_API uint32_t getRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, 
  * @return 0; 5 database failure.
  */
 QBOBJ_API uint32_t setRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char *val, ErrorInfo *err);
+
+/* ---- Time Machine -------------------------------------------------------------------------------- */
+
+/**
+ * Measures the space that a Time Machine backup takes: the number of bands of the first sparse bundle in
+ * a folder, times the size of a band as the bundle's description gives it.
+ * @param path Folder that holds the bundle; null measures nothing.
+ * @return Megabytes of 1000000 bytes, rounded down; 0 when the folder, a bundle in it, its description,
+ *         the size of a band or the bands are missing.
+ */
+QBOBJ_API uint64_t get_tm_used_mb(const char *path);
 
 #ifdef __cplusplus
 }

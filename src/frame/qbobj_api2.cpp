@@ -1,4 +1,5 @@
 // The exported operations: each runs its worker in the frame, and nothing else stands here.
+#include "accounts/users.h"
 #include "frame/frame.h"
 #include "qbobj.h"
 #include "system/log.h"
@@ -57,4 +58,65 @@ uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const char *nam
 uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
 {
     return framed<x_qbobj_modifyNetworkInterface>("qbobj_modifyNetworkInterface", qbdb, db, err, nif);
+}
+
+// ---- Users, reading
+
+uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, AccountQuery *query,
+                                 int32_t with_password, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUserCollection>("qbobj_getUserCollection", qbdb, db, err, users, query, with_password);
+}
+
+uint32_t qbobj_getUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUser>("qbobj_getUser", qbdb, db, err, user);
+}
+
+uint32_t qbobj_getSystemUser(qbdb_t *qbdb, sqlite3 *db, SystemUser *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSystemUser>("qbobj_getSystemUser", qbdb, db, err, user);
+}
+
+uint32_t qbobj_getCloudUser(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, ErrorInfo *err)
+{
+    return framed<x_qbobj_getCloudUser>("qbobj_getCloudUser", qbdb, db, err, users);
+}
+
+uint32_t qbobj_getUserInGroupName(qbdb_t *qbdb, sqlite3 *db, const char *groupName, int32_t primary_only,
+                                  UserCollection *users, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUserInGroupName>("qbobj_getUserInGroupName", qbdb, db, err, groupName, primary_only,
+                                              users);
+}
+
+uint32_t qbobj_getUID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUID>("qbobj_getUID", qbdb, db, err, name, id);
+}
+
+uint32_t qbobj_getUserName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUserName>("qbobj_getUserName", qbdb, db, err, id, name);
+}
+
+uint32_t qbobj_getPosixUID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixUID>("qbobj_getPosixUID", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getPosixUIDbyUID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixUIDbyUID>("qbobj_getPosixUIDbyUID", qbdb, db, err, id);
+}
+
+uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixUIDGID>("qbobj_getPosixUIDGID", qbdb, db, err, name, uid, gid);
+}
+
+uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, uint64_t *bytes, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUserHomeFolderTotalConsumedInByte>("qbobj_getUserHomeFolderTotalConsumedInByte", qbdb, db,
+                                                                err, bytes);
 }
