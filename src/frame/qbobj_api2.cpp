@@ -4,6 +4,7 @@
 #include "frame/frame.h"
 #include "qbobj.h"
 #include "system/log.h"
+#include "system/network.h"
 
 using namespace qb;
 
@@ -29,6 +30,35 @@ uint32_t qbobj_addLog(qbdb_t *qbdb, sqlite3 *db, int32_t time, const char *sever
                       const char *msgTag, const char *argsXml, ErrorInfo *err)
 {
     return framed<x_qbobj_addLog>("qbobj_addLog", qbdb, db, err, time, severity, category, msgTag, argsXml);
+}
+
+// ---- Network interfaces
+
+uint32_t qbobj_getNetworkInterfaceCollection(qbdb_t *qbdb, sqlite3 *db, NetworkInterfaceCollection *interfaces,
+                                             ErrorInfo *err)
+{
+    return framed<x_qbobj_getNetworkInterfaceCollection>("qbobj_getNetworkInterfaceCollection", qbdb, db, err,
+                                                         interfaces);
+}
+
+uint32_t qbobj_getNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_getNetworkInterface>("qbobj_getNetworkInterface", qbdb, db, err, nif);
+}
+
+uint32_t qbobj_addNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_addNetworkInterface>("qbobj_addNetworkInterface", qbdb, db, err, nif);
+}
+
+uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteNetworkInterface>("qbobj_deleteNetworkInterface", qbdb, db, err, name);
+}
+
+uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyNetworkInterface>("qbobj_modifyNetworkInterface", qbdb, db, err, nif);
 }
 
 // ---- Users, reading
