@@ -3,6 +3,8 @@
 
 #include <apr_strings.h>
 
+#include <new>
+
 #include "frame/report.h"
 
 namespace qb {
@@ -11,7 +13,9 @@ namespace qb {
 template <class T>
 T *allocate(const CallContext *ctx)
 {
-    return static_cast<T *>(apr_pcalloc(pool_of(ctx->qbdb), sizeof(T)));
+    // Not apr_pcalloc: that is a macro which clears the block without looking whether there is one.
+    void *block = apr_palloc(pool_of(ctx->qbdb), sizeof(T));
+    return block ? new (block) T{} : nullptr;
 }
 
 /// A copy of a text; null for null and without memory.
