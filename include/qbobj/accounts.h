@@ -11,23 +11,23 @@
 extern "C" {
 #endif
 
-/** SshPublicKey. */
+/** An SSH public key of a user. */
 struct SshPublicKey {
     struct SshPublicKey *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t Id; /**< */
-    int32_t UserId; /**< */
-    const char *ServeFor; /**< */
-    const char *Type; /**< */
-    const char *Key; /**< */
-    const char *Comment; /**< */
-    const char *Fingerprint; /**< */
-    const char *Title; /**< */
+    int32_t resource_id; /**< Out: same as `Id`. */
+    int32_t Id; /**< Id of the key. Out, but for changing and deleting: in. */
+    int32_t UserId; /**< Owner: user 98 or a user with an id above 99; 0 in root's twin of an administrator's key. */
+    const char *ServeFor; /**< Use of the key: "rsync" for one that lets only rsync in; other words are the caller's. */
+    const char *Type; /**< Kind of key ("ssh-ed25519"), stored as given. */
+    const char *Key; /**< Text of the key. */
+    const char *Comment; /**< Comment of the key. */
+    const char *Fingerprint; /**< Fingerprint, stored as given. */
+    const char *Title; /**< Title to show; that of root's twin is "root_" and the key's title. */
 };
 
-/** SshPublicKeyCollection. */
+/** A list of SSH public keys. */
 struct SshPublicKeyCollection {
-    struct SshPublicKey *SshPublicKey; /**< */
+    struct SshPublicKey *SshPublicKey; /**< First key, or null. */
 };
 
 /** What one user or group may use of one share. */
@@ -40,31 +40,31 @@ struct Quota {
     uint64_t UsedMB; /**< Megabytes in use as last measured, 0 when never measured; output only. */
 };
 
-/** AdminPassword. */
+/** The administrator's password, password recovery and shell access. */
 struct AdminPassword {
-    const char *Password; /**< */
-    const char *Question; /**< */
-    const char *Answer; /**< */
-    const char *Email; /**< */
-    int32_t Enabled; /**< */
-    const char *Method; /**< */
-    int32_t ResetFlag; /**< */
-    int32_t ShellAccess; /**< */
+    const char *Password; /**< In: new password in clear text; null or empty to keep the old one. Out: null. */
+    const char *Question; /**< Question of the password recovery. In: null keeps question, answer and address. */
+    const char *Answer; /**< Its answer. In: null keeps question, answer and address. */
+    const char *Email; /**< E-mail address of the recovery. In: null keeps question, answer and address. */
+    int32_t Enabled; /**< 1 when a lost password can be recovered, else 0. */
+    const char *Method; /**< How it is recovered. In: null to keep. */
+    int32_t ResetFlag; /**< Not stored. Out: 0. */
+    int32_t ShellAccess; /**< 1 when the administrator may log in with a shell, else 0. */
 };
 
-/** UserPassword. */
+/** A new password for a user. */
 struct UserPassword {
     struct UserPassword *next; /**< Next element of the list, or null. */
-    int32_t UserId; /**< */
-    const char *Password; /**< */
+    int32_t UserId; /**< Id of the user. */
+    const char *Password; /**< New password in clear text; empty for none, with which nobody can log in by password. */
 };
 
-/** MyPassword. */
+/** A user's change of the own password; all three texts are required. */
 struct MyPassword {
     struct MyPassword *next; /**< Next element of the list, or null. */
-    const char *UserName; /**< */
-    const char *OldPassword; /**< */
-    const char *NewPassword; /**< */
+    const char *UserName; /**< Name of the user, who is a local one. */
+    const char *OldPassword; /**< Present password in clear text. */
+    const char *NewPassword; /**< New password in clear text. */
 };
 
 /** Settings of a user's home folder. */
@@ -118,49 +118,49 @@ struct SystemGroup {
     int32_t _PosixId; /**< POSIX gid, -1 when the directory does not know it; output only. */
 };
 
-/** AccountDefault. */
+/** Defaults for new accounts. */
 struct AccountDefault {
-    const char *HomeVolumeId; /**< */
-    int32_t DiskQuotaWarn; /**< */
-    int32_t GroupId; /**< */
-    int32_t DisallowPasswordChange; /**< */
-    uint64_t HomeFolderCapacityLimit; /**< */
-    const char *GroupMembership; /**< */
-    int32_t PrivateTimeMachine; /**< */
-    int32_t PrivateTimeMachineSpace; /**< */
-    int32_t SnapshotProtection; /**< */
+    const char *HomeVolumeId; /**< Volume of the home folders: its id; its name is taken, too, and stored so. */
+    int32_t DiskQuotaWarn; /**< Soft limit of quotas in per cent of the hard limit, 1 to 99. */
+    int32_t GroupId; /**< Out: id of the default group. In: ignored, the name decides. */
+    int32_t DisallowPasswordChange; /**< 1 when users may not change their passwords, else 0. */
+    uint64_t HomeFolderCapacityLimit; /**< Size limit of a home folder, as new home folders get it; 0 for none. */
+    const char *GroupMembership; /**< Name of the default group. */
+    int32_t PrivateTimeMachine; /**< 1 when a new user gets a Time Machine allowance, else 0. */
+    int32_t PrivateTimeMachineSpace; /**< Its size in units of 1000 MB. */
+    int32_t SnapshotProtection; /**< 1 when snapshots protect a new home folder, else 0. */
 };
 
-/** Security. */
+/** Directory settings of the CIFS service. */
 struct Security {
-    const char *Security; /**< */
-    const char *Realm; /**< */
-    const char *workGroup; /**< */
-    const char *orgUnit; /**< */
-    const char *restrictOU; /**< */
-    int32_t noSyncADS; /**< */
-    const char *restrictAccountOu; /**< */
-    const char *domainAdministrator; /**< */
-    const char *passWord; /**< */
-    const char *passWordServer; /**< */
-    int32_t displayTrustedUsers; /**< */
-    const char *domainSid; /**< */
-    int32_t domainGroupAdminGID; /**< */
-    int32_t domainAdminUID; /**< */
-    int32_t joinDomainFailed; /**< */
-    const char *idmapBackend; /**< */
+    const char *Security; /**< "user" for local accounts only, "ads" for those of a directory. */
+    const char *Realm; /**< Realm of the directory: a host name; required with "ads". */
+    const char *workGroup; /**< Workgroup or short domain name: 1 to 16 letters, digits, "_", "-", "." and blanks. */
+    const char *orgUnit; /**< Organisational unit that the appliance joins. */
+    const char *restrictOU; /**< Organisational unit that users and groups are imported from. */
+    int32_t noSyncADS; /**< 1 when directory accounts are looked up live instead of imported, else 0. */
+    const char *restrictAccountOu; /**< Not stored. Out: null. */
+    const char *domainAdministrator; /**< Name of the directory's administrator. */
+    const char *passWord; /**< Not stored. Out: null. */
+    const char *passWordServer; /**< Login server: a host name, or null or empty for any. */
+    int32_t displayTrustedUsers; /**< 1 when users of trusted domains are shown, else 0. */
+    const char *domainSid; /**< Out: security identifier of the domain. In: ignored. */
+    int32_t domainGroupAdminGID; /**< Out: id of the domain administrators' group, 98 when unknown. In: ignored. */
+    int32_t domainAdminUID; /**< Out: id of the domain administrator, 98 when unknown. In: ignored. */
+    int32_t joinDomainFailed; /**< 1 when joining the domain failed, else 0. */
+    const char *idmapBackend; /**< How directory ids become POSIX ids: "tdb" or "rid". */
 };
 
-/** SecurityAdsProgress. */
+/** Progress of the import of directory accounts; all fields are out. */
 struct SecurityAdsProgress {
-    const char *State; /**< */
-    int32_t Percent; /**< */
-    int32_t TotalUser; /**< */
-    int32_t CurrUser; /**< */
-    int32_t TotalGroup; /**< */
-    int32_t CurrGroup; /**< */
-    int32_t StartAt; /**< */
-    int32_t DoneAt; /**< */
+    const char *State; /**< "idle", "running", "complete" or "error". */
+    int32_t Percent; /**< 0 to 100: users and groups make up half each, also when there are none of a kind. */
+    int32_t TotalUser; /**< Number of users to import. */
+    int32_t CurrUser; /**< Number of users imported so far. */
+    int32_t TotalGroup; /**< Number of groups to import. */
+    int32_t CurrGroup; /**< Number of groups imported so far. */
+    int32_t StartAt; /**< When it began, in seconds since the epoch. */
+    int32_t DoneAt; /**< When it ended, in seconds since the epoch; 0 before. */
 };
 
 /** SmbUserNameMap. */
@@ -541,6 +541,189 @@ QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Er
  *         member without an id; 803 the name is taken; 806 the name is too long.
  */
 QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/* ---- Passwords, account defaults, directory security ---------------------------------------------- */
+
+/**
+ * Reads the administrator's recovery settings and shell access. The password is never returned.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param admin Out: the settings; not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err);
+
+/**
+ * Sets the administrator's recovery settings, shell access and, when one is given, password. The
+ * system account `root` gets the same password. `Enabled` and `ShellAccess` are always written.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param admin In: the settings; not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure; 8 a password that cannot be hashed (512 bytes or more).
+ */
+QBOBJ_API uint32_t qbobj_setAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err);
+
+/**
+ * Sets a user's password. An id that no user has changes nothing and is no failure. The mask that
+ * stands for stored passwords elsewhere is a password like any other here.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param pw   In: the user and the password; not null. A chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 no password, or one that cannot be hashed (512 bytes or more).
+ */
+QBOBJ_API uint32_t qbobj_setUserPassword(qbdb_t *qbdb, sqlite3 *db, UserPassword *pw, ErrorInfo *err);
+
+/**
+ * Changes a local user's password after checking the present one. A user without a password, or whose
+ * password is locked, cannot do this.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param pw   In: the user, the old and the new password; not null. A chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 an empty field, a new password that cannot be hashed (512 bytes or
+ *         more), an unknown user, or a wrong old password.
+ */
+QBOBJ_API uint32_t qbobj_setMyPassword(qbdb_t *qbdb, sqlite3 *db, MyPassword *pw, ErrorInfo *err);
+
+/**
+ * Reads the defaults for new accounts.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param def  Out: the defaults; not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, or there are no defaults in the database.
+ */
+QBOBJ_API uint32_t qbobj_getAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDefault *def, ErrorInfo *err);
+
+/**
+ * Writes the defaults for new accounts, all of them.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param def  In: the defaults; not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 unknown volume, a warning level outside 1 to 99, or unknown group.
+ */
+QBOBJ_API uint32_t qbobj_setAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDefault *def, ErrorInfo *err);
+
+/**
+ * Reads the directory settings. The password of the domain administrator is not stored.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param security Out: the settings; not null.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err);
+
+/**
+ * Writes the directory settings. A null text is stored as such. The domain's identifier, the domain
+ * administrators' ids and the password are left alone.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param security In: the settings; not null.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure, or settings too long to be written at once (some 500 bytes); 8 neither
+ *         "user" nor "ads"; 819 bad workgroup; with "ads" 820 bad realm, 833 bad login server.
+ */
+QBOBJ_API uint32_t qbobj_setSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err);
+
+/**
+ * Sets how directory ids become POSIX ids.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param backend "tdb" or "rid".
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure; 8 null or another word.
+ */
+QBOBJ_API uint32_t qbobj_setSecurityIdmapBackend(qbdb_t *qbdb, sqlite3 *db, const char *backend, ErrorInfo *err);
+
+/**
+ * Reads how far the import of directory accounts is.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param progress Out: the progress; not null.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getSecurityAdsProgress(qbdb_t *qbdb, sqlite3 *db, SecurityAdsProgress *progress,
+                                                ErrorInfo *err);
+
+/* ---- SSH public keys ------------------------------------------------------------------------------ */
+
+/**
+ * Adds a user's SSH public key and refreshes the user's login shell. A key of the administrator is
+ * also stored as a key of root, titled "root_" and the key's title.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param key  In: the key. Out: `Id` and `resource_id`. Not null; a chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 802 a system account other than the administrator; 836 no
+ *         such user; 837 the user has this key; 842 there are 256 keys already.
+ */
+QBOBJ_API uint32_t qbobj_addSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err);
+
+/**
+ * Removes an SSH public key and refreshes the owner's login shell. With the administrator as the owner
+ * root's twin of the key goes, too; when there is none, nothing is removed.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param key  In: `Id`, and in `UserId` the key's owner; not null. A chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, root's twin is missing, or `UserId` is a system account's; 838 no such
+ *         key.
+ */
+QBOBJ_API uint32_t qbobj_deleteSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err);
+
+/**
+ * Changes the title and the use of an SSH public key and refreshes the owner's login shell. With the
+ * administrator as the owner root's twin of the key changes, too.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param key  In: `Id`, `Title`, `ServeFor`, and in `UserId` the key's owner; not null. A chain is not
+ *             followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, root's twin is missing, or `UserId` is a system account's;
+ *         838 no such key.
+ */
+QBOBJ_API uint32_t qbobj_setSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err);
+
+/**
+ * Reads an SSH public key.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the key.
+ * @param key  Out: the key; its link is left alone. Not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 838 no such key.
+ */
+QBOBJ_API uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key,
+                                             ErrorInfo *err);
+
+/**
+ * Reads root's twin of an SSH public key of the administrator: root's key with the same text.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the administrator's key.
+ * @param key  Out: root's key; its link is left alone. Not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 838 not a key of the administrator, or there is no twin.
+ */
+QBOBJ_API uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key,
+                                                        ErrorInfo *err);
+
+/**
+ * Reads the SSH public keys of all users; root's are left out.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param keys Out: the keys in the order of their ids, appended to a list that is not empty; not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, SshPublicKeyCollection *keys,
+                                                   ErrorInfo *err);
 
 #ifdef __cplusplus
 }
