@@ -1,0 +1,198 @@
+// The user list: filters, options, order, page and counts.
+#include <sys/stat.h>
+
+#include <cstring>
+
+#include "accounts/users.h"
+#include "frame/list.h"
+
+namespace qb {
+namespace {
+
+constexpr size_t kPatternLimit = 257;  // a pattern of this many bytes is too long
+
+/// The clauses that a query adds to the list's statements.
+struct Clauses {
+    const char *kind = "";     // "NOT ": domain users instead of local ones
+    const char *skyloft = "";  // leaves the users of the cloud service out
+    const char *admin = "";    // the administrator comes along, whatever the other clauses say
+    const char *order = "ORDER BY U.uname";
+    char name[2048] = "";  // holds three patterns of the longest kind, each of its bytes doubled
+    char option[512] = "";
+    char page[32] = "";
+    bool existing_homes = false;
+};
+
+bool contains(const char *text, const char *part)
+{
+    return strstr(text, part) != nullptr;
+}
+
+uint32_t build_name(CallContext *ctx, const char *pattern, Clauses *clauses)
+{
+    if (!is_set(pattern)) return 0;
+    if (strlen(pattern) >= kPatternLimit) return REPORT(ctx, 8, "Query string is too long.");
+    sqlite3_snprintf(sizeof clauses->name, clauses->name,
+                     " AND (U.uname LIKE %Q OR U.fullname LIKE %Q OR U.email LIKE %Q)", pattern, pattern, pattern);
+    return 0;
+}
+
+/// Users by their home folders' snapshot settings. Either token may open the clause; the other then counts
+/// wherever it stands. "==0" asks for the users without, anything else for those with.
+void build_snapshot_option(const char *opt, Clauses *clauses)
+{
+    const char *protection = "";
+    const char *access = "";
+    if (contains(opt, "HF_SNAPSHOT_PROTECTION"))
+        protection = contains(opt, "HF_SNAPSHOT_PROTECTION==0")
+                         ? " U.id IN (SELECT H.user_id FROM '$home_folder' H WHERE H.snapshot_protection_enabled=0)"
+                         : " U.id IN (SELECT H.user_id FROM '$home_folder' H WHERE H.snapshot_protection_enabled=1)";
+    if (contains(opt, "HF_SNAPSHOT_ACCESS"))
+        access = contains(opt, "HF_SNAPSHOT_ACCESS==0")
+                     ? " U.id IN (SELECT H.user_id FROM '$home_folder' H WHERE H.visible_snapdir='')"
+                     : " U.id IN (SELECT H.user_id FROM '$home_folder' H WHERE H.visible_snapdir<>'')";
+    sqlite3_snprintf(sizeof clauses->option, clauses->option, " AND (%s%s%s)", protection,
+                     is_set(protection) && is_set(access) ? " OR" : "", access);
+}
+
+/// The first three tokens stand alone; the others may be combined in one text.
+void build_option(const AccountQuery *query, Clauses *clauses)
+{
+    const char *opt = or_empty(query->opt);
+    const auto set_clause = [clauses](const char *format, const char *value = nullptr) {
+        sqlite3_snprintf(sizeof clauses->option, clauses->option, format, value);
+    };
+    if (strcmp(opt, "SINGLE_USER") == 0) {
+        set_clause(" AND U.uname=%Q", query->name_fix);
+    } else if (strcmp(opt, "TM_ON") == 0) {
+        set_clause(" AND id IN (SELECT T.user_id from '$timemachine_quota' T WHERE T.enabled=1)");
+    } else if (strcmp(opt, "HF_EXISTS") == 0) {
+        set_clause(" AND id >= 0");
+        clauses->existing_homes = true;
+    }
+    if (contains(opt, "||HF_SNAPSHOT_PROTECTION") || contains(opt, "||HF_SNAPSHOT_ACCESS"))
+        build_snapshot_option(opt, clauses);
+    if (contains(opt, "&&USER_WITH_ADMIN") || contains(opt, "&&USER_WITHOUT_SKYLOFT")) {
+        if (contains(opt, "USER_WITH_ADMIN==1")) clauses->admin = "OR (U.uname='admin')";
+        if (contains(opt, "USER_WITHOUT_SKYLOFT==1")) clauses->skyloft = " AND U.group_id<>97";
+    }
+}
+
+const char *order_clause(int32_t order)
+{
+    switch (order) {
+        case 2: return "ORDER BY U.id";
+        case -1: return "ORDER BY U.uname DESC";
+        case -2: return "ORDER BY U.id DESC";
+        default: return "ORDER BY U.uname";
+    }
+}
+
+void build_page(const AccountQuery *query, Clauses *clauses)
+{
+    if (!query->limit) return;
+    if (query->offset)
+        sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d,%d", query->offset, query->limit);
+    else sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d", query->limit);
+}
+
+/// Without a query the list shows the users that the appliance works with: domain users in directory mode.
+uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query, Clauses *clauses)
+{
+    int32_t domain = 0;
+    if (query) domain = query->ads;
+    else TRY(read_ads_mode(ctx, db, &domain));
+    if (domain) clauses->kind = "NOT ";
+    if (!query) return 0;
+    TRY(build_name(ctx, query->name_like, clauses));
+    build_option(query, clauses);
+    clauses->order = order_clause(query->order);
+    build_page(query, clauses);
+    return 0;
+}
+
+uint32_t count_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, int32_t *total, int32_t *matching)
+{
+    const char *name = clauses.name;
+    const char *option = clauses.option;
+    if (auto bad = select_int32(
+            ctx, db, *total,
+            "SELECT COUNT(*)  FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND "
+            "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
+            "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup'))) %s",
+            clauses.skyloft, clauses.kind, clauses.admin))
+        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    if (auto bad = select_int32(
+            ctx, db, *matching,
+            "SELECT COUNT(*) FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND "
+            "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
+            "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) %s %s) %s",
+            clauses.skyloft, clauses.kind, name, option, clauses.admin))
+        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    return 0;
+}
+
+uint32_t select_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, Rows *rows)
+{
+    const char *name = clauses.name;
+    const char *option = clauses.option;
+    const char *page = clauses.page;
+    if (auto bad = select(
+            ctx, db, *rows,
+            "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
+            "WHEN U.rid IS NULL THEN 0 ELSE 1 END,U.fullname,U.is_locked,U.group_id,U.shell_access FROM `$user` U "
+            "WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND U.uname<>'nobody' AND "
+            "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM "
+            "`$group` G WHERE G.gname='nogroup')) %s %s) %s %s %s",
+            clauses.skyloft, clauses.kind, name, option, clauses.admin, clauses.order, page))
+        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    return 0;
+}
+
+bool is_directory(const char *path)
+{
+    struct stat status;
+    return path && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// Where the list's statement has its columns.
+constexpr int kHome = 3;
+constexpr UserColumns kColumns{.full_name = 7, .is_locked = 8, .group_id = 9, .shell_access = 10};
+
+/// Appends the users as they are read: on a failure the caller keeps what was read so far.
+uint32_t append_users(CallContext *ctx, sqlite3 *db, const Rows &rows, const Clauses &clauses, Passwords passwords,
+                      User **head)
+{
+    List<User> list(head);
+    for (int i = 0; i < rows.count; i++) {
+        if (clauses.existing_homes && !is_directory(rows.cell(i, kHome))) continue;
+        User *user = list.append(ctx);
+        if (!user) return REPORT(ctx, 2, "Failed to allocate resource.");
+        TRY(fill_user(ctx, db, rows, i, kColumns, passwords, user));
+        TRY(read_user_details(ctx, db, user->UserId, user));
+    }
+    return 0;
+}
+
+}  // namespace
+
+uint32_t x_qbobj_getUserCollection(CallContext *ctx, sqlite3 *db, UserCollection *users, AccountQuery *query,
+                                   int32_t with_password)
+{
+    QB_ASSERT(users);
+    Clauses clauses;
+    TRY(build_clauses(ctx, db, query, &clauses));
+    int32_t total = 0;
+    int32_t matching = 0;
+    TRY(count_users(ctx, db, clauses, &total, &matching));
+    Rows rows;
+    TRY(select_users(ctx, db, clauses, &rows));
+    users->TotalEntries = total;
+    users->Entries = matching;
+    const uint32_t rc =
+        append_users(ctx, db, rows, clauses, with_password ? Passwords::stored : Passwords::masked, &users->User);
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
+    return rc;
+}
+
+}  // namespace qb

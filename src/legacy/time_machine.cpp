@@ -1,0 +1,102 @@
+// The space that a Time Machine sparse bundle takes: its bands are counted, not weighed, because each is
+// as large as the bundle's description says until it is the last.
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "qbobj/legacy.h"
+
+namespace {
+
+constexpr size_t kPathSize = 4096;
+constexpr size_t kLineSize = 4096;
+constexpr uint64_t kMegabyte = 1000000;
+
+struct CloseDirectory {
+    void operator()(DIR *directory) const { closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, CloseDirectory>;
+
+struct CloseFile {
+    void operator()(FILE *file) const { fclose(file); }
+};
+using File = std::unique_ptr<FILE, CloseFile>;
+
+/// A path that was put together; empty when it did not fit.
+struct Path {
+    char text[kPathSize];
+
+    Path(const char *folder, const char *bundle, const char *name)
+    {
+        const int size = snprintf(text, sizeof text, "%s/%s/%s", folder, bundle, name);
+        if (size < 0 || static_cast<size_t>(size) >= sizeof text) text[0] = '\0';
+    }
+};
+
+/// Opens a file for reading. The folder is the user's: a pipe that nobody writes to must not hold us up.
+File open_file(const char *path)
+{
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return nullptr;
+    File file(fdopen(descriptor, "r"));
+    if (!file) close(descriptor);
+    return file;
+}
+
+bool find_bundle(const char *folder, char (&name)[256])
+{
+    const Directory directory(opendir(folder));
+    if (!directory) return false;
+    while (const dirent *entry = readdir(directory.get())) {
+        if (!strstr(entry->d_name, ".sparsebundle")) continue;
+        snprintf(name, sizeof name, "%s", entry->d_name);
+        return true;
+    }
+    return false;
+}
+
+/// Reads the size of a band, which stands on the line after its key; 0 when the file does not say.
+uint64_t read_band_size(FILE *description)
+{
+    static constexpr char kKey[] = "\t<key>band-size</key>\n";
+    static constexpr char kNumber[] = "\t<integer>";
+    constexpr size_t kNumberLength = sizeof kNumber - 1;
+    char line[kLineSize];
+    bool next = false;
+    while (fgets(line, sizeof line, description)) {
+        if (next && strncmp(line, kNumber, kNumberLength) == 0) {
+            uint64_t size = 0;
+            std::from_chars(line + kNumberLength, line + strlen(line), size);
+            return size;
+        }
+        next = strcmp(line, kKey) == 0;
+    }
+    return 0;
+}
+
+uint64_t count_entries(DIR *directory)
+{
+    uint64_t count = 0;
+    while (const dirent *entry = readdir(directory))
+        if (strcmp(entry->d_name, ".") != 0 && strcmp(entry->d_name, "..") != 0) count++;
+    return count;
+}
+
+}  // namespace
+
+uint64_t get_tm_used_mb(const char *path)
+{
+    char bundle[sizeof(dirent::d_name)];
+    if (!path || !find_bundle(path, bundle)) return 0;
+    const File description = open_file(Path(path, bundle, "Info.plist").text);
+    if (!description) return 0;
+    const uint64_t band_size = read_band_size(description.get());
+    const Directory bands(opendir(Path(path, bundle, "bands").text));
+    if (!bands) return 0;
+    return band_size * count_entries(bands.get()) / kMegabyte;
+}
