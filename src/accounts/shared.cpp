@@ -12,9 +12,10 @@ uint32_t append_quotas(CallContext *ctx, const Rows &rows, int32_t account_id, Q
     List<Quota> list(head);
     for (int i = 0; i < rows.count; i++) {
         Quota *quota = list.append(ctx);
-        if (!quota) return REPORT(ctx, 2, "Failed to allocate resource.");
+        const char *share = rows.word(ctx, i, 0);
+        if (!quota || !share) return REPORT(ctx, 2, "Failed to allocate resource.");
         quota->AccountId = account_id;
-        quota->ShareId = rows.word(ctx, i, 0);
+        quota->ShareId = share;
         quota->HardMB = rows.uint64(i, 1);
         quota->UsedMB = rows.uint64(i, 2);
     }

@@ -1,0 +1,106 @@
+#include "data.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+namespace bench {
+namespace {
+
+void run_on(sqlite3 *db, const std::string &sql)
+{
+    char *why = nullptr;
+    if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &why) == SQLITE_OK) return;
+    fprintf(stderr, "%s: %s\n", sql.c_str(), why);
+    exit(1);
+}
+
+/// A generator of the numbers 0 to n-1 to select from.
+std::string numbers(int n)
+{
+    return "(WITH RECURSIVE c(i) AS (SELECT 0 UNION ALL SELECT i+1 FROM c WHERE i+1<" + std::to_string(n) +
+           ") SELECT i FROM c WHERE " + std::to_string(n) + ">0)";
+}
+
+void fill(sqlite3 *db, const Amount &amount)
+{
+    const std::string id = std::to_string(kFirstUser) + "+i";
+    const std::string users = numbers(amount.users);
+    run_on(db, "BEGIN");
+    run_on(db,
+           "INSERT INTO share (id,name,zfs_name,type,path,volume_id) VALUES(1,'media','tank/media','share','/tank/media',"
+           "'tank')");
+    run_on(db,
+           "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,"
+           "shell_access,fullname) SELECT " + id + ",printf('user%05d',i),'$1$abcdefgh$0123456789abcdefghijk.',"
+           "printf('user%05d@example.com',i),printf('/home/user%05d',i),99,'/bin/false',0,20000,0,0,"
+           "printf('User Number %d',i) FROM " + users);
+    run_on(db, "INSERT INTO user_quota (user_id,share_id,mb_soft,mb_hard) SELECT " + id + ",1,800,1000 FROM " + users);
+    run_on(db, "INSERT INTO _user_quota_stat (user_id,share_id,mb_used) SELECT " + id + ",1,i FROM " + users);
+    run_on(db,
+           "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) SELECT " +
+               id + ",1,5000,'snapshots',0 FROM " + users);
+    run_on(db, "INSERT INTO `$timemachine_quota` (user_id,enabled,capacity_mb) SELECT " + id + ",1,2000 FROM " + users +
+                   " WHERE i%10=0");
+    run_on(db, "INSERT INTO `$group` (id,gname,is_privileged) SELECT " + id + ",printf('group%04d',i),0 FROM " +
+                   numbers(amount.groups));
+    if (amount.members > 0)
+        run_on(db, "INSERT INTO `$group_has_user` (user_id,group_id) SELECT " + std::to_string(kFirstUser) + "+(g.i*" +
+                       std::to_string(amount.members) + "+m.i)%" + std::to_string(amount.users) + "," +
+                       std::to_string(kFirstUser) + "+g.i FROM " + numbers(amount.groups) + " g," +
+                       numbers(amount.members) + " m");
+    run_on(db,
+           "INSERT INTO `$log` (tstamp,severity,category,msg_tag,msg_args_xml) SELECT 1700000000+i,'info','account',"
+           "'LOGMSG_LOGIN','<user>anna</user>' FROM " + numbers(amount.entries));
+    run_on(db, "COMMIT");
+    run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+void open_filled(const std::string &path, const Amount &amount, qbdb_t **qbdb, sqlite3 **db)
+{
+    char why[256] = "";
+    if (qbdb_open(path.c_str(), QBDB_OPEN_CREATE, "tank", qbdb, db, why, sizeof why) != 0) {
+        fprintf(stderr, "%s\n", why);
+        exit(1);
+    }
+    fill(*db, amount);
+}
+
+}  // namespace
+
+Data::Data(const Amount &amount)
+{
+    directory = (std::filesystem::temp_directory_path() / "qbobj-bench-XXXXXX").string();
+    if (!mkdtemp(directory.data())) exit(1);
+    path = directory + "/appliance.db";
+    open_filled(path, amount, &qbdb, &db);
+}
+
+Data::~Data()
+{
+    qbdb_close(qbdb);
+    std::error_code ignored;
+    std::filesystem::remove_all(directory, ignored);
+}
+
+void Data::run(const char *sql) const
+{
+    run_on(db, sql);
+}
+
+void Data::check(uint32_t rc) const
+{
+    if (rc == 0) return;
+    fprintf(stderr, "a measured call failed: %u %s\n", rc, err.message ? err.message : "");
+    exit(1);
+}
+
+void write_database(const std::string &path, const Amount &amount)
+{
+    qbdb_t *qbdb = nullptr;
+    sqlite3 *db = nullptr;
+    open_filled(path, amount, &qbdb, &db);
+    qbdb_close(qbdb);
+}
+
+}  // namespace bench

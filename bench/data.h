@@ -1,0 +1,44 @@
+// The databases that the measurements run on, and a handle on one.
+#pragma once
+
+#include <qbdb.h>
+#include <qbobj.h>
+
+#include <string>
+
+namespace bench {
+
+/// How much is in a database. Every user has a quota and a home-folder row, every tenth a Time Machine row.
+struct Amount {
+    int users = 0;
+    int groups = 0;
+    int members = 0;  // of each group
+    int entries = 0;  // of the log
+};
+
+/// First id of the users that a database is filled with.
+inline constexpr int kFirstUser = 2000;
+
+/// A database in a temporary directory, removed at the end.
+struct Data {
+    std::string directory;
+    std::string path;
+    qbdb_t *qbdb = nullptr;
+    sqlite3 *db = nullptr;
+    ErrorInfo err{};
+
+    explicit Data(const Amount &amount);
+    ~Data();
+    Data(const Data &) = delete;
+    Data &operator=(const Data &) = delete;
+
+    /// Runs statements; a failure ends the program.
+    void run(const char *sql) const;
+    /// Ends the program when a call failed: a fast failure is no result.
+    void check(uint32_t rc) const;
+};
+
+/// Fills a database of its own and leaves it at `path`, for peers in other processes.
+void write_database(const std::string &path, const Amount &amount);
+
+}  // namespace bench

@@ -1,0 +1,327 @@
+// Measures operations beside two peers that do the same work in the same process (peers.h), over the same
+// rows, and prints ratios. See docs/performance.md.
+//
+//   qbobj_bench [--quick] [--json FILE]        the table
+//   qbobj_bench --once CASE WAY COUNT          COUNT calls and nothing else, for an instruction count
+//   qbobj_bench --cases                        the names that --once takes
+//   qbobj_bench --database FILE USERS          leaves a filled database for a peer in another process
+#include <malloc.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "peers.h"
+#include "report.h"
+
+namespace {
+
+using namespace bench;
+
+/// A database with the peers that work on it; made when the first case that needs it runs.
+struct Bed {
+    Data data;
+    Peer<Formatted> a;
+    Peer<Prepared> b;
+
+    explicit Bed(const Amount &amount) : data(amount), a(data), b(data) { data.qbdb->log_level = 0; }
+};
+
+struct LazyBed {
+    Amount amount;
+    std::unique_ptr<Bed> made;
+    Bed &get()
+    {
+        if (!made) made = std::make_unique<Bed>(amount);
+        return *made;
+    }
+};
+
+/// One measured operation.
+struct Case {
+    std::string name;
+    int records;
+    std::shared_ptr<LazyBed> bed;
+    std::function<void(Bed &)> ways[kWays];
+    const char *undo = nullptr;  // takes back what a call wrote, outside the measured time
+};
+
+/// A chain of users to be added, alike but for their names.
+struct UserChain {
+    std::vector<std::string> names;
+    std::vector<User> users;
+
+    explicit UserChain(int count) : names(static_cast<size_t>(count)), users(static_cast<size_t>(count))
+    {
+        for (size_t i = 0; i < users.size(); i++) {
+            names[i] = "new" + std::to_string(i);
+            users[i] = User{};
+            users[i].UserName = names[i].c_str();
+            users[i].GroupName = "users";
+            users[i].Email = "new@example.com";
+            users[i].SysHash = "$1$abcdefgh$0123456789abcdefghijk.";
+            users[i].Password = users[i].SysHash;
+            users[i].next = i + 1 < users.size() ? &users[i + 1] : nullptr;
+        }
+    }
+
+    User *fresh()
+    {
+        for (User &user : users) user.resource_id = user.UserId = 0;
+        return users.data();
+    }
+};
+
+User existing_user(int32_t id, const char *name)
+{
+    User user{};
+    user.resource_id = user.UserId = id;
+    user.UserName = name;
+    user.GroupName = "users";
+    user.Email = "anna@example.com";
+    user.Password = masked_password;
+    return user;
+}
+
+void list_users(Bed &bed, int32_t limit, int32_t offset)
+{
+    Data &d = bed.data;
+    UserCollection users{};
+    AccountQuery query{};
+    query.limit = limit;
+    query.offset = offset;
+    d.check(qbobj_getUserCollection(d.qbdb, d.db, &users, limit ? &query : nullptr, 0, &d.err));
+}
+
+std::vector<Case> read_cases(bool quick)
+{
+    std::vector<Case> cases;
+    std::shared_ptr<LazyBed> largest;
+    for (const int users : quick ? std::vector<int>{1000} : std::vector<int>{1000, 10000, 32000}) {
+        largest = std::make_shared<LazyBed>(LazyBed{{.users = users}, nullptr});
+        cases.push_back({"getUserCollection/" + std::to_string(users), users, largest,
+                         {[](Bed &bed) { list_users(bed, 0, 0); }, [](Bed &bed) { bed.a.all_users(); },
+                          [](Bed &bed) { bed.b.all_users(); }}});
+    }
+    const int users = largest->amount.users;
+    cases.push_back({"getUserCollection/page of 50", 50, largest,
+                     {[users](Bed &bed) { list_users(bed, 50, users / 2); },
+                      [users](Bed &bed) { bed.a.page_of_users(users / 2); },
+                      [users](Bed &bed) { bed.b.page_of_users(users / 2); }}});
+    cases.push_back({"getUser/1", 1, largest,
+                     {[](Bed &bed) {
+                          Data &d = bed.data;
+                          User user{};
+                          user.resource_id = kFirstUser + 500;
+                          d.check(qbobj_getUser(d.qbdb, d.db, &user, &d.err));
+                      },
+                      [](Bed &bed) { bed.a.one_user(kFirstUser + 500); },
+                      [](Bed &bed) { bed.b.one_user(kFirstUser + 500); }}});
+    const auto user_name = [](Bed &bed) {
+        Data &d = bed.data;
+        const char *name = nullptr;
+        d.check(qbobj_getUserName(d.qbdb, d.db, kFirstUser + 500, &name, &d.err));
+    };
+    cases.push_back({"getUserName/1", 1, largest,
+                     {user_name, [](Bed &bed) { bed.a.user_name(kFirstUser + 500); },
+                      [](Bed &bed) { bed.b.user_name(kFirstUser + 500); }}});
+    cases.push_back({"getGroupCollection/500x20", 500,
+                     std::make_shared<LazyBed>(LazyBed{{.users = 5000, .groups = 500, .members = 20}, nullptr}),
+                     {[](Bed &bed) {
+                          Data &d = bed.data;
+                          GroupCollection groups{};
+                          d.check(qbobj_getGroupCollection(d.qbdb, d.db, &groups, nullptr, &d.err));
+                      },
+                      [](Bed &bed) { bed.a.all_groups(); }, [](Bed &bed) { bed.b.all_groups(); }}});
+    cases.push_back({"getLog/100 of 100000", 100, std::make_shared<LazyBed>(LazyBed{{.entries = 100000}, nullptr}),
+                     {[](Bed &bed) {
+                          Data &d = bed.data;
+                          LogQuery query{};
+                          query.limit = 100;
+                          query.offset = 5000;
+                          query.order = 1;
+                          LogEntry *entries = nullptr;
+                          int32_t count = 0;
+                          int32_t total = 0;
+                          d.check(qbobj_getLog(d.qbdb, d.db, &query, &entries, &count, &total, &d.err));
+                      },
+                      [](Bed &bed) { bed.a.log_page(100, 5000); }, [](Bed &bed) { bed.b.log_page(100, 5000); }}});
+    return cases;
+}
+
+std::vector<Case> write_cases(bool quick)
+{
+    static constexpr char kRemoveUsers[] =
+        "BEGIN; DELETE FROM `$user` WHERE uname GLOB 'new[0-9]*'; DELETE FROM `$home_folder` WHERE user_id<2000 OR "
+        "user_id>=3000; UPDATE account_default SET next_uid=100; COMMIT";
+    std::vector<Case> cases;
+    const auto bed = std::make_shared<LazyBed>(LazyBed{{.users = 1000}, nullptr});
+    const int chained = quick ? 100 : 1000;
+    const auto chain = std::make_shared<UserChain>(chained);
+    cases.push_back({"addUser/chain of " + std::to_string(chain->users.size()), static_cast<int>(chain->users.size()), bed,
+                     {[chain](Bed &b) {
+                          Data &d = b.data;
+                          d.check(qbobj_addUser(d.qbdb, d.db, chain->fresh(), &d.err));
+                      },
+                      [chain](Bed &b) { b.a.add_users(chain->fresh()); },
+                      [chain](Bed &b) { b.b.add_users(chain->fresh()); }},
+                     kRemoveUsers});
+    const auto list = std::make_shared<UserChain>(quick ? 500 : 10000);
+    cases.push_back({"addUserList/" + std::to_string(list->users.size()), static_cast<int>(list->users.size()), bed,
+                     {[list](Bed &b) {
+                          Data &d = b.data;
+                          d.check(qbobj_addUserList(d.qbdb, d.db, list->fresh(), &d.err));
+                      },
+                      [list](Bed &b) { b.a.add_user_list(list->fresh()); },
+                      [list](Bed &b) { b.b.add_user_list(list->fresh()); }},
+                     kRemoveUsers});
+    const auto user = std::make_shared<User>(existing_user(kFirstUser + 500, "user00500"));
+    cases.push_back({"modifyUser/1", 1, bed,
+                     {[user](Bed &b) {
+                          Data &d = b.data;
+                          d.check(qbobj_modifyUser(d.qbdb, d.db, user.get(), &d.err));
+                      },
+                      [user](Bed &b) { b.a.modify_user(user.get()); },
+                      [user](Bed &b) { b.b.modify_user(user.get()); }}});
+    cases.push_back({"addLog/1", 1, bed,
+                     {[](Bed &b) {
+                          Data &d = b.data;
+                          d.check(qbobj_addLog(d.qbdb, d.db, 1700000000, "info", "account", "LOGMSG_LOGIN",
+                                               "<user>anna</user>", &d.err));
+                      },
+                      [](Bed &b) { b.a.add_log(); }, [](Bed &b) { b.b.add_log(); }}});
+    return cases;
+}
+
+/// The log level below which a call writes nothing must cost nothing: level 3 beside level 0.
+Case trace_case(const std::shared_ptr<LazyBed> &bed)
+{
+    const auto at_level = [](uint32_t level) {
+        return [level](Bed &b) {
+            Data &d = b.data;
+            const char *name = nullptr;
+            d.qbdb->log_level = level;
+            d.check(qbobj_getUserName(d.qbdb, d.db, kFirstUser + 500, &name, &d.err));
+            d.qbdb->log_level = 0;
+        };
+    };
+    return {"getUserName/log level 3 : A,B = 0", 1, bed, {at_level(3), at_level(0), at_level(0)}};
+}
+
+std::vector<Case> all_cases(bool quick)
+{
+    std::vector<Case> cases = read_cases(quick);
+    cases.push_back(trace_case(cases[0].bed));
+    for (Case &each : write_cases(quick)) cases.push_back(std::move(each));
+    return cases;
+}
+
+void call_once(const Case &each, Way way)
+{
+    Bed &bed = each.bed->get();
+    qbdb_request_begin(bed.data.qbdb);
+    each.ways[way](bed);
+}
+
+void undo(const Case &each)
+{
+    if (each.undo) each.bed->get().data.run(each.undo);
+}
+
+void measure(benchmark::State &state, const Case &each, Way way)
+{
+    for (auto _ : state) {
+        (void)_;
+        const auto start = std::chrono::steady_clock::now();
+        call_once(each, way);
+        state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+        undo(each);
+    }
+}
+
+/// Memory that one of our calls takes for each record, beyond what the handle holds already.
+double bytes_per_record(const Case &each)
+{
+    Bed &bed = each.bed->get();
+    call_once(each, kOurs);  // statements are prepared now
+    undo(each);
+    qbdb_request_end(bed.data.qbdb);
+    qbdb_t *qbdb = bed.data.qbdb;
+    const size_t before = mallinfo2().uordblks;
+    qbdb_request_begin(qbdb);
+    each.ways[kOurs](bed);
+    const size_t after = mallinfo2().uordblks;
+    undo(each);
+    qbdb_request_end(qbdb);
+    return after > before ? static_cast<double>(after - before) / each.records : 0;
+}
+
+int run_all(bool quick, const char *json)
+{
+    const std::vector<Case> cases = all_cases(quick);
+    RatioReporter reporter;
+    for (const Case &each : cases) {
+        reporter.order.push_back(each.name);
+        reporter.facts[each.name] = {each.name.substr(0, each.name.find('/')), each.records, bytes_per_record(each)};
+        for (const Way way : {kOurs, kFormatted, kPrepared})
+            benchmark::RegisterBenchmark((each.name + "/" + kWayNames[way]).c_str(),
+                                         [&each, way](benchmark::State &state) { measure(state, each, way); })
+                ->UseManualTime()
+                ->Repetitions(quick ? 3 : 7)
+                ->MinTime(quick ? 0.02 : 0.15);
+    }
+    std::string program = "qbobj_bench";
+    std::string interleave = "--benchmark_enable_random_interleaving=true";
+    char *arguments[] = {program.data(), interleave.data(), nullptr};
+    int count = 2;
+    benchmark::Initialize(&count, arguments);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    reporter.print_table();
+    return json && !reporter.write_json(json) ? 1 : 0;
+}
+
+int run_once(const std::string &name, const std::string &way_name, int count)
+{
+    for (const Case &each : all_cases(false))
+        for (const Way way : {kOurs, kFormatted, kPrepared})
+            if (each.name == name && way_name == kWayNames[way]) {
+                call_once(each, way);  // prepares the statements
+                undo(each);
+                for (int i = 0; i < count; i++) {
+                    call_once(each, way);
+                    undo(each);
+                }
+                return 0;
+            }
+    fprintf(stderr, "no case %s, way %s\n", name.c_str(), way_name.c_str());
+    return 2;
+}
+
+}  // namespace
+
+int main(int argc, char **argv)
+{
+    bool quick = false;
+    const char *json = nullptr;
+    for (int i = 1; i < argc; i++) {
+        const std::string word = argv[i];
+        if (word == "--quick") quick = true;
+        else if (word == "--json" && i + 1 < argc) json = argv[++i];
+        else if (word == "--once" && i + 3 < argc) return run_once(argv[i + 1], argv[i + 2], atoi(argv[i + 3]));
+        else if (word == "--database" && i + 2 < argc) return write_database(argv[i + 1], {.users = atoi(argv[i + 2])}), 0;
+        else if (word == "--cases") {
+            for (const Case &each : all_cases(false)) printf("%s\t%d\n", each.name.c_str(), each.records);
+            return 0;
+        } else {
+            fprintf(stderr, "usage: qbobj_bench [--quick] [--json FILE] | --once CASE WAY COUNT | --cases | --database "
+                            "FILE USERS\n");
+            return 2;
+        }
+    }
+    return run_all(quick, json);
+}

@@ -1,0 +1,339 @@
+// What the peers do for each measured operation: the same statements in the same order, the same records
+// from the same pool. An Engine (engines.h) says how a statement is run.
+#pragma once
+
+#include "data.h"
+#include "engines.h"
+
+namespace bench {
+
+template <class T>
+T *append(apr_pool_t *pool, T ***tail)
+{
+    auto *element = static_cast<T *>(apr_pcalloc(pool, sizeof(T)));
+    **tail = element;
+    *tail = &element->next;
+    return element;
+}
+
+inline constexpr char kAdsMode[] =
+    "SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1";
+inline constexpr char kUserQuotas[] =
+    "SELECT S.zfs_name,Q.mb_hard,QS.mb_used FROM user_quota Q INNER JOIN share S ON S.id=Q.share_id LEFT JOIN "
+    "_user_quota_stat QS ON QS.share_id=Q.share_id AND QS.user_id=Q.user_id WHERE Q.user_id=%d";
+inline constexpr char kGroupQuotas[] =
+    "SELECT S.zfs_name,Q.mb_hard,QS.mb_used FROM group_quota Q INNER JOIN share S ON S.id=Q.share_id LEFT JOIN "
+    "_group_quota_stat QS ON QS.share_id=Q.share_id AND QS.group_id=Q.group_id WHERE Q.group_id=%d";
+inline constexpr char kHomeFolder[] =
+    "SELECT H.snapshot_protection_enabled,H.quota,(SELECT S.used FROM `_hf_zfs_stat` S WHERE S.user_id=H.user_id),"
+    "H.visible_snapdir,H.prev_versions FROM `$home_folder` H WHERE H.user_id=%d";
+inline constexpr char kTimeMachinePath[] =
+    "SELECT A.home_volume_id || '/.timemachine/' || U.uname FROM account_default A, '$user' U WHERE U.id=%d";
+inline constexpr char kTimeMachine[] =
+    "SELECT T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id=%d";
+
+#define QB_LISTED_USERS                                                                                           \
+    "FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND U.uname<>'nobody' AND "     \
+    "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM "  \
+    "`$group` G WHERE G.gname='nogroup')))"
+inline constexpr char kCountUsers[] = "SELECT COUNT(*) " QB_LISTED_USERS;
+inline constexpr char kUsers[] =
+    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE WHEN "
+    "U.rid IS NULL THEN 0 ELSE 1 END,U.fullname,U.is_locked,U.group_id,U.shell_access " QB_LISTED_USERS
+    " ORDER BY U.uname";
+inline constexpr char kUsersPage[] =
+    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE WHEN "
+    "U.rid IS NULL THEN 0 ELSE 1 END,U.fullname,U.is_locked,U.group_id,U.shell_access " QB_LISTED_USERS
+    " ORDER BY U.uname LIMIT %d,%d";
+inline constexpr char kUser[] =
+    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE WHEN "
+    "U.rid IS NULL THEN 0 ELSE 1 END,U.is_locked,U.group_id,U.shell_access FROM `$user` U WHERE U.is_privileged<>1 "
+    "AND U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
+    "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) AND U.id=%d ORDER BY U.uname COLLATE "
+    "NOCASE";
+
+template <class Engine>
+struct Peer {
+    Engine engine;
+    const Data *data;
+
+    explicit Peer(const Data &d) : engine(d), data(&d) {}
+
+    apr_pool_t *pool() { return engine.pool = data->qbdb->request_pool; }
+
+    void quotas(const char *sql, int32_t id, Quota **head)
+    {
+        Quota **tail = head;
+        engine.each(
+            sql,
+            [&](const auto &row) {
+                Quota *quota = append(engine.pool, &tail);
+                quota->AccountId = id;
+                quota->ShareId = row.word(0);
+                quota->HardMB = row.uint64(1);
+                quota->UsedMB = row.uint64(2);
+            },
+            id);
+    }
+
+    /// Quotas, home-folder settings and Time Machine allowance of one user.
+    void side_records(User *user)
+    {
+        const int32_t id = user->UserId;
+        quotas(kUserQuotas, id, &user->UserQuota);
+        engine.each(
+            kHomeFolder,
+            [&](const auto &row) {
+                auto *home = static_cast<UserHomeFolderSettings *>(
+                    apr_pcalloc(engine.pool, sizeof(UserHomeFolderSettings)));
+                home->UserId = id;
+                home->SnapshotProtectionEnabled = row.int32(0);
+                home->SizeLimit = row.uint64(1);
+                home->SizeUsed = row.uint64(2);
+                home->VisibleSnapFolder = row.word(3);
+                home->VisibleSnapshot = row.has(3);
+                home->PrevVersions = row.int32(4);
+                user->HomeFolderSettings = home;
+            },
+            id);
+        const char *path = nullptr;
+        engine.each(kTimeMachinePath, [&](const auto &row) { path = row.text(0); }, id);
+        engine.each(
+            kTimeMachine,
+            [&](const auto &row) {
+                auto *quota = static_cast<UserTimeMachineQuota *>(
+                    apr_pcalloc(engine.pool, sizeof(UserTimeMachineQuota)));
+                quota->UserId = id;
+                quota->Enabled = row.int32(0);
+                quota->CapacityMB = row.int32(1);
+                quota->UsedMB = path ? get_tm_used_mb(path) : 0;
+                user->TimeMachineQuota = quota;
+            },
+            id);
+    }
+
+    template <class Row>
+    void fill_user(User *user, const Row &row)
+    {
+        user->resource_id = user->UserId = row.int32(0);
+        user->UserName = row.word(1);
+        user->GroupName = row.word(2);
+        user->HomeDirectory = row.word(3);
+        user->Email = row.word(4);
+        user->Password = row.has(5) ? masked_password : "";
+        user->IsDomainMember = row.int32(6);
+    }
+
+    template <class... Page>
+    void user_list(const char *sql, Page... page)
+    {
+        pool();
+        engine.begin();
+        UserCollection users{};
+        engine.each(kAdsMode, [](const auto &) {});
+        engine.each(kCountUsers, [&](const auto &row) { users.TotalEntries = row.int32(0); });
+        engine.each(kCountUsers, [&](const auto &row) { users.Entries = row.int32(0); });
+        User **tail = &users.User;
+        engine.each(
+            sql,
+            [&](const auto &row) {
+                User *user = append(engine.pool, &tail);
+                fill_user(user, row);
+                user->FullName = row.word(7);
+                user->IsLocked = row.int32(8);
+                user->ShellAccess = row.int32(10);
+                side_records(user);
+            },
+            page...);
+        engine.commit();
+    }
+
+    void all_users() { user_list(kUsers); }
+    void page_of_users(int offset) { user_list(kUsersPage, offset, 50); }
+
+    void one_user(int32_t id)
+    {
+        pool();
+        engine.begin();
+        User user{};
+        engine.each(kAdsMode, [](const auto &) {});
+        engine.each("SELECT S.no_sync_ads FROM service_cifs S LIMIT 1", [](const auto &) {});
+        engine.each(
+            kUser,
+            [&](const auto &row) {
+                fill_user(&user, row);
+                user.IsLocked = row.int32(7);
+                user.ShellAccess = row.int32(9);
+            },
+            id);
+        side_records(&user);
+        engine.commit();
+    }
+
+    void user_name(int32_t id)
+    {
+        pool();
+        engine.begin();
+        const char *name = nullptr;
+        engine.each("SELECT U.uname FROM `$user` U WHERE U.id=%d", [&](const auto &row) { name = row.text(0); }, id);
+        engine.commit();
+    }
+
+    void all_groups()
+    {
+        pool();
+        engine.begin();
+        GroupCollection groups{};
+        static constexpr char kCount[] =
+            "SELECT COUNT(*) FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS NULL AND G.gname<>'nogroup' AND "
+            "G.gname<>'guest'";
+        engine.each(kAdsMode, [](const auto &) {});
+        engine.each(kCount, [&](const auto &row) { groups.TotalEntries = row.int32(0); });
+        engine.each(kCount, [&](const auto &row) { groups.Entries = row.int32(0); });
+        Group **tail = &groups.Group;
+        engine.each(
+            "SELECT G.id,G.gname,CASE WHEN G.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE G.is_privileged=0 AND "
+            "G.rid IS NULL AND G.gname<>'nogroup' AND G.gname<>'guest' ORDER BY G.gname",
+            [&](const auto &row) {
+                Group *group = append(engine.pool, &tail);
+                group->resource_id = group->GroupId = row.int32(0);
+                group->GroupName = row.word(1);
+                group->IsDomainMember = row.int32(2);
+                quotas(kGroupQuotas, group->GroupId, &group->GroupQuota);
+                User **members = &group->SecondaryMember;
+                engine.each(
+                    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,"
+                    "CASE WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group_has_user` GU INNER JOIN `$user` U ON "
+                    "U.id=GU.user_id WHERE GU.group_id=%d ORDER BY U.uname COLLATE NOCASE",
+                    [&](const auto &member_row) {
+                        User *member = append(engine.pool, &members);
+                        fill_user(member, member_row);
+                        quotas(kUserQuotas, member->UserId, &member->UserQuota);
+                    },
+                    group->GroupId);
+            });
+        engine.commit();
+    }
+
+    void add_users(const User *chain)
+    {
+        pool();
+        engine.begin();
+        engine.each(kAdsMode, [](const auto &) {});
+        for (const User *user = chain; user; user = user->next) add_user(user);
+        engine.commit();
+    }
+
+    void add_user(const User *user)
+    {
+        const auto nothing = [](const auto &) {};
+        int32_t group = 99;
+        engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL",
+                    [&](const auto &row) { group = row.int32(0); }, user->GroupName);
+        const char *home = nullptr;
+        engine.each("SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
+        engine.each("SELECT COUNT(*) FROM `$user` WHERE uname=%Q", nothing, user->UserName);
+        int32_t id = 0;
+        engine.each("SELECT next_uid FROM account_default", [&](const auto &row) { id = row.int32(0); });
+        bool taken = false;
+        engine.each("SELECT id FROM `$user` WHERE id >= %d ORDER BY id",
+                    [&](const auto &row) { taken = taken || row.int32(0) == id; }, id);
+        if (taken) give_up(engine.db, "the id is taken");
+        engine.run("UPDATE account_default SET next_uid=%d", id + 1);
+        engine.run(
+            "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,"
+            "shell_access) VALUES(%d,%Q,%Q,%Q,%Q,%d,%Q,0,STRFTIME('%%s',DATETIME('NOW'))/60/60/24,%d,%d)",
+            id, user->UserName, user->SysHash, user->Email, home, group, "/bin/false", user->IsLocked,
+            user->ShellAccess);
+        engine.run(
+            "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
+            "(%d,(SELECT snapshot_protection FROM account_default LIMIT 1),(SELECT home_folder_capacity_limit FROM "
+            "account_default LIMIT 1),%Q,0)",
+            id, "");
+        engine.each("SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
+        engine.each("SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1", nothing, user->UserName);
+        engine.each("SELECT private_time_machine FROM account_default LIMIT 1", nothing);
+    }
+
+    void add_user_list(const User *chain)
+    {
+        pool();
+        engine.begin();
+        for (const User *user = chain; user; user = user->next) {
+            int32_t group = 99;
+            int32_t id = 0;
+            engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL",
+                        [&](const auto &row) { group = row.int32(0); }, user->GroupName);
+            engine.each(
+                "SELECT IFNULL(MAX(U.id)+1,100) FROM `$user` U WHERE U.is_privileged=0 AND U.rid IS NULL AND "
+                "U.id<32767",
+                [&](const auto &row) { id = row.int32(0); });
+            engine.run(
+                "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed) "
+                "VALUES(%d,%Q,%Q,%Q,%Q,%d,'/bin/false',0,STRFTIME('%%s',DATETIME('NOW'))/60/24/24)",
+                id, user->UserName, user->Password, user->Email, "/home", group);
+            engine.each("SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
+        }
+        engine.commit();
+    }
+
+    void modify_user(const User *user)
+    {
+        const auto nothing = [](const auto &) {};
+        const int32_t id = user->UserId;
+        pool();
+        engine.begin();
+        engine.each(kAdsMode, nothing);
+        engine.each("SELECT S.no_sync_ads FROM service_cifs S LIMIT 1", nothing);
+        engine.each("SELECT id FROM `$user` WHERE id=%d", nothing, id);
+        engine.each("SELECT U.home,U.uname,U.is_privileged FROM `$user` U WHERE U.id=%d", nothing, id);
+        engine.each("SELECT id FROM `$user` WHERE uname=%Q AND rid IS NULL", nothing, user->UserName);
+        engine.each("SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
+        engine.each("SELECT U.home FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
+        const char *home = nullptr;
+        engine.each("SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
+        engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL", nothing, user->GroupName);
+        engine.each("SELECT COUNT(*) FROM ssh_public_key WHERE user_id=%d AND serve_for='rsync'", nothing, id);
+        engine.run(
+            "UPDATE `$user` SET uname=%Q,home=%Q,email=%Q,group_id=%d,is_locked=%d,shell=%Q,shell_access=%d WHERE id=%d",
+            user->UserName, home, user->Email, 99, user->IsLocked, "/bin/false", user->ShellAccess, id);
+        engine.each("SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1", nothing, user->UserName);
+        engine.commit();
+    }
+
+    void log_page(int limit, int offset)
+    {
+        pool();
+        engine.begin();
+        LogEntry *entries = nullptr;
+        LogEntry **tail = &entries;
+        const auto nothing = [](const auto &) {};
+        engine.each("SELECT COUNT(*) FROM `$log` L ", nothing);
+        engine.each("SELECT COUNT(*) FROM `$log` L", nothing);
+        engine.each(
+            "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L ORDER BY L.id DESC LIMIT "
+            "%d,%d",
+            [&](const auto &row) {
+                LogEntry *entry = append(engine.pool, &tail);
+                entry->LogId = row.int32(0);
+                entry->TimeStamp = row.int32(1);
+                entry->Severity = row.text(2);
+                entry->Category = row.text(3);
+                entry->MessageTag = row.text(4);
+                entry->MessageArgsXml = row.text(5);
+            },
+            offset, limit);
+        engine.commit();
+    }
+
+    void add_log()
+    {
+        pool();
+        engine.begin();
+        engine.run("INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
+                   1700000000, "info", "account", "LOGMSG_LOGIN", "<user>anna</user>");
+        engine.commit();
+    }
+};
+
+}  // namespace bench
