@@ -163,14 +163,14 @@ struct SecurityAdsProgress {
     int32_t DoneAt; /**< When it ended, in seconds since the epoch; 0 before. */
 };
 
-/** SmbUserNameMap. */
+/** A second name under which SMB clients reach a local account. */
 struct SmbUserNameMap {
     struct SmbUserNameMap *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t Id; /**< */
-    const char *UnixUserName; /**< */
-    const char *SmbUserName; /**< */
-    const char *Type; /**< */
+    int32_t resource_id; /**< Id of the row; output only. */
+    int32_t Id; /**< Same as resource_id; output only. */
+    const char *UnixUserName; /**< Name of the local account. */
+    const char *SmbUserName; /**< Name that SMB clients use. */
+    const char *Type; /**< Kind of mapping, #TABLE_SMB_USERNAME_MAP_TYPE_UNAME for an alias. */
 };
 
 /** A user. */
@@ -229,9 +229,9 @@ struct GroupCollection {
     int32_t TotalEntries; /**< Number of groups before the name filter. */
 };
 
-/** SmbUserNameMapCollection. */
+/** The SMB user-name map. */
 struct SmbUserNameMapCollection {
-    struct SmbUserNameMap *SmbUserNameMap; /**< */
+    struct SmbUserNameMap *SmbUserNameMap; /**< First row, or null. */
 };
 
 /* ---- Passwords, account defaults, directory security ---------------------------------------------- */
@@ -724,6 +724,230 @@ QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Er
  *         member without an id; 803 the name is taken; 806 the name is too long.
  */
 QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/* ---- Users, creating ---------------------------------------------------------------------------- */
+
+/**
+ * Creates users, each with its quotas, home-folder settings, Time Machine allowance and, for a cloud user,
+ * alias; all of the chain or none. One exception: when the allowance of a user cannot be stored, 0 is
+ * returned with 5 in `err`; that user and those before it are created, those after it are not.
+ *
+ * What is read of a record: `UserName` (required); `UserId`, 100 to 32767, or below 1 for the next free
+ * one; `SysHash`, else `Password`, else the user has none; `Email`; `GroupName`, else group 99;
+ * `HomeVolumeId`, for a home folder on that volume instead of under /home; `IsLocked`; `ShellAccess`, 1
+ * for a shell; `UserQuota`; `HomeFolderSettings` and `TimeMachineQuota`, for which the account defaults
+ * stand in; `P2PUserName`, the alias of a user of the group `admin` or `sky-loft` whose name is an e-mail
+ * address or 32 bytes long.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users; null creates none. `resource_id`, `UserId` and `HomeDirectory`
+ *             are filled in as each user is created, and keep that when a later one fails; a user whose
+ *             allowance failed gets no `resource_id`.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share of a quota, or no id is free; 8 a missing or bad name, a
+ *         password that cannot be hashed (512 bytes or more), a bad e-mail address, an unknown group or
+ *         volume, or an id out of range; 801 the name is taken, be it by a removed user; 802 the id is
+ *         taken; 806 the name is too long; 809 it is reserved; 834 it is a remote user's; 843 too many
+ *         Time Machine users; 845 the name is another user's alias.
+ */
+QBOBJ_API uint32_t qbobj_addUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Creates the users of a list that qbobj_checkUserList() has accepted, without checking them again; all of
+ * the chain or none. They get ids above the highest one of the local users, the home "/home" and no shell.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users; null creates none. Read are `UserName`, `GroupName` (else group
+ *             99), `Email` and `Password`, which is stored as it is: a hash. `resource_id`, `UserId` and
+ *             `HomeDirectory` are filled in as each user is created.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, or a name or id that is taken; 8 an unknown group.
+ */
+QBOBJ_API uint32_t qbobj_addUserList(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Reads and checks the list of users in the file /tmp/user_list.txt. A line has four fields with tabs
+ * between them: user name, group name, e-mail address (may be empty), password (may be empty). The line
+ * "User_Name", "Group_Name", "Email_Address", "Password" is a heading. A line "export_list" says that the
+ * passwords from there on are stored hashes, "import_list" that they are clear text, as at the beginning.
+ * Empty lines do not count. Lines may end with CR and LF; a line of more than 1023 bytes is read in
+ * pieces, each as a line of its own.
+ * @param qbdb           Handle.
+ * @param db             Connection.
+ * @param users          Out: the users of the file with name, group, e-mail address and hash, appended; not
+ *                       null. Nothing is appended on failure.
+ * @param groups         Out: the groups that the file names and nobody knows, appended; not null.
+ * @param existingUsers  Users whose names are taken; null for none.
+ * @param existingGroups Groups that need not be created; null for none.
+ * @param err            Out: error record, not null.
+ * @return 0; 1 there is no such file, or it is not a list; 2 no memory; 5 database failure; of the first
+ *         bad line: 8 a missing or bad name, a bad e-mail address, or a password that cannot be hashed;
+ *         801 the name is taken or stands twice; 806 a name is too long; 809 the user name is reserved.
+ */
+QBOBJ_API uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, GroupCollection *groups,
+                                       UserCollection *existingUsers, GroupCollection *existingGroups,
+                                       ErrorInfo *err);
+
+/* ---- Users, changing and removing --------------------------------------------------------------- */
+
+/**
+ * Changes users; all of the chain or none. What is null in a record stays, but `IsLocked` and
+ * `ShellAccess` are always written. A record that was read can be written back: a masked `Password` keeps
+ * the stored one.
+ *
+ * `UserName` renames, sets the home path of a local user to /home/ and the name, and takes the user's
+ * home-folder snapshots along; moving the folder is the caller's. `SysHash`, else `Password`, sets the
+ * password; `Email` the address, empty for none; `GroupName` the primary group. Each quota of `UserQuota`
+ * is set, or removed when its `HardMB` is 0. `HomeFolderSettings` are set but for the folder's name, which
+ * is only shown or hidden. `TimeMachineQuota` sets the allowance, or removes it when it is not enabled.
+ * `P2PUserName` sets the alias of a cloud user; empty, or when the user is none any more, it goes.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
+ *             1, or in directory mode without synchronisation by `UserName`; null changes none.
+ *             `OldUserName` and `OldHomeDirectory` receive what a rename replaced, else "".
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, an unknown share of a quota, or texts too long to be written
+ *         at once (some 500 bytes); 8 no such user or a protected one, a bad name, a password that cannot
+ *         be hashed (512 bytes or more), a bad e-mail address, or an unknown group; 801 the name is taken;
+ *         806 it is too long; 809 it is reserved; 832 the directory does not know the name; 843 too many
+ *         Time Machine users; 845 the name is another user's alias.
+ */
+QBOBJ_API uint32_t qbobj_modifyUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Sets a user's primary group: both local, or in directory mode both of the directory. An unknown group
+ * leaves the user without one; an unknown user changes nothing.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param userName  Name of the user.
+ * @param groupName Name of the group.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const char *userName,
+                                               const char *groupName, ErrorInfo *err);
+
+/**
+ * Locks or unlocks the passwords of ordinary local users, cloud users left out. A locked password is kept
+ * and matches nothing; locking twice is like locking once.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param enable   0 locks, anything else unlocks.
+ * @param userName Name of the user; null for all.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db, int32_t enable,
+                                                      const char *userName, ErrorInfo *err);
+
+/**
+ * Sets the folder in which a user sees the snapshots of the home folder.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param userId Id of the user; one without home-folder settings changes nothing.
+ * @param folder Name of the folder; null or empty hides the snapshots.
+ * @param err    Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_modifyUserVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, int32_t userId, const char *folder,
+                                                     ErrorInfo *err);
+
+/**
+ * Removes users by id, with their quotas, access rights, settings, allowances, memberships, home-folder
+ * snapshots, SSH keys and aliases; all of the chain or none. Name and id stay taken. Removing the home
+ * folder is the caller's.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
+ *             1; null removes none. `UserName` and `HomeDirectory` receive what the user had.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 nothing was removed; 8 no such user, a protected one, or
+ *         its SSH keys cannot be removed.
+ */
+QBOBJ_API uint32_t qbobj_deleteUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Removes local users by name, as qbobj_deleteUser() does.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `UserName`; null removes none. `HomeDirectory`
+ *             receives what the user had.
+ * @param err  Out: error record, not null.
+ * @return As qbobj_deleteUser().
+ */
+QBOBJ_API uint32_t qbobj_deleteUserByName(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/* ---- SMB user-name map -------------------------------------------------------------------------- */
+
+/**
+ * Reads the whole SMB user-name map.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param maps Out: the rows in the order of their ids, appended to a list that is not empty.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 `maps` is null. Nothing is appended on failure.
+ */
+QBOBJ_API uint32_t qbobj_getSmbUserNameMapCollection(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMapCollection *maps,
+                                                     ErrorInfo *err);
+
+/**
+ * Counts the rows that a Unix user name has of one type.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param unixUserName The name.
+ * @param type         The type.
+ * @param err          Out: error record, not null; stays empty.
+ * @return The count; 0xFFFFFFFF (-1) when the name is null, the type is not valid, or the database fails.
+ */
+QBOBJ_API uint32_t qbobj_getSmbUserNameMapCount(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName,
+                                                const char *type, ErrorInfo *err);
+
+/**
+ * Adds a row to the SMB user-name map. The same mapping may be stored twice.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param map  `UnixUserName`, `SmbUserName` and `Type`. A chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.
+ */
+QBOBJ_API uint32_t qbobj_addSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map, ErrorInfo *err);
+
+/**
+ * Removes a Unix user name from the SMB user-name map, with its rows of every type. A name without rows is
+ * no failure.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param unixUserName The name.
+ * @param err          Out: error record, not null.
+ * @return 0; 5 database failure; 8 the name is null.
+ */
+QBOBJ_API uint32_t qbobj_deleteSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName, ErrorInfo *err);
+
+/**
+ * Moves all rows of the SMB user-name map from one Unix user name to another. A name without rows is no
+ * failure.
+ * @param qbdb        Handle.
+ * @param db          Connection.
+ * @param oldUnixName The name that has the rows.
+ * @param newUnixName The name that gets them.
+ * @param err         Out: error record, not null.
+ * @return 0; 5 database failure; 8 a name is null.
+ */
+QBOBJ_API uint32_t qbobj_setSmbUserNameMapUnixUserNameForAll(qbdb_t *qbdb, sqlite3 *db, const char *oldUnixName,
+                                                             const char *newUnixName, ErrorInfo *err);
+
+/**
+ * Changes the SMB name in the rows that a Unix user name has of one type.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param map  `UnixUserName` and `Type` choose the rows, `SmbUserName` is the new name. A chain is not
+ *             followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.
+ */
+QBOBJ_API uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map,
+                                                      ErrorInfo *err);
 
 #ifdef __cplusplus
 }

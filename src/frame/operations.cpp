@@ -113,6 +113,46 @@ constexpr QbobjOperation kOperations[] = {
                  "Renames groups, sets their quotas, replaces their secondary members.",
                  in("group").or_null().chained()),
 
+    // ---- users, creating
+    QB_OPERATION(addUser, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8 801 802 806 809 834 843 845",
+                 "Creates users with their quotas, home folders, Time Machine allowances and aliases.",
+                 inout("user").or_null().chained()),
+    QB_OPERATION(addUserList, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Creates the users of a list that was checked before.", inout("user").or_null().chained()),
+    QB_OPERATION(checkUserList, "users", kReads, QBOBJ_RETURNS_CODE, "1 2 5 8 801 806 809",
+                 "Reads and checks the list of users in the file /tmp/user_list.txt.", out("users"), out("groups"),
+                 in("existingUsers").or_null(), in("existingGroups").or_null()),
+
+    // ---- users, changing and removing
+    QB_OPERATION(modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
+                 "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
+                 inout("user").or_null().chained()),
+    QB_OPERATION(setPrimaryGroupByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5", "Sets a user's primary group.",
+                 in("userName"), in("groupName")),
+    QB_OPERATION(disableEnableLocalUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Locks or unlocks the password of one local user or of all.", in("enable"), in("userName").or_null()),
+    QB_OPERATION(modifyUserVisibleSnapFolder, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Sets the folder in which a user sees the snapshots of the home folder.", in("userId"),
+                 in("folder").or_null()),
+    QB_OPERATION(deleteUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
+                 "Removes users by id, with everything that hangs on them.", inout("user").or_null().chained()),
+    QB_OPERATION(deleteUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
+                 "Removes local users by name, with everything that hangs on them.", inout("user").or_null().chained()),
+
+    // ---- SMB user-name map
+    QB_OPERATION(getSmbUserNameMapCollection, "SMB user-name map", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Reads the second names under which SMB clients reach local accounts.", out("maps")),
+    QB_OPERATION(getSmbUserNameMapCount, "SMB user-name map", kReads, QBOBJ_RETURNS_COUNT, "",
+                 "Counts the rows that a Unix user name has of one type.", in("unixUserName"), in("type")),
+    QB_OPERATION(addSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a second name.",
+                 in("map")),
+    QB_OPERATION(deleteSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Removes all second names of a Unix user name.", in("unixUserName")),
+    QB_OPERATION(setSmbUserNameMapUnixUserNameForAll, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Moves all second names from one Unix user name to another.", in("oldUnixName"), in("newUnixName")),
+    QB_OPERATION(setSmbUserNameMapSmbUserName, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Changes the second name that a Unix user name has of one type.", in("map")),
+
     {},
 };
 
