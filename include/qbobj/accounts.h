@@ -163,14 +163,14 @@ struct SecurityAdsProgress {
     int32_t DoneAt; /**< When it ended, in seconds since the epoch; 0 before. */
 };
 
-/** SmbUserNameMap. */
+/** A second name under which SMB clients reach a local account. */
 struct SmbUserNameMap {
     struct SmbUserNameMap *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
-    int32_t Id; /**< */
-    const char *UnixUserName; /**< */
-    const char *SmbUserName; /**< */
-    const char *Type; /**< */
+    int32_t resource_id; /**< Id of the row; output only. */
+    int32_t Id; /**< Same as resource_id; output only. */
+    const char *UnixUserName; /**< Name of the local account. */
+    const char *SmbUserName; /**< Name that SMB clients use. */
+    const char *Type; /**< Kind of mapping, #TABLE_SMB_USERNAME_MAP_TYPE_UNAME for an alias. */
 };
 
 /** A user. */
@@ -229,9 +229,9 @@ struct GroupCollection {
     int32_t TotalEntries; /**< Number of groups before the name filter. */
 };
 
-/** SmbUserNameMapCollection. */
+/** The SMB user-name map. */
 struct SmbUserNameMapCollection {
-    struct SmbUserNameMap *SmbUserNameMap; /**< */
+    struct SmbUserNameMap *SmbUserNameMap; /**< First row, or null. */
 };
 
 /* ---- Users, reading ----------------------------------------------------------------------------- */
@@ -724,6 +724,539 @@ QBOBJ_API uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *d
  */
 QBOBJ_API uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, SshPublicKeyCollection *keys,
                                                    ErrorInfo *err);
+
+
+/* ---- Users, reading ----------------------------------------------------------------------------- */
+
+/**
+ * Lists users: filtered, in order, page by page, each with its quotas, its home-folder settings and its
+ * Time Machine allowance. Never listed are privileged accounts, `nobody`, `guest`, members of the guest
+ * group (of `nogroup` when there is no guest group) and cloud users (group 98).
+ *
+ * Option tokens in `query->opt`. The whole text may be one of
+ * - `SINGLE_USER`: the user of the name in `name_fix`;
+ * - `TM_ON`: users with an enabled Time Machine allowance;
+ * - `HF_EXISTS`: users whose home folder exists as a directory. Those without are left out of the list,
+ *   but counted.
+ *
+ * or it holds one or more of
+ * - `||HF_SNAPSHOT_PROTECTION==1` (`==0`): users with (without) snapshots of their home folder;
+ * - `||HF_SNAPSHOT_ACCESS==1` (`==0`): users whose snapshots are visible (hidden). With both, users to
+ *   whom either applies;
+ * - `&&USER_WITH_ADMIN==1`: the user `admin` too, whatever the other filters say;
+ * - `&&USER_WITHOUT_SKYLOFT==1`: no users of group 97.
+ *
+ * @param qbdb          Handle.
+ * @param db            Connection.
+ * @param users         In/out: users are appended to its list, the counts are set. A failure while the
+ *                      users are read leaves those read so far in the list. Not null.
+ * @param query         What to list; null for all users by name, domain users in directory mode and
+ *                      local users else.
+ * @param with_password Non-zero returns the stored password hashes, 0 the mask.
+ * @param err           Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 the name pattern is longer than 256 bytes.
+ */
+QBOBJ_API uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, AccountQuery *query,
+                                           int32_t with_password, ErrorInfo *err);
+
+/**
+ * Reads one user with its quotas, home-folder settings and Time Machine allowance. The password is
+ * masked; the full name is not read. Removed users are still found.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In: `resource_id`, or `UserId` when that is below 1 (domain users may have negative ids, in
+ *             directory mode only); an id of 0 with a `UserName` asks the directory when its users are
+ *             not synchronised. Out: the user; not written on failure. Not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, no such user, or a negative id outside directory mode;
+ *         8 no id; 832 a name that the directory does not know.
+ */
+QBOBJ_API uint32_t qbobj_getUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Reads the name and the POSIX uid of any account by its id. The directory is asked for an id that is
+ * not in the database.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In: `resource_id`, or `UserId` when that is below 1 (negative ids in directory mode only).
+ *             Out: the account; not written on failure. Not null.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, no such account, or a negative id outside directory mode; 8 no id.
+ */
+QBOBJ_API uint32_t qbobj_getSystemUser(qbdb_t *qbdb, sqlite3 *db, SystemUser *user, ErrorInfo *err);
+
+/**
+ * Lists ids and names of the cloud users (primary group 98), by name without regard to case.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param users In/out: users are appended to its list; the counts are left alone. Not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getCloudUser(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, ErrorInfo *err);
+
+/**
+ * Lists ids and names of a group's members, by name without regard to case. With secondary members
+ * included, a primary member comes once for each secondary membership that it has in any group.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param groupName    Name of the group. Null stands for "admin" when only primary members are asked
+ *                     for, and has no members else.
+ * @param primary_only Non-zero for primary members only, 0 for secondary members too.
+ * @param users        In/out: users are appended to its list; the counts are left alone. Not null.
+ * @param err          Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getUserInGroupName(qbdb_t *qbdb, sqlite3 *db, const char *groupName, int32_t primary_only,
+                                            UserCollection *users, ErrorInfo *err);
+
+/**
+ * Finds the id of a user: a local user, in directory mode a domain user, and a privileged account in both.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the user; null for the local guest.
+ * @param id   Out: the id, -1 when there is no such user. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
+ */
+QBOBJ_API uint32_t qbobj_getUID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err);
+
+/**
+ * Finds the name of a user.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the user.
+ * @param name Out: the name; for an id that no user has its decimal text, or "" when it is negative.
+ *             "" on failure. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0, 0xFFFFFFFF (-1) database failure.
+ */
+QBOBJ_API uint32_t qbobj_getUserName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err);
+
+/**
+ * Finds the POSIX uid of a user by name. In directory mode the directory is asked for a name that is not
+ * in the database.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the user; null for the local guest.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The uid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixUID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Finds the POSIX uid that goes with an id. An id of 0 or more is its own uid, whether a user has it or
+ * not; a negative one is asked of the directory.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the user.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The uid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixUIDbyUID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err);
+
+/**
+ * Finds the POSIX uid of a user and the POSIX gid of its primary group.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the user; null for the local guest and the guest group.
+ * @param uid  Out: the uid; not written on failure. Not null.
+ * @param gid  Out: the gid; not written on failure. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0, 0xFFFFFFFF (-1) when there is no such user or either has no POSIX id.
+ */
+QBOBJ_API uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid,
+                                        ErrorInfo *err);
+
+/**
+ * Adds up what all home folders use, after the figures were refreshed from the file system.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param bytes Out: bytes in use; not written on failure. Not null.
+ * @param err   Out: error record, not null; stays zero.
+ * @return 0; 5 the figures could not be refreshed or read.
+ */
+QBOBJ_API uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, uint64_t *bytes,
+                                                              ErrorInfo *err);
+
+/* ---- Groups ------------------------------------------------------------------------------------- */
+
+/**
+ * Finds the id of a local or privileged group, in directory mode too.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
+ * @param id   Out: the id, -1 when there is no such group. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
+ */
+QBOBJ_API uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err);
+
+/**
+ * Finds the name of a group.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the group.
+ * @param name Out: the name; for an id that no group has its decimal text, or "" when it is negative.
+ *             "" on failure. Not null.
+ * @param err  Out: error record, not null; stays zero.
+ * @return 0, 0xFFFFFFFF (-1) database failure.
+ */
+QBOBJ_API uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err);
+
+/**
+ * Finds the id of a user's primary group.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param userName Name of the user; null for the guest group, or `nogroup` when there is none.
+ * @param id       Out: the id, -1 when there is no such user or it has no primary group; the id of a domain
+ *                 group may be negative. Not null.
+ * @param err      Out: error record, not null; stays zero.
+ * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
+ */
+QBOBJ_API uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err);
+
+/**
+ * Finds the POSIX gid of a group by name. In directory mode the directory is asked for a name that is not
+ * that of a local or privileged group.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The gid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Finds the POSIX gid that goes with an id. An id of 0 or more is its own gid, whether a group has it or
+ * not; a negative one is asked of the directory.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param id   Id of the group.
+ * @param err  Out: error record, not null; stays zero.
+ * @return The gid, 0xFFFFFFFF (-1) when there is none.
+ */
+QBOBJ_API uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err);
+
+/**
+ * Tells whether a user is a member of a group, be it primary or secondary.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param userName  Name of the user; null is nobody.
+ * @param groupName Name of the group; null has no members.
+ * @param err       Out: error record, not null; stays zero.
+ * @return 0 a member, 1 not a member, 0xFFFFFFFF (-1) database failure.
+ */
+QBOBJ_API uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName,
+                                         ErrorInfo *err);
+
+/**
+ * Lists groups: filtered, in order, page by page, each with its quotas and its secondary members, those by
+ * name without regard to case and with their own quotas; their passwords are masked. Privileged and removed
+ * groups, `guest` and `nogroup` are never listed.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param groups In/out: groups are appended to its list, the counts are set. A failure while the groups
+ *               are read leaves those read so far in the list. Not null.
+ * @param query  What to list: `limit`, `offset`, `name_like`, `order` and `ads` count. Null for all groups
+ *               by name, domain groups in directory mode and local groups else.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 the name pattern is longer than 256 bytes.
+ */
+QBOBJ_API uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
+                                            ErrorInfo *err);
+
+/**
+ * Reads one group. Its statement is one that the database refuses, so that the call always fails: read
+ * groups through qbobj_getGroupCollection(), and names through qbobj_getSystemGroup().
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In: `resource_id`, or `GroupId` when that is below 1; not written. Not null.
+ * @param err   Out: error record, not null.
+ * @return 5 always, except 8 no id.
+ */
+QBOBJ_API uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Reads the name and the POSIX gid of any group by its id. The directory is asked for an id that is not in
+ * the database.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In: `resource_id`, or `GroupId` when that is below 1 (negative ids in directory mode only).
+ *              Out: the group; not written on failure. Not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, no such group, or a negative id outside directory mode;
+ *         8 no id.
+ */
+QBOBJ_API uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err);
+
+/**
+ * Creates groups with their quotas and secondary members; all of the chain or none.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In/out: chain of groups; null creates none. `GroupName` is required and must not be that of
+ *              any group, a removed one included. `GroupId` is the id (100 to 32767); below 1 the lowest
+ *              free one is taken. `GroupQuota` and `SecondaryMember` may be null. Each group created gets
+ *              its id in `resource_id`, which counts only when the call succeeds.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share, a member named twice, or no free id; 8 no or a bad name, an id
+ *         out of range, or a member without an id; 803 the name is taken; 804 the id is taken; 806 the name is
+ *         too long.
+ */
+QBOBJ_API uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Removes groups with their quotas and memberships; all of the chain or none. A removed group is no longer
+ * listed, but its name and id stay taken. The default group, and a group that is the primary group of a
+ * user, cannot go.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ *              removes none.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure; 6 nothing was removed; 8 no id, or no such group; 822 a user's primary
+ *         group; 844 the default group.
+ */
+QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/**
+ * Changes groups; all of the chain or none. The secondary members are replaced as a whole: a record without
+ * `SecondaryMember` takes all of them away.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ *              changes none. A `GroupName` that is not null renames the group; the default group does not
+ *              follow a new name. Each quota of `GroupQuota` is set, or removed when its `HardMB` is 0; quotas for
+ *              other shares stay. The list of members ends at the first one without a `UserName`.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share, or a member named twice; 8 no id, no such group, a bad name, or a
+ *         member without an id; 803 the name is taken; 806 the name is too long.
+ */
+QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
+
+/* ---- Users, creating ---------------------------------------------------------------------------- */
+
+/**
+ * Creates users, each with its quotas, home-folder settings, Time Machine allowance and, for a cloud user,
+ * alias; all of the chain or none. One exception: when the allowance of a user cannot be stored, 0 is
+ * returned with 5 in `err`; that user and those before it are created, those after it are not.
+ *
+ * What is read of a record: `UserName` (required); `UserId`, 100 to 32767, or below 1 for the next free
+ * one; `SysHash`, else `Password`, else the user has none; `Email`; `GroupName`, else group 99;
+ * `HomeVolumeId`, for a home folder on that volume instead of under /home; `IsLocked`; `ShellAccess`, 1
+ * for a shell; `UserQuota`; `HomeFolderSettings` and `TimeMachineQuota`, for which the account defaults
+ * stand in; `P2PUserName`, the alias of a user of the group `admin` or `sky-loft` whose name is an e-mail
+ * address or 32 bytes long.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users; null creates none. `resource_id`, `UserId` and `HomeDirectory`
+ *             are filled in as each user is created, and keep that when a later one fails; a user whose
+ *             allowance failed gets no `resource_id`.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, an unknown share of a quota, or no id is free; 8 a missing or bad name, a
+ *         password that cannot be hashed (512 bytes or more), a bad e-mail address, an unknown group or
+ *         volume, or an id out of range; 801 the name is taken, be it by a removed user; 802 the id is
+ *         taken; 806 the name is too long; 809 it is reserved; 834 it is a remote user's; 843 too many
+ *         Time Machine users; 845 the name is another user's alias.
+ */
+QBOBJ_API uint32_t qbobj_addUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Creates the users of a list that qbobj_checkUserList() has accepted, without checking them again; all of
+ * the chain or none. They get ids above the highest one of the local users, the home "/home" and no shell.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users; null creates none. Read are `UserName`, `GroupName` (else group
+ *             99), `Email` and `Password`, which is stored as it is: a hash. `resource_id`, `UserId` and
+ *             `HomeDirectory` are filled in as each user is created.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, or a name or id that is taken; 8 an unknown group.
+ */
+QBOBJ_API uint32_t qbobj_addUserList(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Reads and checks the list of users in the file /tmp/user_list.txt. A line has four fields with tabs
+ * between them: user name, group name, e-mail address (may be empty), password (may be empty). The line
+ * "User_Name", "Group_Name", "Email_Address", "Password" is a heading. A line "export_list" says that the
+ * passwords from there on are stored hashes, "import_list" that they are clear text, as at the beginning.
+ * Empty lines do not count. Lines may end with CR and LF; a line of more than 1023 bytes is read in
+ * pieces, each as a line of its own.
+ * @param qbdb           Handle.
+ * @param db             Connection.
+ * @param users          Out: the users of the file with name, group, e-mail address and hash, appended; not
+ *                       null. Nothing is appended on failure.
+ * @param groups         Out: the groups that the file names and nobody knows, appended; not null.
+ * @param existingUsers  Users whose names are taken; null for none.
+ * @param existingGroups Groups that need not be created; null for none.
+ * @param err            Out: error record, not null.
+ * @return 0; 1 there is no such file, or it is not a list; 2 no memory; 5 database failure; of the first
+ *         bad line: 8 a missing or bad name, a bad e-mail address, or a password that cannot be hashed;
+ *         801 the name is taken or stands twice; 806 a name is too long; 809 the user name is reserved.
+ */
+QBOBJ_API uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, GroupCollection *groups,
+                                       UserCollection *existingUsers, GroupCollection *existingGroups,
+                                       ErrorInfo *err);
+
+/* ---- Users, changing and removing --------------------------------------------------------------- */
+
+/**
+ * Changes users; all of the chain or none. What is null in a record stays, but `IsLocked` and
+ * `ShellAccess` are always written. A record that was read can be written back: a masked `Password` keeps
+ * the stored one.
+ *
+ * `UserName` renames, sets the home path of a local user to /home/ and the name, and takes the user's
+ * home-folder snapshots along; moving the folder is the caller's. `SysHash`, else `Password`, sets the
+ * password; `Email` the address, empty for none; `GroupName` the primary group. Each quota of `UserQuota`
+ * is set, or removed when its `HardMB` is 0. `HomeFolderSettings` are set but for the folder's name, which
+ * is only shown or hidden. `TimeMachineQuota` sets the allowance, or removes it when it is not enabled.
+ * `P2PUserName` sets the alias of a cloud user; empty, or when the user is none any more, it goes.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
+ *             1, or in directory mode without synchronisation by `UserName`; null changes none.
+ *             `OldUserName` and `OldHomeDirectory` receive what a rename replaced, else "".
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, an unknown share of a quota, or texts too long to be written
+ *         at once (some 500 bytes); 8 no such user or a protected one, a bad name, a password that cannot
+ *         be hashed (512 bytes or more), a bad e-mail address, or an unknown group; 801 the name is taken;
+ *         806 it is too long; 809 it is reserved; 832 the directory does not know the name; 843 too many
+ *         Time Machine users; 845 the name is another user's alias.
+ */
+QBOBJ_API uint32_t qbobj_modifyUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Sets a user's primary group: both local, or in directory mode both of the directory. An unknown group
+ * leaves the user without one; an unknown user changes nothing.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param userName  Name of the user.
+ * @param groupName Name of the group.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const char *userName,
+                                               const char *groupName, ErrorInfo *err);
+
+/**
+ * Locks or unlocks the passwords of ordinary local users, cloud users left out. A locked password is kept
+ * and matches nothing; locking twice is like locking once.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param enable   0 locks, anything else unlocks.
+ * @param userName Name of the user; null for all.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db, int32_t enable,
+                                                      const char *userName, ErrorInfo *err);
+
+/**
+ * Sets the folder in which a user sees the snapshots of the home folder.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param userId Id of the user; one without home-folder settings changes nothing.
+ * @param folder Name of the folder; null or empty hides the snapshots.
+ * @param err    Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_modifyUserVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, int32_t userId, const char *folder,
+                                                     ErrorInfo *err);
+
+/**
+ * Removes users by id, with their quotas, access rights, settings, allowances, memberships, home-folder
+ * snapshots, SSH keys and aliases; all of the chain or none. Name and id stay taken. Removing the home
+ * folder is the caller's.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
+ *             1; null removes none. `UserName` and `HomeDirectory` receive what the user had.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 nothing was removed; 8 no such user, a protected one, or
+ *         its SSH keys cannot be removed.
+ */
+QBOBJ_API uint32_t qbobj_deleteUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/**
+ * Removes local users by name, as qbobj_deleteUser() does.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param user In and out: chain of users, each addressed by `UserName`; null removes none. `HomeDirectory`
+ *             receives what the user had.
+ * @param err  Out: error record, not null.
+ * @return As qbobj_deleteUser().
+ */
+QBOBJ_API uint32_t qbobj_deleteUserByName(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
+
+/* ---- SMB user-name map -------------------------------------------------------------------------- */
+
+/**
+ * Reads the whole SMB user-name map.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param maps Out: the rows in the order of their ids, appended to a list that is not empty.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 `maps` is null. Nothing is appended on failure.
+ */
+QBOBJ_API uint32_t qbobj_getSmbUserNameMapCollection(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMapCollection *maps,
+                                                     ErrorInfo *err);
+
+/**
+ * Counts the rows that a Unix user name has of one type.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param unixUserName The name.
+ * @param type         The type.
+ * @param err          Out: error record, not null; stays empty.
+ * @return The count; 0xFFFFFFFF (-1) when the name is null, the type is not valid, or the database fails.
+ */
+QBOBJ_API uint32_t qbobj_getSmbUserNameMapCount(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName,
+                                                const char *type, ErrorInfo *err);
+
+/**
+ * Adds a row to the SMB user-name map. The same mapping may be stored twice.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param map  `UnixUserName`, `SmbUserName` and `Type`. A chain is not followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.
+ */
+QBOBJ_API uint32_t qbobj_addSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map, ErrorInfo *err);
+
+/**
+ * Removes a Unix user name from the SMB user-name map, with its rows of every type. A name without rows is
+ * no failure.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param unixUserName The name.
+ * @param err          Out: error record, not null.
+ * @return 0; 5 database failure; 8 the name is null.
+ */
+QBOBJ_API uint32_t qbobj_deleteSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName, ErrorInfo *err);
+
+/**
+ * Moves all rows of the SMB user-name map from one Unix user name to another. A name without rows is no
+ * failure.
+ * @param qbdb        Handle.
+ * @param db          Connection.
+ * @param oldUnixName The name that has the rows.
+ * @param newUnixName The name that gets them.
+ * @param err         Out: error record, not null.
+ * @return 0; 5 database failure; 8 a name is null.
+ */
+QBOBJ_API uint32_t qbobj_setSmbUserNameMapUnixUserNameForAll(qbdb_t *qbdb, sqlite3 *db, const char *oldUnixName,
+                                                             const char *newUnixName, ErrorInfo *err);
+
+/**
+ * Changes the SMB name in the rows that a Unix user name has of one type.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param map  `UnixUserName` and `Type` choose the rows, `SmbUserName` is the new name. A chain is not
+ *             followed.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.
+ */
+QBOBJ_API uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map,
+                                                      ErrorInfo *err);
 
 #ifdef __cplusplus
 }
