@@ -92,17 +92,17 @@ struct Cells {
 bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
 {
     switch (sqlite3_column_type(stmt, column)) {
-    case SQLITE_NULL: return cells->add_start(Cells::kNull);
-    case SQLITE_INTEGER: {
-        char digits[24];
-        const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
-        return cells->add(digits, static_cast<size_t>(end - digits));
-    }
-    default: {
-        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
-        // A stored NUL ends the text for every reader of the table.
-        return text && cells->add(text, strlen(text));
-    }
+        case SQLITE_NULL: return cells->add_start(Cells::kNull);
+        case SQLITE_INTEGER: {
+            char digits[24];
+            const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
+            return cells->add(digits, static_cast<size_t>(end - digits));
+        }
+        default: {
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+            // A stored NUL ends the text for every reader of the table.
+            return text && cells->add(text, strlen(text));
+        }
     }
 }
 
