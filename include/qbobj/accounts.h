@@ -14,15 +14,15 @@ extern "C" {
 /** An SSH public key of a user. */
 struct SshPublicKey {
     struct SshPublicKey *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< Out: same as `Id`. */
-    int32_t Id; /**< Id of the key. Out, but for changing and deleting: in. */
+    int32_t resource_id;       /**< Out: same as `Id`. */
+    int32_t Id;                /**< Id of the key. Out, but for changing and deleting: in. */
     int32_t UserId; /**< Owner: user 98 or a user with an id above 99; 0 in root's twin of an administrator's key. */
     const char *ServeFor; /**< Use of the key: "rsync" for one that lets only rsync in; other words are the caller's. */
-    const char *Type; /**< Kind of key ("ssh-ed25519"), stored as given. */
-    const char *Key; /**< Text of the key. */
-    const char *Comment; /**< Comment of the key. */
+    const char *Type;     /**< Kind of key ("ssh-ed25519"), stored as given. */
+    const char *Key;      /**< Text of the key. */
+    const char *Comment;  /**< Comment of the key. */
     const char *Fingerprint; /**< Fingerprint, stored as given. */
-    const char *Title; /**< Title to show; that of root's twin is "root_" and the key's title. */
+    const char *Title;       /**< Title to show; that of root's twin is "root_" and the key's title. */
 };
 
 /** A list of SSH public keys. */
@@ -32,37 +32,37 @@ struct SshPublicKeyCollection {
 
 /** What one user or group may use of one share. */
 struct Quota {
-    struct Quota *next; /**< Next element of the list, or null. */
-    int32_t AccountId; /**< Id of the user or group. */
+    struct Quota *next;      /**< Next element of the list, or null. */
+    int32_t AccountId;       /**< Id of the user or group. */
     const char *AccountName; /**< Its name; not read from the database. */
-    const char *ShareId; /**< Data set of the share (the share's `zfs_name`). */
-    uint64_t HardMB; /**< Limit in megabytes; 0 on input removes the quota. */
-    uint64_t UsedMB; /**< Megabytes in use as last measured, 0 when never measured; output only. */
+    const char *ShareId;     /**< Data set of the share (the share's `zfs_name`). */
+    uint64_t HardMB;         /**< Limit in megabytes; 0 on input removes the quota. */
+    uint64_t UsedMB;         /**< Megabytes in use as last measured, 0 when never measured; output only. */
 };
 
 /** The administrator's password, password recovery and shell access. */
 struct AdminPassword {
     const char *Password; /**< In: new password in clear text; null or empty to keep the old one. Out: null. */
     const char *Question; /**< Question of the password recovery. In: null keeps question, answer and address. */
-    const char *Answer; /**< Its answer. In: null keeps question, answer and address. */
-    const char *Email; /**< E-mail address of the recovery. In: null keeps question, answer and address. */
-    int32_t Enabled; /**< 1 when a lost password can be recovered, else 0. */
-    const char *Method; /**< How it is recovered. In: null to keep. */
-    int32_t ResetFlag; /**< Not stored. Out: 0. */
-    int32_t ShellAccess; /**< 1 when the administrator may log in with a shell, else 0. */
+    const char *Answer;   /**< Its answer. In: null keeps question, answer and address. */
+    const char *Email;    /**< E-mail address of the recovery. In: null keeps question, answer and address. */
+    int32_t Enabled;      /**< 1 when a lost password can be recovered, else 0. */
+    const char *Method;   /**< How it is recovered. In: null to keep. */
+    int32_t ResetFlag;    /**< Not stored. Out: 0. */
+    int32_t ShellAccess;  /**< 1 when the administrator may log in with a shell, else 0. */
 };
 
 /** A new password for a user. */
 struct UserPassword {
     struct UserPassword *next; /**< Next element of the list, or null. */
-    int32_t UserId; /**< Id of the user. */
+    int32_t UserId;            /**< Id of the user. */
     const char *Password; /**< New password in clear text; empty for none, with which nobody can log in by password. */
 };
 
 /** A user's change of the own password; all three texts are required. */
 struct MyPassword {
     struct MyPassword *next; /**< Next element of the list, or null. */
-    const char *UserName; /**< Name of the user, who is a local one. */
+    const char *UserName;    /**< Name of the user, who is a local one. */
     const char *OldPassword; /**< Present password in clear text. */
     const char *NewPassword; /**< New password in clear text. */
 };
@@ -70,162 +70,162 @@ struct MyPassword {
 /** Settings of a user's home folder. */
 struct UserHomeFolderSettings {
     struct UserHomeFolderSettings *next; /**< Next element of the list, or null. */
-    int32_t UserId; /**< Id of the user. */
-    uint64_t SizeLimit; /**< Limit in bytes; 0 for none. */
-    uint64_t SizeUsed; /**< Bytes in use as last measured, 0 when never measured; output only. */
-    int32_t SnapshotProtectionEnabled; /**< 1 when snapshots of the home folder are taken. */
-    int32_t VisibleSnapshot; /**< 1 when the folder of the snapshots is visible. */
-    const char *VisibleSnapFolder; /**< Name of that folder, "" when it is hidden; output only. */
-    int32_t PrevVersions; /**< 1 when snapshots are offered as previous versions. */
+    int32_t UserId;                      /**< Id of the user. */
+    uint64_t SizeLimit;                  /**< Limit in bytes; 0 for none. */
+    uint64_t SizeUsed;                   /**< Bytes in use as last measured, 0 when never measured; output only. */
+    int32_t SnapshotProtectionEnabled;   /**< 1 when snapshots of the home folder are taken. */
+    int32_t VisibleSnapshot;             /**< 1 when the folder of the snapshots is visible. */
+    const char *VisibleSnapFolder;       /**< Name of that folder, "" when it is hidden; output only. */
+    int32_t PrevVersions;                /**< 1 when snapshots are offered as previous versions. */
 };
 
 /** A user's private Time Machine allowance. */
 struct UserTimeMachineQuota {
     struct UserTimeMachineQuota *next; /**< Next element of the list, or null. */
-    int32_t UserId; /**< Id of the user. */
-    int32_t Enabled; /**< 1 when the user may back up. */
-    int32_t CapacityMB; /**< Allowance in megabytes. */
+    int32_t UserId;                    /**< Id of the user. */
+    int32_t Enabled;                   /**< 1 when the user may back up. */
+    int32_t CapacityMB;                /**< Allowance in megabytes. */
     uint64_t UsedMB; /**< Megabytes that the user's backup takes, measured by each read; output only. */
 };
 
 /** Name and POSIX id of any account. */
 struct SystemUser {
     struct SystemUser *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< Id of the account; below 1: UserId is looked at. */
-    int32_t UserId; /**< Id of the account; equal to resource_id on output. */
-    const char *UserName; /**< Name of the account; output only. */
-    int32_t _PosixId; /**< POSIX uid, -1 when the directory does not know it; output only. */
+    int32_t resource_id;     /**< Id of the account; below 1: UserId is looked at. */
+    int32_t UserId;          /**< Id of the account; equal to resource_id on output. */
+    const char *UserName;    /**< Name of the account; output only. */
+    int32_t _PosixId;        /**< POSIX uid, -1 when the directory does not know it; output only. */
 };
 
 /** What to list of users or groups, in which order, which page. */
 struct AccountQuery {
-    int32_t limit; /**< Length of the page; 0 for everything. */
-    int32_t offset; /**< Number of accounts to leave out at the beginning; counts with a limit only. */
+    int32_t limit;         /**< Length of the page; 0 for everything. */
+    int32_t offset;        /**< Number of accounts to leave out at the beginning; counts with a limit only. */
     const char *name_like; /**< SQL LIKE pattern with the caller's wildcards, at most 256 bytes; null or "" for all. */
-    const char *opt; /**< Option tokens, see qbobj_getUserCollection(); may be null. Not read for groups. */
-    int32_t order; /**< 1 by name, 2 by id, -1 and -2 the same descending; anything else by name. */
-    int32_t ads; /**< Non-zero lists domain accounts, 0 local ones. */
+    const char *opt;       /**< Option tokens, see qbobj_getUserCollection(); may be null. Not read for groups. */
+    int32_t order;         /**< 1 by name, 2 by id, -1 and -2 the same descending; anything else by name. */
+    int32_t ads;           /**< Non-zero lists domain accounts, 0 local ones. */
     int32_t include_admin; /**< Not read: the administrator is asked for by an option token. */
-    const char *name_fix; /**< Exact name for the option SINGLE_USER. */
+    const char *name_fix;  /**< Exact name for the option SINGLE_USER. */
 };
 
 /** Name and POSIX id of any group. */
 struct SystemGroup {
     struct SystemGroup *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< Id of the group; below 1: GroupId is looked at. */
-    int32_t GroupId; /**< Id of the group; equal to resource_id on output. */
-    const char *GroupName; /**< Name of the group; output only. */
-    int32_t _PosixId; /**< POSIX gid, -1 when the directory does not know it; output only. */
+    int32_t resource_id;      /**< Id of the group; below 1: GroupId is looked at. */
+    int32_t GroupId;          /**< Id of the group; equal to resource_id on output. */
+    const char *GroupName;    /**< Name of the group; output only. */
+    int32_t _PosixId;         /**< POSIX gid, -1 when the directory does not know it; output only. */
 };
 
 /** Defaults for new accounts. */
 struct AccountDefault {
-    const char *HomeVolumeId; /**< Volume of the home folders: its id; its name is taken, too, and stored so. */
-    int32_t DiskQuotaWarn; /**< Soft limit of quotas in per cent of the hard limit, 1 to 99. */
-    int32_t GroupId; /**< Out: id of the default group. In: ignored, the name decides. */
-    int32_t DisallowPasswordChange; /**< 1 when users may not change their passwords, else 0. */
+    const char *HomeVolumeId;         /**< Volume of the home folders: its id; its name is taken, too, and stored so. */
+    int32_t DiskQuotaWarn;            /**< Soft limit of quotas in per cent of the hard limit, 1 to 99. */
+    int32_t GroupId;                  /**< Out: id of the default group. In: ignored, the name decides. */
+    int32_t DisallowPasswordChange;   /**< 1 when users may not change their passwords, else 0. */
     uint64_t HomeFolderCapacityLimit; /**< Size limit of a home folder, as new home folders get it; 0 for none. */
-    const char *GroupMembership; /**< Name of the default group. */
-    int32_t PrivateTimeMachine; /**< 1 when a new user gets a Time Machine allowance, else 0. */
-    int32_t PrivateTimeMachineSpace; /**< Its size in units of 1000 MB. */
-    int32_t SnapshotProtection; /**< 1 when snapshots protect a new home folder, else 0. */
+    const char *GroupMembership;      /**< Name of the default group. */
+    int32_t PrivateTimeMachine;       /**< 1 when a new user gets a Time Machine allowance, else 0. */
+    int32_t PrivateTimeMachineSpace;  /**< Its size in units of 1000 MB. */
+    int32_t SnapshotProtection;       /**< 1 when snapshots protect a new home folder, else 0. */
 };
 
 /** Directory settings of the CIFS service. */
 struct Security {
-    const char *Security; /**< "user" for local accounts only, "ads" for those of a directory. */
-    const char *Realm; /**< Realm of the directory: a host name; required with "ads". */
-    const char *workGroup; /**< Workgroup or short domain name: 1 to 16 letters, digits, "_", "-", "." and blanks. */
-    const char *orgUnit; /**< Organisational unit that the appliance joins. */
+    const char *Security;   /**< "user" for local accounts only, "ads" for those of a directory. */
+    const char *Realm;      /**< Realm of the directory: a host name; required with "ads". */
+    const char *workGroup;  /**< Workgroup or short domain name: 1 to 16 letters, digits, "_", "-", "." and blanks. */
+    const char *orgUnit;    /**< Organisational unit that the appliance joins. */
     const char *restrictOU; /**< Organisational unit that users and groups are imported from. */
-    int32_t noSyncADS; /**< 1 when directory accounts are looked up live instead of imported, else 0. */
-    const char *restrictAccountOu; /**< Not stored. Out: null. */
+    int32_t noSyncADS;      /**< 1 when directory accounts are looked up live instead of imported, else 0. */
+    const char *restrictAccountOu;   /**< Not stored. Out: null. */
     const char *domainAdministrator; /**< Name of the directory's administrator. */
-    const char *passWord; /**< Not stored. Out: null. */
-    const char *passWordServer; /**< Login server: a host name, or null or empty for any. */
-    int32_t displayTrustedUsers; /**< 1 when users of trusted domains are shown, else 0. */
-    const char *domainSid; /**< Out: security identifier of the domain. In: ignored. */
-    int32_t domainGroupAdminGID; /**< Out: id of the domain administrators' group, 98 when unknown. In: ignored. */
-    int32_t domainAdminUID; /**< Out: id of the domain administrator, 98 when unknown. In: ignored. */
-    int32_t joinDomainFailed; /**< 1 when joining the domain failed, else 0. */
-    const char *idmapBackend; /**< How directory ids become POSIX ids: "tdb" or "rid". */
+    const char *passWord;            /**< Not stored. Out: null. */
+    const char *passWordServer;      /**< Login server: a host name, or null or empty for any. */
+    int32_t displayTrustedUsers;     /**< 1 when users of trusted domains are shown, else 0. */
+    const char *domainSid;           /**< Out: security identifier of the domain. In: ignored. */
+    int32_t domainGroupAdminGID;     /**< Out: id of the domain administrators' group, 98 when unknown. In: ignored. */
+    int32_t domainAdminUID;          /**< Out: id of the domain administrator, 98 when unknown. In: ignored. */
+    int32_t joinDomainFailed;        /**< 1 when joining the domain failed, else 0. */
+    const char *idmapBackend;        /**< How directory ids become POSIX ids: "tdb" or "rid". */
 };
 
 /** Progress of the import of directory accounts; all fields are out. */
 struct SecurityAdsProgress {
-    const char *State; /**< "idle", "running", "complete" or "error". */
-    int32_t Percent; /**< 0 to 100: users and groups make up half each, also when there are none of a kind. */
-    int32_t TotalUser; /**< Number of users to import. */
-    int32_t CurrUser; /**< Number of users imported so far. */
+    const char *State;  /**< "idle", "running", "complete" or "error". */
+    int32_t Percent;    /**< 0 to 100: users and groups make up half each, also when there are none of a kind. */
+    int32_t TotalUser;  /**< Number of users to import. */
+    int32_t CurrUser;   /**< Number of users imported so far. */
     int32_t TotalGroup; /**< Number of groups to import. */
-    int32_t CurrGroup; /**< Number of groups imported so far. */
-    int32_t StartAt; /**< When it began, in seconds since the epoch. */
-    int32_t DoneAt; /**< When it ended, in seconds since the epoch; 0 before. */
+    int32_t CurrGroup;  /**< Number of groups imported so far. */
+    int32_t StartAt;    /**< When it began, in seconds since the epoch. */
+    int32_t DoneAt;     /**< When it ended, in seconds since the epoch; 0 before. */
 };
 
 /** A second name under which SMB clients reach a local account. */
 struct SmbUserNameMap {
     struct SmbUserNameMap *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< Id of the row; output only. */
-    int32_t Id; /**< Same as resource_id; output only. */
-    const char *UnixUserName; /**< Name of the local account. */
-    const char *SmbUserName; /**< Name that SMB clients use. */
-    const char *Type; /**< Kind of mapping, #TABLE_SMB_USERNAME_MAP_TYPE_UNAME for an alias. */
+    int32_t resource_id;         /**< Id of the row; output only. */
+    int32_t Id;                  /**< Same as resource_id; output only. */
+    const char *UnixUserName;    /**< Name of the local account. */
+    const char *SmbUserName;     /**< Name that SMB clients use. */
+    const char *Type;            /**< Kind of mapping, #TABLE_SMB_USERNAME_MAP_TYPE_UNAME for an alias. */
 };
 
 /** A user. */
 struct User {
-    struct User *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< Id by which the caller addresses the user; below 1: UserId is looked at. */
-    int32_t UserId; /**< Id of the user; equal to resource_id on output. */
-    const char *UserName; /**< Name of the user. */
-    const char *OldUserName; /**< Name before a change. */
-    const char *GroupName; /**< Name of the primary group. */
-    const char *HomeVolumeId; /**< Volume for the home folder of a new user; input only. */
-    const char *HomeDirectory; /**< Path of the home folder; output only. */
+    struct User *next;            /**< Next element of the list, or null. */
+    int32_t resource_id;          /**< Id by which the caller addresses the user; below 1: UserId is looked at. */
+    int32_t UserId;               /**< Id of the user; equal to resource_id on output. */
+    const char *UserName;         /**< Name of the user. */
+    const char *OldUserName;      /**< Name before a change. */
+    const char *GroupName;        /**< Name of the primary group. */
+    const char *HomeVolumeId;     /**< Volume for the home folder of a new user; input only. */
+    const char *HomeDirectory;    /**< Path of the home folder; output only. */
     const char *OldHomeDirectory; /**< Path of the home folder before a change of the name. */
-    const char *Email; /**< E-mail address. */
-    const char *FullName; /**< Full name; only the user list reads it. */
-    const char *Password; /**< In: the password in clear, or #masked_password for the stored one. Out: the mask, ""
-                               when none is stored, or the stored hash where it was asked for. */
-    const char *SmbHash; /**< Password hash of the SMB service; input only. */
-    const char *SysHash; /**< Ready-made system password hash, stored as it is; input only. */
-    int32_t IsDomainMember; /**< 1 for a user of the directory; output only. */
-    int32_t no_invitation; /**< 1 when a cloud user is not to be invited; input only. */
-    int32_t IsLocked; /**< 1 when the account is locked. */
-    int32_t ShellAccess; /**< 1 when the user may log in to a shell. */
+    const char *Email;            /**< E-mail address. */
+    const char *FullName;         /**< Full name; only the user list reads it. */
+    const char *Password;    /**< In: the password in clear, or #masked_password for the stored one. Out: the mask, ""
+                                  when none is stored, or the stored hash where it was asked for. */
+    const char *SmbHash;     /**< Password hash of the SMB service; input only. */
+    const char *SysHash;     /**< Ready-made system password hash, stored as it is; input only. */
+    int32_t IsDomainMember;  /**< 1 for a user of the directory; output only. */
+    int32_t no_invitation;   /**< 1 when a cloud user is not to be invited; input only. */
+    int32_t IsLocked;        /**< 1 when the account is locked. */
+    int32_t ShellAccess;     /**< 1 when the user may log in to a shell. */
     const char *P2PUserName; /**< Alias of the user in the cloud service; input only. */
     struct Quota *UserQuota; /**< Quotas per share. */
-    struct UserTimeMachineQuota *TimeMachineQuota; /**< Time Machine allowance, or null. */
+    struct UserTimeMachineQuota *TimeMachineQuota;     /**< Time Machine allowance, or null. */
     struct UserHomeFolderSettings *HomeFolderSettings; /**< Settings of the home folder, or null. */
 };
 
 /** Users, and how many there are. */
 struct UserCollection {
-    struct User *User; /**< First of the list, or null. */
-    int32_t Entries; /**< Number of users that match the whole filter, the page not considered. */
+    struct User *User;    /**< First of the list, or null. */
+    int32_t Entries;      /**< Number of users that match the whole filter, the page not considered. */
     int32_t TotalEntries; /**< Number of users before the name filter and the options that choose among them. */
 };
 
 /** A group. */
 struct Group {
-    struct Group *next; /**< Next element of the list, or null. */
+    struct Group *next;  /**< Next element of the list, or null. */
     int32_t resource_id; /**< Id by which the caller addresses the group; below 1: GroupId is looked at. Of a new
                               group output only. */
     int32_t GroupId; /**< Id of the group; equal to resource_id when read. Of a new group the wished id, 100 to 32767,
                           or below 1 for any. */
-    const char *GroupName; /**< Name of the group. */
-    const char *OldGroupName; /**< Neither read nor written. */
+    const char *GroupName;        /**< Name of the group. */
+    const char *OldGroupName;     /**< Neither read nor written. */
     struct User *SecondaryMember; /**< Secondary members. On input each is addressed by resource_id or, when that is
                                        below 1, by UserId. */
-    struct Quota *GroupQuota; /**< Quotas per share; AccountId is the id of the group. */
-    int32_t IsDomainMember; /**< 1 for a group of the directory; output only. */
+    struct Quota *GroupQuota;     /**< Quotas per share; AccountId is the id of the group. */
+    int32_t IsDomainMember;       /**< 1 for a group of the directory; output only. */
 };
 
 /** Groups, and how many there are. */
 struct GroupCollection {
-    struct Group *Group; /**< First of the list, or null. */
-    int32_t Entries; /**< Number of groups that match the whole filter, the page not considered. */
+    struct Group *Group;  /**< First of the list, or null. */
+    int32_t Entries;      /**< Number of groups that match the whole filter, the page not considered. */
     int32_t TotalEntries; /**< Number of groups before the name filter. */
 };
 
@@ -699,8 +699,7 @@ QBOBJ_API uint32_t qbobj_setSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, SshPubli
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure; 838 no such key.
  */
-QBOBJ_API uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key,
-                                             ErrorInfo *err);
+QBOBJ_API uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key, ErrorInfo *err);
 
 /**
  * Reads root's twin of an SSH public key of the administrator: root's key with the same text.
@@ -724,315 +723,6 @@ QBOBJ_API uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *d
  */
 QBOBJ_API uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, SshPublicKeyCollection *keys,
                                                    ErrorInfo *err);
-
-
-/* ---- Users, reading ----------------------------------------------------------------------------- */
-
-/**
- * Lists users: filtered, in order, page by page, each with its quotas, its home-folder settings and its
- * Time Machine allowance. Never listed are privileged accounts, `nobody`, `guest`, members of the guest
- * group (of `nogroup` when there is no guest group) and cloud users (group 98).
- *
- * Option tokens in `query->opt`. The whole text may be one of
- * - `SINGLE_USER`: the user of the name in `name_fix`;
- * - `TM_ON`: users with an enabled Time Machine allowance;
- * - `HF_EXISTS`: users whose home folder exists as a directory. Those without are left out of the list,
- *   but counted.
- *
- * or it holds one or more of
- * - `||HF_SNAPSHOT_PROTECTION==1` (`==0`): users with (without) snapshots of their home folder;
- * - `||HF_SNAPSHOT_ACCESS==1` (`==0`): users whose snapshots are visible (hidden). With both, users to
- *   whom either applies;
- * - `&&USER_WITH_ADMIN==1`: the user `admin` too, whatever the other filters say;
- * - `&&USER_WITHOUT_SKYLOFT==1`: no users of group 97.
- *
- * @param qbdb          Handle.
- * @param db            Connection.
- * @param users         In/out: users are appended to its list, the counts are set. A failure while the
- *                      users are read leaves those read so far in the list. Not null.
- * @param query         What to list; null for all users by name, domain users in directory mode and
- *                      local users else.
- * @param with_password Non-zero returns the stored password hashes, 0 the mask.
- * @param err           Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure; 8 the name pattern is longer than 256 bytes.
- */
-QBOBJ_API uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, AccountQuery *query,
-                                           int32_t with_password, ErrorInfo *err);
-
-/**
- * Reads one user with its quotas, home-folder settings and Time Machine allowance. The password is
- * masked; the full name is not read. Removed users are still found.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param user In: `resource_id`, or `UserId` when that is below 1 (domain users may have negative ids, in
- *             directory mode only); an id of 0 with a `UserName` asks the directory when its users are
- *             not synchronised. Out: the user; not written on failure. Not null.
- * @param err  Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure, no such user, or a negative id outside directory mode;
- *         8 no id; 832 a name that the directory does not know.
- */
-QBOBJ_API uint32_t qbobj_getUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
-
-/**
- * Reads the name and the POSIX uid of any account by its id. The directory is asked for an id that is
- * not in the database.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param user In: `resource_id`, or `UserId` when that is below 1 (negative ids in directory mode only).
- *             Out: the account; not written on failure. Not null.
- * @param err  Out: error record, not null.
- * @return 0; 5 database failure, no such account, or a negative id outside directory mode; 8 no id.
- */
-QBOBJ_API uint32_t qbobj_getSystemUser(qbdb_t *qbdb, sqlite3 *db, SystemUser *user, ErrorInfo *err);
-
-/**
- * Lists ids and names of the cloud users (primary group 98), by name without regard to case.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param users In/out: users are appended to its list; the counts are left alone. Not null.
- * @param err   Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure.
- */
-QBOBJ_API uint32_t qbobj_getCloudUser(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, ErrorInfo *err);
-
-/**
- * Lists ids and names of a group's members, by name without regard to case. With secondary members
- * included, a primary member comes once for each secondary membership that it has in any group.
- * @param qbdb         Handle.
- * @param db           Connection.
- * @param groupName    Name of the group. Null stands for "admin" when only primary members are asked
- *                     for, and has no members else.
- * @param primary_only Non-zero for primary members only, 0 for secondary members too.
- * @param users        In/out: users are appended to its list; the counts are left alone. Not null.
- * @param err          Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure.
- */
-QBOBJ_API uint32_t qbobj_getUserInGroupName(qbdb_t *qbdb, sqlite3 *db, const char *groupName, int32_t primary_only,
-                                            UserCollection *users, ErrorInfo *err);
-
-/**
- * Finds the id of a user: a local user, in directory mode a domain user, and a privileged account in both.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param name Name of the user; null for the local guest.
- * @param id   Out: the id, -1 when there is no such user. Not null.
- * @param err  Out: error record, not null; stays zero.
- * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
- */
-QBOBJ_API uint32_t qbobj_getUID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err);
-
-/**
- * Finds the name of a user.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param id   Id of the user.
- * @param name Out: the name; for an id that no user has its decimal text, or "" when it is negative.
- *             "" on failure. Not null.
- * @param err  Out: error record, not null; stays zero.
- * @return 0, 0xFFFFFFFF (-1) database failure.
- */
-QBOBJ_API uint32_t qbobj_getUserName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err);
-
-/**
- * Finds the POSIX uid of a user by name. In directory mode the directory is asked for a name that is not
- * in the database.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param name Name of the user; null for the local guest.
- * @param err  Out: error record, not null; stays zero.
- * @return The uid, 0xFFFFFFFF (-1) when there is none.
- */
-QBOBJ_API uint32_t qbobj_getPosixUID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
-
-/**
- * Finds the POSIX uid that goes with an id. An id of 0 or more is its own uid, whether a user has it or
- * not; a negative one is asked of the directory.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param id   Id of the user.
- * @param err  Out: error record, not null; stays zero.
- * @return The uid, 0xFFFFFFFF (-1) when there is none.
- */
-QBOBJ_API uint32_t qbobj_getPosixUIDbyUID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err);
-
-/**
- * Finds the POSIX uid of a user and the POSIX gid of its primary group.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param name Name of the user; null for the local guest and the guest group.
- * @param uid  Out: the uid; not written on failure. Not null.
- * @param gid  Out: the gid; not written on failure. Not null.
- * @param err  Out: error record, not null; stays zero.
- * @return 0, 0xFFFFFFFF (-1) when there is no such user or either has no POSIX id.
- */
-QBOBJ_API uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid,
-                                        ErrorInfo *err);
-
-/**
- * Adds up what all home folders use, after the figures were refreshed from the file system.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param bytes Out: bytes in use; not written on failure. Not null.
- * @param err   Out: error record, not null; stays zero.
- * @return 0; 5 the figures could not be refreshed or read.
- */
-QBOBJ_API uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, uint64_t *bytes,
-                                                              ErrorInfo *err);
-
-/* ---- Groups ------------------------------------------------------------------------------------- */
-
-/**
- * Finds the id of a local or privileged group, in directory mode too.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
- * @param id   Out: the id, -1 when there is no such group. Not null.
- * @param err  Out: error record, not null; stays zero.
- * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
- */
-QBOBJ_API uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err);
-
-/**
- * Finds the name of a group.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param id   Id of the group.
- * @param name Out: the name; for an id that no group has its decimal text, or "" when it is negative.
- *             "" on failure. Not null.
- * @param err  Out: error record, not null; stays zero.
- * @return 0, 0xFFFFFFFF (-1) database failure.
- */
-QBOBJ_API uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err);
-
-/**
- * Finds the id of a user's primary group.
- * @param qbdb     Handle.
- * @param db       Connection.
- * @param userName Name of the user; null for the guest group, or `nogroup` when there is none.
- * @param id       Out: the id, -1 when there is no such user or it has no primary group; the id of a domain
- *                 group may be negative. Not null.
- * @param err      Out: error record, not null; stays zero.
- * @return 0 found, 0xFFFFFFFF (-1) not found or database failure.
- */
-QBOBJ_API uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err);
-
-/**
- * Finds the POSIX gid of a group by name. In directory mode the directory is asked for a name that is not
- * that of a local or privileged group.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param name Name of the group; null for the guest group, or `nogroup` when there is none.
- * @param err  Out: error record, not null; stays zero.
- * @return The gid, 0xFFFFFFFF (-1) when there is none.
- */
-QBOBJ_API uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
-
-/**
- * Finds the POSIX gid that goes with an id. An id of 0 or more is its own gid, whether a group has it or
- * not; a negative one is asked of the directory.
- * @param qbdb Handle.
- * @param db   Connection.
- * @param id   Id of the group.
- * @param err  Out: error record, not null; stays zero.
- * @return The gid, 0xFFFFFFFF (-1) when there is none.
- */
-QBOBJ_API uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err);
-
-/**
- * Tells whether a user is a member of a group, be it primary or secondary.
- * @param qbdb      Handle.
- * @param db        Connection.
- * @param userName  Name of the user; null is nobody.
- * @param groupName Name of the group; null has no members.
- * @param err       Out: error record, not null; stays zero.
- * @return 0 a member, 1 not a member, 0xFFFFFFFF (-1) database failure.
- */
-QBOBJ_API uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName,
-                                         ErrorInfo *err);
-
-/**
- * Lists groups: filtered, in order, page by page, each with its quotas and its secondary members, those by
- * name without regard to case and with their own quotas; their passwords are masked. Privileged and removed
- * groups, `guest` and `nogroup` are never listed.
- * @param qbdb   Handle.
- * @param db     Connection.
- * @param groups In/out: groups are appended to its list, the counts are set. A failure while the groups
- *               are read leaves those read so far in the list. Not null.
- * @param query  What to list: `limit`, `offset`, `name_like`, `order` and `ads` count. Null for all groups
- *               by name, domain groups in directory mode and local groups else.
- * @param err    Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure; 8 the name pattern is longer than 256 bytes.
- */
-QBOBJ_API uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
-                                            ErrorInfo *err);
-
-/**
- * Reads one group. Its statement is one that the database refuses, so that the call always fails: read
- * groups through qbobj_getGroupCollection(), and names through qbobj_getSystemGroup().
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param group In: `resource_id`, or `GroupId` when that is below 1; not written. Not null.
- * @param err   Out: error record, not null.
- * @return 5 always, except 8 no id.
- */
-QBOBJ_API uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
-
-/**
- * Reads the name and the POSIX gid of any group by its id. The directory is asked for an id that is not in
- * the database.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param group In: `resource_id`, or `GroupId` when that is below 1 (negative ids in directory mode only).
- *              Out: the group; not written on failure. Not null.
- * @param err   Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure, no such group, or a negative id outside directory mode;
- *         8 no id.
- */
-QBOBJ_API uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err);
-
-/**
- * Creates groups with their quotas and secondary members; all of the chain or none.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param group In/out: chain of groups; null creates none. `GroupName` is required and must not be that of
- *              any group, a removed one included. `GroupId` is the id (100 to 32767); below 1 the lowest
- *              free one is taken. `GroupQuota` and `SecondaryMember` may be null. Each group created gets
- *              its id in `resource_id`, which counts only when the call succeeds.
- * @param err   Out: error record, not null.
- * @return 0; 5 database failure, an unknown share, a member named twice, or no free id; 8 no or a bad name, an id
- *         out of range, or a member without an id; 803 the name is taken; 804 the id is taken; 806 the name is
- *         too long.
- */
-QBOBJ_API uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
-
-/**
- * Removes groups with their quotas and memberships; all of the chain or none. A removed group is no longer
- * listed, but its name and id stay taken. The default group, and a group that is the primary group of a
- * user, cannot go.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
- *              removes none.
- * @param err   Out: error record, not null.
- * @return 0; 5 database failure; 6 nothing was removed; 8 no id, or no such group; 822 a user's primary
- *         group; 844 the default group.
- */
-QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
-
-/**
- * Changes groups; all of the chain or none. The secondary members are replaced as a whole: a record without
- * `SecondaryMember` takes all of them away.
- * @param qbdb  Handle.
- * @param db    Connection.
- * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
- *              changes none. A `GroupName` that is not null renames the group; the default group does not
- *              follow a new name. Each quota of `GroupQuota` is set, or removed when its `HardMB` is 0; quotas for
- *              other shares stay. The list of members ends at the first one without a `UserName`.
- * @param err   Out: error record, not null.
- * @return 0; 5 database failure, an unknown share, or a member named twice; 8 no id, no such group, a bad name, or a
- *         member without an id; 803 the name is taken; 806 the name is too long.
- */
-QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err);
 
 /* ---- Users, creating ---------------------------------------------------------------------------- */
 
@@ -1094,8 +784,7 @@ QBOBJ_API uint32_t qbobj_addUserList(qbdb_t *qbdb, sqlite3 *db, User *user, Erro
  *         801 the name is taken or stands twice; 806 a name is too long; 809 the user name is reserved.
  */
 QBOBJ_API uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, GroupCollection *groups,
-                                       UserCollection *existingUsers, GroupCollection *existingGroups,
-                                       ErrorInfo *err);
+                                       UserCollection *existingUsers, GroupCollection *existingGroups, ErrorInfo *err);
 
 /* ---- Users, changing and removing --------------------------------------------------------------- */
 
@@ -1134,8 +823,8 @@ QBOBJ_API uint32_t qbobj_modifyUser(qbdb_t *qbdb, sqlite3 *db, User *user, Error
  * @param err       Out: error record, not null.
  * @return 0; 5 database failure.
  */
-QBOBJ_API uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const char *userName,
-                                               const char *groupName, ErrorInfo *err);
+QBOBJ_API uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName,
+                                               ErrorInfo *err);
 
 /**
  * Locks or unlocks the passwords of ordinary local users, cloud users left out. A locked password is kept
@@ -1147,8 +836,8 @@ QBOBJ_API uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const 
  * @param err      Out: error record, not null.
  * @return 0; 5 database failure.
  */
-QBOBJ_API uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db, int32_t enable,
-                                                      const char *userName, ErrorInfo *err);
+QBOBJ_API uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db, int32_t enable, const char *userName,
+                                                      ErrorInfo *err);
 
 /**
  * Sets the folder in which a user sees the snapshots of the home folder.
@@ -1209,8 +898,8 @@ QBOBJ_API uint32_t qbobj_getSmbUserNameMapCollection(qbdb_t *qbdb, sqlite3 *db, 
  * @param err          Out: error record, not null; stays empty.
  * @return The count; 0xFFFFFFFF (-1) when the name is null, the type is not valid, or the database fails.
  */
-QBOBJ_API uint32_t qbobj_getSmbUserNameMapCount(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName,
-                                                const char *type, ErrorInfo *err);
+QBOBJ_API uint32_t qbobj_getSmbUserNameMapCount(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName, const char *type,
+                                                ErrorInfo *err);
 
 /**
  * Adds a row to the SMB user-name map. The same mapping may be stored twice.
@@ -1255,8 +944,7 @@ QBOBJ_API uint32_t qbobj_setSmbUserNameMapUnixUserNameForAll(qbdb_t *qbdb, sqlit
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.
  */
-QBOBJ_API uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map,
-                                                      ErrorInfo *err);
+QBOBJ_API uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map, ErrorInfo *err);
 
 #ifdef __cplusplus
 }

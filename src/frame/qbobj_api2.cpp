@@ -187,6 +187,7 @@ uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *e
 uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
 {
     return framed<x_qbobj_modifyGroup>("qbobj_modifyGroup", qbdb, db, err, group);
+}
 
 // ---- Passwords, account defaults, directory security
 
@@ -262,141 +263,15 @@ uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPub
     return framed<x_qbobj_getSshPublicKeyById>("qbobj_getSshPublicKeyById", qbdb, db, err, id, key);
 }
 
-uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key,
-                                              ErrorInfo *err)
+uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key, ErrorInfo *err)
 {
     return framed<x_qbobj_getSshPublicKeyTiedRootKeyById>("qbobj_getSshPublicKeyTiedRootKeyById", qbdb, db, err, id,
-                                                           key);
+                                                          key);
 }
 
 uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, SshPublicKeyCollection *keys, ErrorInfo *err)
 {
     return framed<x_qbobj_getSshPublicKeyCollection>("qbobj_getSshPublicKeyCollection", qbdb, db, err, keys);
-
-
-}
-// ---- Users, reading
-
-uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, AccountQuery *query,
-                                 int32_t with_password, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUserCollection>("qbobj_getUserCollection", qbdb, db, err, users, query, with_password);
-}
-
-uint32_t qbobj_getUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUser>("qbobj_getUser", qbdb, db, err, user);
-}
-
-uint32_t qbobj_getSystemUser(qbdb_t *qbdb, sqlite3 *db, SystemUser *user, ErrorInfo *err)
-{
-    return framed<x_qbobj_getSystemUser>("qbobj_getSystemUser", qbdb, db, err, user);
-}
-
-uint32_t qbobj_getCloudUser(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, ErrorInfo *err)
-{
-    return framed<x_qbobj_getCloudUser>("qbobj_getCloudUser", qbdb, db, err, users);
-}
-
-uint32_t qbobj_getUserInGroupName(qbdb_t *qbdb, sqlite3 *db, const char *groupName, int32_t primary_only,
-                                  UserCollection *users, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUserInGroupName>("qbobj_getUserInGroupName", qbdb, db, err, groupName, primary_only,
-                                              users);
-}
-
-uint32_t qbobj_getUID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUID>("qbobj_getUID", qbdb, db, err, name, id);
-}
-
-uint32_t qbobj_getUserName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUserName>("qbobj_getUserName", qbdb, db, err, id, name);
-}
-
-uint32_t qbobj_getPosixUID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPosixUID>("qbobj_getPosixUID", qbdb, db, err, name);
-}
-
-uint32_t qbobj_getPosixUIDbyUID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPosixUIDbyUID>("qbobj_getPosixUIDbyUID", qbdb, db, err, id);
-}
-
-uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPosixUIDGID>("qbobj_getPosixUIDGID", qbdb, db, err, name, uid, gid);
-}
-
-uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, uint64_t *bytes, ErrorInfo *err)
-{
-    return framed<x_qbobj_getUserHomeFolderTotalConsumedInByte>("qbobj_getUserHomeFolderTotalConsumedInByte", qbdb, db,
-                                                                err, bytes);
-}
-
-// ---- Groups
-
-uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err)
-{
-    return framed<x_qbobj_getGID>("qbobj_getGID", qbdb, db, err, name, id);
-}
-
-uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err)
-{
-    return framed<x_qbobj_getGroupName>("qbobj_getGroupName", qbdb, db, err, id, name);
-}
-
-uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPrimaryGID>("qbobj_getPrimaryGID", qbdb, db, err, userName, id);
-}
-
-uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPosixGID>("qbobj_getPosixGID", qbdb, db, err, name);
-}
-
-uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err)
-{
-    return framed<x_qbobj_getPosixGIDbyGID>("qbobj_getPosixGIDbyGID", qbdb, db, err, id);
-}
-
-uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName, ErrorInfo *err)
-{
-    return framed<x_qbobj_isMemberOfGroup>("qbobj_isMemberOfGroup", qbdb, db, err, userName, groupName);
-}
-
-uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
-                                  ErrorInfo *err)
-{
-    return framed<x_qbobj_getGroupCollection>("qbobj_getGroupCollection", qbdb, db, err, groups, query);
-}
-
-uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
-{
-    return framed<x_qbobj_getGroup>("qbobj_getGroup", qbdb, db, err, group);
-}
-
-uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err)
-{
-    return framed<x_qbobj_getSystemGroup>("qbobj_getSystemGroup", qbdb, db, err, group);
-}
-
-uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
-{
-    return framed<x_qbobj_addGroup>("qbobj_addGroup", qbdb, db, err, group);
-}
-
-uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
-{
-    return framed<x_qbobj_deleteGroup>("qbobj_deleteGroup", qbdb, db, err, group);
-}
-
-uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
-{
-    return framed<x_qbobj_modifyGroup>("qbobj_modifyGroup", qbdb, db, err, group);
 }
 
 // ---- Users, creating
