@@ -41,8 +41,9 @@ int32_t answer(const CallContext *ctx, const Failure &bad, const Rows &rows, con
 {
     if (bad) return kCheckFailed;
     if (rows.count == 0) return kNotFound;
-    if (found) *found = rows.word(ctx, 0, 0);
-    return kFound;
+    if (!found) return kFound;
+    *found = rows.word(ctx, 0, 0);
+    return *found ? kFound : kCheckFailed;
 }
 
 }  // namespace
