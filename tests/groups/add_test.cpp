@@ -3,7 +3,6 @@
 
 using test::chain;
 using test::new_group;
-using testing::Contains;
 using testing::ElementsAre;
 
 namespace {
@@ -82,8 +81,16 @@ TEST_F(AddGroup, TheFirstFreeSuccessor)
     sql("INSERT INTO `$group`(id,gname,is_privileged) "
         "VALUES(101,'a',0),(102,'b',-1),(103,'c',1),(104,'d',0),(105,'e',0)");
     Group group = new_group("f");
+    take_statements();
     ASSERT_EQ(add(&group), 0u) << err.message;
     EXPECT_EQ(group.resource_id, 106);
+    EXPECT_THAT(
+        take_statements(),
+        ElementsAre(testing::HasSubstr("BEGIN"), "SELECT COUNT(*) FROM `$group` WHERE gname='f'",
+                    "SELECT 100 WHERE NOT EXISTS (SELECT * FROM `$group` WHERE id=100)",
+                    "SELECT G1.id+1 FROM `$group` G1 WHERE G1.id>=100-1 AND G1.id<32767 AND NOT EXISTS (SELECT * FROM "
+                    "`$group` G2 WHERE G2.id=G1.id+1) LIMIT 1",
+                    "INSERT INTO `$group` (id,gname,is_privileged) VALUES(106,'f',0)", "COMMIT"));
 }
 
 TEST_F(AddGroup, AChainGetsOneIdAfterTheOther)
