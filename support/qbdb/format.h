@@ -12,6 +12,9 @@ enum class Lexical : uint8_t { code, single_quoted, double_quoted, back_quoted, 
 /// Follows the lexical state of SQL over `size` bytes. `previous` carries the last byte across calls.
 Lexical follow(Lexical state, char *previous, const char *text, size_t size);
 
+/// Whether a character in code begins a parameter (`?1`, `:name`, `@name`, `$name`) after another.
+bool is_parameter(char previous, char c);
+
 /// What an argument is in the caller's argument list.
 enum class Argument : uint8_t { int32, uint32, character, int64, uint64, text };
 
@@ -34,7 +37,7 @@ struct Plan {
     uint32_t tail;        // length of the literal text after the last conversion
     uint32_t count;
     uint32_t bound;       // how many conversions are bound
-    bool plain;           // holds a conversion that only SQLite's own formatter knows
+    bool plain;           // left to SQLite's own formatter: values cannot be bound in it
     Conversion conversions[kMaxConversions];
 };
 

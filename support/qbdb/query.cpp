@@ -1,7 +1,6 @@
 // The statement calls of the interface: run, read a table, read one value.
 #include <apr_strings.h>
 
-#include <cerrno>
 #include <charconv>
 #include <climits>
 #include <cstdlib>
@@ -96,18 +95,28 @@ bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
     }
 }
 
+bool add_names(Cells *cells, sqlite3_stmt *stmt, int columns)
+{
+    for (int i = 0; i < columns; i++) {
+        const char *name = sqlite3_column_name(stmt, i);
+        if (!name || !cells->add(name, strlen(name))) return false;
+    }
+    return true;
+}
+
 int read_table(const Call &call, sqlite3_stmt *stmt, char ***result, int *nrow, int *ncolumn)
 {
     Cells cells;
-    const int columns = sqlite3_column_count(stmt);
-    for (int i = 0; i < columns; i++) {
-        const char *name = sqlite3_column_name(stmt, i);
-        if (!name || !cells.add(name, strlen(name))) return fail(call, SQLITE_NOMEM, "out of memory");
-    }
+    int columns = 0;
     int rows = 0;
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
         if (rows == INT_MAX) return fail(call, SQLITE_TOOBIG, "too many rows");
+        if (rows == 0) {
+            // Only now: a kept statement takes note of a changed table when it begins to run.
+            columns = sqlite3_column_count(stmt);
+            if (!add_names(&cells, stmt, columns)) return fail(call, SQLITE_NOMEM, "out of memory");
+        }
         for (int i = 0; i < columns; i++)
             if (!add_value(&cells, stmt, i)) return fail(call, SQLITE_NOMEM, "out of memory");
         rows++;
@@ -141,12 +150,26 @@ int finish(const Call &call, sqlite3_stmt *stmt)
     return sqlite3_stmt_readonly(stmt) ? SQLITE_OK : run_through(call, stmt);
 }
 
-/// A number from a cell: an integer as it is, text with base detection as far as it is a number.
-uint64_t column_number(sqlite3_stmt *stmt)
+/// A 32-bit number from a cell: text is decimal, as far as it is a number.
+int32_t column_int32(sqlite3_stmt *stmt)
 {
-    if (sqlite3_column_type(stmt, 0) != SQLITE_TEXT) return static_cast<uint64_t>(sqlite3_column_int64(stmt, 0));
-    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
-    return text ? strtoull(text, nullptr, 0) : 0;
+    return sqlite3_column_int(stmt, 0);
+}
+
+/// A 64-bit number from a cell: text with base detection as far as it is a number.
+uint64_t column_uint64(sqlite3_stmt *stmt)
+{
+    constexpr double kTwoTo63 = 9223372036854775808.0;
+    const int type = sqlite3_column_type(stmt, 0);
+    if (type == SQLITE_TEXT) {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
+        return text ? strtoull(text, nullptr, 0) : 0;
+    }
+    // What does not fit SQLite's integers it keeps as a floating-point number.
+    const double real = type == SQLITE_FLOAT ? sqlite3_column_double(stmt, 0) : 0;
+    if (real >= 2 * kTwoTo63) return UINT64_MAX;
+    if (real >= kTwoTo63) return static_cast<uint64_t>(real);
+    return static_cast<uint64_t>(sqlite3_column_int64(stmt, 0));
 }
 
 }  // namespace
@@ -211,7 +234,10 @@ int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
 
 namespace {
 
-int get_number(const Call &call, uint64_t *value, int *notfound, const char *format, va_list args)
+/// Reads one number with `read`; the value stays as it was without a row and on failure.
+template <class Number>
+int get_number(const Call &call, Number *value, int *notfound, Number (*read)(sqlite3_stmt *), const char *format,
+               va_list args)
 {
     if (notfound) *notfound = 0;
     Statement statement;
@@ -224,7 +250,7 @@ int get_number(const Call &call, uint64_t *value, int *notfound, const char *for
         if (notfound) *notfound = 1;
         return SQLITE_OK;
     }
-    const uint64_t number = qdb::column_number(statement.stmt);
+    const Number number = read(statement.stmt);
     rc = qdb::finish(call, statement.stmt);
     if (rc == SQLITE_OK) *value = number;
     return rc;
@@ -236,12 +262,10 @@ int qbdb_sql_get_int32_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, con
                                int32_t *value, int *notfound, const char *format, ...)
 {
     const Call call{qbdb, db, text, file, line};
-    auto number = static_cast<uint64_t>(static_cast<int64_t>(*value));
     va_list args;
     va_start(args, format);
-    const int rc = get_number(call, &number, notfound, format, args);
+    const int rc = get_number(call, value, notfound, qdb::column_int32, format, args);
     va_end(args);
-    if (rc == SQLITE_OK) *value = static_cast<int32_t>(number);
     return rc;
 }
 
@@ -251,7 +275,7 @@ int qbdb_sql_get_uint64_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
     const Call call{qbdb, db, text, file, line};
     va_list args;
     va_start(args, format);
-    const int rc = get_number(call, value, notfound, format, args);
+    const int rc = get_number(call, value, notfound, qdb::column_uint64, format, args);
     va_end(args);
     return rc;
 }

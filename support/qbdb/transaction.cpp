@@ -14,12 +14,17 @@ int run(const Call &call, sqlite3_stmt *stmt, const char *sql)
     return sqlite3_reset(stmt) & 0xFF;
 }
 
+/// Where the handle notes that it began a transaction on a connection: its own, or one of the caller's.
+sqlite3 *&begun_on(qbdb_private *internal, const sqlite3 *db)
+{
+    return db == internal->db ? internal->begun : internal->begun_elsewhere;
+}
+
 void roll_back(const Call &call)
 {
-    qbdb_private *internal = call.qbdb->internal;
-    internal->begun = nullptr;
+    begun_on(call.qbdb->internal, call.db) = nullptr;
     // SQLite itself rolls back after some failures (a full disk, an I/O error).
-    if (!sqlite3_get_autocommit(call.db)) run(call, internal->rollback, "ROLLBACK");
+    if (!sqlite3_get_autocommit(call.db)) run(call, call.qbdb->internal->rollback, "ROLLBACK");
 }
 
 }  // namespace
@@ -29,7 +34,13 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     (void)flags;
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
-    if (!sqlite3_get_autocommit(db)) return SQLITE_ERROR;
+    sqlite3 *&begun = begun_on(internal, db);
+    if (!sqlite3_get_autocommit(db)) {
+        internal->refused = begun == db ? db : nullptr;
+        return SQLITE_ERROR;
+    }
+    internal->refused = nullptr;
+    begun = nullptr;
     const bool read_only = db == internal->db ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
     // A transaction that starts by reading and then writes fails at once when another process wrote in
     // between, whatever the timeout: so the lock for writing is taken first.
@@ -37,7 +48,7 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     const Call call{qbdb, db, nullptr, file, line};
     if (const int rc = qdb::ask_hook(call, sql)) return static_cast<uint32_t>(rc);
     const int rc = run(call, internal->begin, sql);
-    if (rc == SQLITE_OK) internal->begun = db;
+    if (rc == SQLITE_OK) begun = db;
     return static_cast<uint32_t>(rc);
 }
 
@@ -45,12 +56,13 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
 {
     (void)flags;
     qbdb_private *internal = qbdb->internal;
-    if (!db || internal->begun != db) return SQLITE_ERROR;
+    if (!db || begun_on(internal, db) != db) return SQLITE_ERROR;
+    internal->refused = nullptr;
     const Call call{qbdb, db, nullptr, file, line};
     int rc = qdb::ask_hook(call, "COMMIT");
     if (rc == SQLITE_OK) rc = run(call, internal->commit, "COMMIT");
     if (rc == SQLITE_OK)
-        internal->begun = nullptr;
+        begun_on(internal, db) = nullptr;
     else
         roll_back(call);
     return static_cast<uint32_t>(rc);
@@ -59,7 +71,12 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
 uint32_t qbdb_sql_rollback(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
 {
     (void)flags;
-    if (!db || qbdb->internal->begun != db) return SQLITE_OK;
+    qbdb_private *internal = qbdb->internal;
+    if (!db || begun_on(internal, db) != db) return SQLITE_OK;
+    // The rollback that ends a refused begin: the transaction that stood in its way is not its own.
+    const bool refused = internal->refused == db;
+    internal->refused = nullptr;
+    if (refused) return SQLITE_OK;
     const Call call{qbdb, db, nullptr, file, line};
     qdb::ask_hook(call, "ROLLBACK");
     roll_back(call);
