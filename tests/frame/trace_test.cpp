@@ -26,14 +26,17 @@ std::vector<std::string> texts(const std::vector<LogLine> &log)
     return all;
 }
 
-constexpr int kFarFromSecond_us = 900000;
+constexpr int kLate_us = 900000;
+constexpr int kLag_us = 20000;
 
-/// Waits until a second has begun lately, so that the clock shows one second for all of a short call.
+/// Waits until a second has begun lately, so that the clock shows one second for all of a short call. The
+/// clock that counts seconds lags by some milliseconds behind the one that counts microseconds.
 void early_in_a_second()
 {
     timeval now;
     gettimeofday(&now, nullptr);
-    if (now.tv_usec > kFarFromSecond_us) usleep(static_cast<useconds_t>(1000100 - now.tv_usec));
+    if (now.tv_usec > kLate_us || now.tv_usec < kLag_us)
+        usleep(static_cast<useconds_t>((now.tv_usec < kLag_us ? 0 : 1000000) + kLag_us - now.tv_usec));
 }
 
 struct Trace : test::Database {
@@ -207,7 +210,7 @@ TEST_F(Trace, ElapsedCountsSecondsThatTheEntryTraceBlocked)
             if (lines.size() > 1) return;
             timeval now;
             gettimeofday(&now, nullptr);
-            usleep(static_cast<useconds_t>(1000100 - now.tv_usec));
+            usleep(static_cast<useconds_t>(1020000 - now.tv_usec));
         }
     } sink;
     qbdb->log_level = 4;
