@@ -69,9 +69,9 @@ struct Letter {
 };
 
 constexpr Letter kLetters[] = {
-    {"d", Argument::int32, 'd', true},   {"u", Argument::uint32, 'u', true},  {"c", Argument::character, 'c', false},
-    {"ld", Argument::int64, 'd', true},  {"lu", Argument::uint64, 'u', true}, {"lld", Argument::int64, 'd', true},
-    {"llu", Argument::uint64, 'u', true}, {"s", Argument::text, 's', false},  {"q", Argument::text, 'q', false},
+    {"d", Argument::int32, 'd', true},    {"u", Argument::uint32, 'u', true},  {"c", Argument::character, 'c', false},
+    {"ld", Argument::int64, 'd', true},   {"lu", Argument::uint64, 'u', true}, {"lld", Argument::int64, 'd', true},
+    {"llu", Argument::uint64, 'u', true}, {"s", Argument::text, 's', false},   {"q", Argument::text, 'q', false},
     {"Q", Argument::text, 'Q', true},
 };
 
@@ -96,20 +96,38 @@ Lexical follow(Lexical state, char *previous, const char *text, size_t size)
         const char before = *previous;
         *previous = c;
         switch (state) {
-        case Lexical::code:
-            if (c == '\'') state = Lexical::single_quoted;
-            else if (c == '"') state = Lexical::double_quoted;
-            else if (c == '`') state = Lexical::back_quoted;
-            else if (c == '[') state = Lexical::bracketed;
-            else if (c == '-' && before == '-') state = Lexical::line_comment;
-            else if (c == '*' && before == '/') { state = Lexical::block_comment; *previous = '\0'; }
-            break;
-        case Lexical::single_quoted: if (c == '\'') state = Lexical::code; break;
-        case Lexical::double_quoted: if (c == '"') state = Lexical::code; break;
-        case Lexical::back_quoted: if (c == '`') state = Lexical::code; break;
-        case Lexical::bracketed: if (c == ']') state = Lexical::code; break;
-        case Lexical::line_comment: if (c == '\n') state = Lexical::code; break;
-        case Lexical::block_comment: if (c == '/' && before == '*') { state = Lexical::code; *previous = '\0'; } break;
+            case Lexical::code:
+                if (c == '\'') state = Lexical::single_quoted;
+                else if (c == '"') state = Lexical::double_quoted;
+                else if (c == '`') state = Lexical::back_quoted;
+                else if (c == '[') state = Lexical::bracketed;
+                else if (c == '-' && before == '-') state = Lexical::line_comment;
+                else if (c == '*' && before == '/') {
+                    state = Lexical::block_comment;
+                    *previous = '\0';
+                }
+                break;
+            case Lexical::single_quoted:
+                if (c == '\'') state = Lexical::code;
+                break;
+            case Lexical::double_quoted:
+                if (c == '"') state = Lexical::code;
+                break;
+            case Lexical::back_quoted:
+                if (c == '`') state = Lexical::code;
+                break;
+            case Lexical::bracketed:
+                if (c == ']') state = Lexical::code;
+                break;
+            case Lexical::line_comment:
+                if (c == '\n') state = Lexical::code;
+                break;
+            case Lexical::block_comment:
+                if (c == '/' && before == '*') {
+                    state = Lexical::code;
+                    *previous = '\0';
+                }
+                break;
         }
     }
     return state;
@@ -153,8 +171,8 @@ Plan *make_plan(const char *format)
         conversion.state = state;
         conversion.literal = static_cast<uint32_t>(out - piece);
         // `col%d` or `x%Q` is part of a longer word: only a free-standing conversion is a value.
-        conversion.bound = letter->value && state == Lexical::code && !grammar.in_column_list() && !(previous && glues(previous)) &&
-                           !(*after && (glues(*after) || *after == '%'));
+        conversion.bound = letter->value && state == Lexical::code && !grammar.in_column_list() &&
+                           !(previous && glues(previous)) && !(*after && (glues(*after) || *after == '%'));
         plan->bound += conversion.bound;
         previous = 'x';
         piece = out;

@@ -9,11 +9,11 @@
 namespace qdb {
 struct StatementCache;
 struct Entry;
-}
+}  // namespace qdb
 
 struct qbdb_private {
     apr_allocator_t *allocator;
-    sqlite3 *db;        // the connection that qbdb_open opened
+    sqlite3 *db;               // the connection that qbdb_open opened
     sqlite3 *begun;            // `db` while a transaction of ours is open on it, else null
     sqlite3 *begun_elsewhere;  // the same for a connection that the caller opened
     sqlite3 *refused;          // the last call was a begin here that found our transaction open; else null
@@ -23,6 +23,7 @@ struct qbdb_private {
     sqlite3_stmt *begin;
     sqlite3_stmt *commit;
     sqlite3_stmt *rollback;
+    bool renew_rollback;  // the statement may need memory when it next runs
     qdb::StatementCache *cache;
     qbdb_log_hook log_hook;
     void *log_context;

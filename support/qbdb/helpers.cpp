@@ -80,8 +80,8 @@ bool used_bytes(char *path, uint64_t *bytes)
     const int size = snprintf(parent, sizeof parent, "%s/..", path);
     if (size < 0 || size >= static_cast<int>(sizeof parent) || lstat(path, &own) != 0) return false;
     struct statvfs space;
-    const bool mounted = S_ISDIR(own.st_mode) && stat(parent, &above) == 0 &&
-                         (own.st_dev != above.st_dev || own.st_ino == above.st_ino);
+    const bool mounted =
+        S_ISDIR(own.st_mode) && stat(parent, &above) == 0 && (own.st_dev != above.st_dev || own.st_ino == above.st_ino);
     if (!mounted || statvfs(path, &space) != 0) return tree_size(path, bytes);
     *bytes = static_cast<uint64_t>(space.f_blocks - space.f_bfree) * space.f_frsize;
     return true;

@@ -36,7 +36,8 @@ const Directory kUsers = {
         const qbdb_directory_hooks &hooks = internal->directory;
         if (hooks.uid_by_name) return hooks.uid_by_name(hooks.context, name);
         int32_t id = -1;
-        qdb::ask_name_service(getpwnam_r, name, [&id](const passwd &entry) { id = static_cast<int32_t>(entry.pw_uid); });
+        qdb::ask_name_service(getpwnam_r, name,
+                              [&id](const passwd &entry) { id = static_cast<int32_t>(entry.pw_uid); });
         return id;
     },
     [](const qbdb_private *internal, int32_t uid, char *name, size_t size) -> int {

@@ -74,8 +74,8 @@ int check_version(const Opening &opening, int64_t version)
 {
     if (version == QBDB_SCHEMA_VERSION) return SQLITE_OK;
     char why[128];
-    snprintf(why, sizeof why, "has schema version %lld; this library reads version %d",
-             static_cast<long long>(version), QBDB_SCHEMA_VERSION);
+    snprintf(why, sizeof why, "has schema version %lld; this library reads version %d", static_cast<long long>(version),
+             QBDB_SCHEMA_VERSION);
     return refuse(opening, SQLITE_NOTADB, why);
 }
 
@@ -136,8 +136,8 @@ int add_volume(sqlite3 *db, const char *volume)
 {
     sqlite3_stmt *stmt = nullptr;
     int rc = SQLITE_OK;
-    for (const char *sql : {"INSERT INTO _volume (id,lv_name) VALUES(?1,?1)",
-                            "UPDATE account_default SET home_volume_id=?1"}) {
+    for (const char *sql :
+         {"INSERT INTO _volume (id,lv_name) VALUES(?1,?1)", "UPDATE account_default SET home_volume_id=?1"}) {
         rc = sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
         if (rc == SQLITE_OK) rc = sqlite3_bind_text(stmt, 1, volume, -1, SQLITE_STATIC);
         if (rc == SQLITE_OK) sqlite3_step(stmt);
@@ -229,7 +229,10 @@ int open_connection(const Opening &opening, unsigned mode, const char *volume, q
 
 pthread_once_t apr_once = PTHREAD_ONCE_INIT;
 
-void start_apr() { apr_initialize(); }
+void start_apr()
+{
+    apr_initialize();
+}
 
 qbdb_t *make_handle()
 {
@@ -259,8 +262,7 @@ qbdb_t *make_handle()
 
 }  // namespace
 
-int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db, char *text,
-              size_t size)
+int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db, char *text, size_t size)
 {
     *qbdb = nullptr;
     *db = nullptr;

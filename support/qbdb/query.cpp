@@ -11,69 +11,80 @@
 namespace qdb {
 namespace {
 
+/// An array that begins in place and moves to the heap when it outgrows that: most results are a row or two.
+template <class T, size_t InPlace>
+struct Growing {
+    T *items = in_place;
+    uint64_t count = 0;
+    uint64_t capacity = InPlace;
+    T in_place[InPlace];
+
+    Growing() {}  // the place is not worth clearing
+    Growing(const Growing &) = delete;
+    Growing &operator=(const Growing &) = delete;
+    ~Growing()
+    {
+        if (items != in_place) sqlite3_free(items);
+    }
+
+    /// Room for more items, or null without memory.
+    T *extend(uint64_t more)
+    {
+        if (count + more > capacity && !grow(count + more)) return nullptr;
+        T *room = items + count;
+        count += more;
+        return room;
+    }
+
+private:
+    bool grow(uint64_t wanted)
+    {
+        const bool first = items == in_place;
+        void *grown = sqlite3_realloc64(first ? nullptr : items, wanted * 2 * sizeof(T));
+        if (!grown) return false;
+        if (first) memcpy(grown, in_place, count * sizeof(T));
+        items = static_cast<T *>(grown);
+        capacity = wanted * 2;
+        return true;
+    }
+};
+
 /// A result while it is read: cell texts one after the other, and where each begins.
 struct Cells {
     static constexpr uint64_t kNull = UINT64_MAX;
-    char *bytes = nullptr;
-    uint64_t used = 0;
-    uint64_t capacity = 0;
-    uint64_t *starts = nullptr;
-    uint64_t count = 0;
-    uint64_t room = 0;
-
-    Cells() = default;
-    Cells(const Cells &) = delete;
-    Cells &operator=(const Cells &) = delete;
-    ~Cells()
-    {
-        sqlite3_free(bytes);
-        sqlite3_free(starts);
-    }
-
-    static bool grow(void **block, uint64_t *capacity, uint64_t wanted, size_t unit)
-    {
-        if (wanted <= *capacity) return true;
-        const uint64_t size = wanted * 2 > 64 ? wanted * 2 : 64;
-        void *grown = sqlite3_realloc64(*block, size * unit);
-        if (!grown) return false;
-        *block = grown;
-        *capacity = size;
-        return true;
-    }
+    Growing<char, 1024> bytes;
+    Growing<uint64_t, 64> starts;
 
     bool add_start(uint64_t start)
     {
-        void *block = starts;
-        if (!grow(&block, &room, count + 1, sizeof *starts)) return false;
-        starts = static_cast<uint64_t *>(block);
-        starts[count++] = start;
-        return true;
+        uint64_t *slot = starts.extend(1);
+        if (slot) *slot = start;
+        return slot != nullptr;
     }
 
     bool add(const char *text, size_t size)
     {
-        void *block = bytes;
-        if (!grow(&block, &capacity, used + size + 1, 1)) return false;
-        bytes = static_cast<char *>(block);
-        if (!add_start(used)) return false;
-        if (size) memcpy(bytes + used, text, size);
-        used += size;
-        bytes[used++] = '\0';
-        return true;
+        const uint64_t start = bytes.count;
+        char *room = bytes.extend(size + 1);
+        if (!room) return false;
+        if (size) memcpy(room, text, size);
+        room[size] = '\0';
+        return add_start(start);
     }
 
     /// The get-table form in one block. sqlite3_free_table reads the number of pointers it has to free
     /// one by one from the word before the first: 1 tells it that there is nothing but the block.
     char **finish() const
     {
-        const uint64_t head = (count + 1) * sizeof(char *);
-        auto *table = static_cast<char **>(sqlite3_malloc64(head + used));
+        const uint64_t head = (starts.count + 1) * sizeof(char *);
+        auto *table = static_cast<char **>(sqlite3_malloc64(head + bytes.count));
         if (!table) return nullptr;
         const intptr_t nothing_to_free = 1;
         memcpy(&table[0], &nothing_to_free, sizeof nothing_to_free);
         char *text = reinterpret_cast<char *>(table) + head;
-        if (used) memcpy(text, bytes, used);
-        for (uint64_t i = 0; i < count; i++) table[i + 1] = starts[i] == kNull ? nullptr : text + starts[i];
+        if (bytes.count) memcpy(text, bytes.items, bytes.count);
+        for (uint64_t i = 0; i < starts.count; i++)
+            table[i + 1] = starts.items[i] == kNull ? nullptr : text + starts.items[i];
         return table + 1;
     }
 };
@@ -81,17 +92,17 @@ struct Cells {
 bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
 {
     switch (sqlite3_column_type(stmt, column)) {
-    case SQLITE_NULL: return cells->add_start(Cells::kNull);
-    case SQLITE_INTEGER: {
-        char digits[24];
-        const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
-        return cells->add(digits, static_cast<size_t>(end - digits));
-    }
-    default: {
-        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
-        // A stored NUL ends the text for every reader of the table.
-        return text && cells->add(text, strlen(text));
-    }
+        case SQLITE_NULL: return cells->add_start(Cells::kNull);
+        case SQLITE_INTEGER: {
+            char digits[24];
+            const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
+            return cells->add(digits, static_cast<size_t>(end - digits));
+        }
+        default: {
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+            // A stored NUL ends the text for every reader of the table.
+            return text && cells->add(text, strlen(text));
+        }
     }
 }
 

@@ -15,8 +15,8 @@
 namespace qdb {
 namespace {
 
-constexpr uint32_t kPlanSlots = 1024;    // power of two
-constexpr uint32_t kEntrySlots = 512;    // power of two
+constexpr uint32_t kPlanSlots = 1024;  // power of two
+constexpr uint32_t kEntrySlots = 512;  // power of two
 constexpr uint32_t kDefaultBound = 256;
 
 }  // namespace
@@ -38,8 +38,8 @@ namespace {
 struct PlanSlot {
     const char *format;  // the caller's pointer, only compared
     Plan *plan;
-    Entry *entry;        // its statement, when nothing is spliced
-    bool busy;           // its plan is being used
+    Entry *entry;  // its statement, when nothing is spliced
+    bool busy;     // its plan is being used
 };
 
 /// One argument of a call, read from the argument list.
@@ -253,15 +253,15 @@ void read_values(const Plan *plan, Value *values, va_list args)
         Value &value = values[i];
         value = {};
         switch (plan->conversions[i].argument) {
-        case Argument::int32:
-        case Argument::character: value.number = va_arg(args, int); break;
-        case Argument::uint32: value.number = va_arg(args, unsigned); break;
-        case Argument::int64: value.number = va_arg(args, long long); break;
-        case Argument::uint64:
-            value.wide = va_arg(args, unsigned long long);
-            value.number = static_cast<int64_t>(value.wide);
-            break;
-        case Argument::text: value.text = va_arg(args, const char *); break;
+            case Argument::int32:
+            case Argument::character: value.number = va_arg(args, int); break;
+            case Argument::uint32: value.number = va_arg(args, unsigned); break;
+            case Argument::int64: value.number = va_arg(args, long long); break;
+            case Argument::uint64:
+                value.wide = va_arg(args, unsigned long long);
+                value.number = static_cast<int64_t>(value.wide);
+                break;
+            case Argument::text: value.text = va_arg(args, const char *); break;
         }
     }
 }
@@ -279,14 +279,11 @@ bool splice(const Conversion &conversion, const Value &value, Buffer *out)
     const char *text = scratch;
     if (is_wide(conversion, value))
         sqlite3_snprintf(sizeof scratch, scratch, "%llu", static_cast<sqlite3_uint64>(value.wide));
-    else if (conversion.letter == 's')
-        text = value.text ? value.text : "";
-    else if (conversion.letter == 'c')
-        sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
+    else if (conversion.letter == 's') text = value.text ? value.text : "";
+    else if (conversion.letter == 'c') sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
     else if (conversion.letter == 'q' || conversion.letter == 'Q')
         text = owned = sqlite3_mprintf(conversion.letter == 'q' ? "%q" : "%Q", value.text);
-    else
-        sqlite3_snprintf(sizeof scratch, scratch, "%lld", static_cast<sqlite3_int64>(value.number));
+    else sqlite3_snprintf(sizeof scratch, scratch, "%lld", static_cast<sqlite3_int64>(value.number));
     if (!text) {
         out->failed = true;
         return true;
@@ -345,12 +342,9 @@ int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Va
         number++;
         if (is_wide(conversion, values[i])) continue;
         int rc;
-        if (conversion.argument != Argument::text)
-            rc = sqlite3_bind_int64(stmt, number, values[i].number);
-        else if (values[i].text)
-            rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
-        else
-            rc = sqlite3_bind_null(stmt, number);
+        if (conversion.argument != Argument::text) rc = sqlite3_bind_int64(stmt, number, values[i].number);
+        else if (values[i].text) rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
+        else rc = sqlite3_bind_null(stmt, number);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
     return SQLITE_OK;
@@ -472,8 +466,7 @@ int prepare(const Call &call, Statement *statement, const char *format, va_list 
     }
     // Only the handle's own connection is sure to be closed after its statements are finalised.
     StatementCache *cache = call.db == call.qbdb->internal->db ? call.qbdb->internal->cache : nullptr;
-    return cache ? prepare_cached(call, cache, statement, format, args)
-                 : prepare_plain(call, statement, format, args);
+    return cache ? prepare_cached(call, cache, statement, format, args) : prepare_plain(call, statement, format, args);
 }
 
 int run(const Call &call, const char *sql)

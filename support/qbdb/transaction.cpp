@@ -20,11 +20,28 @@ sqlite3 *&begun_on(qbdb_private *internal, const sqlite3 *db)
     return db == internal->db ? internal->begun : internal->begun_elsewhere;
 }
 
-void roll_back(const Call &call)
+int roll_back(const Call &call)
 {
-    begun_on(call.qbdb->internal, call.db) = nullptr;
+    qbdb_private *internal = call.qbdb->internal;
+    int rc = SQLITE_OK;
     // SQLite itself rolls back after some failures (a full disk, an I/O error).
-    if (!sqlite3_get_autocommit(call.db)) run(call, call.qbdb->internal->rollback, "ROLLBACK");
+    if (!sqlite3_get_autocommit(call.db)) rc = run(call, internal->rollback, "ROLLBACK");
+    internal->renew_rollback = internal->renew_rollback || call.db == internal->db;
+    if (sqlite3_get_autocommit(call.db)) begun_on(internal, call.db) = nullptr;
+    return rc;
+}
+
+/// A rollback that takes back a change of the schema makes all prepared statements prepare themselves again
+/// when they next run. The next rollback must not need memory, so it is prepared again before it is needed.
+int renew_rollback(qbdb_private *internal)
+{
+    sqlite3_stmt *stmt = nullptr;
+    const int rc = sqlite3_prepare_v3(internal->db, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &stmt, nullptr);
+    if (rc != SQLITE_OK) return rc & 0xFF;
+    sqlite3_finalize(internal->rollback);
+    internal->rollback = stmt;
+    internal->renew_rollback = false;
+    return SQLITE_OK;
 }
 
 }  // namespace
@@ -47,7 +64,8 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     const char *sql = read_only ? "BEGIN" : "BEGIN IMMEDIATE";
     const Call call{qbdb, db, nullptr, file, line};
     if (const int rc = qdb::ask_hook(call, sql)) return static_cast<uint32_t>(rc);
-    const int rc = run(call, internal->begin, sql);
+    int rc = internal->renew_rollback && db == internal->db ? renew_rollback(internal) : SQLITE_OK;
+    if (rc == SQLITE_OK) rc = run(call, internal->begin, sql);
     if (rc == SQLITE_OK) begun = db;
     return static_cast<uint32_t>(rc);
 }
@@ -61,10 +79,8 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
     const Call call{qbdb, db, nullptr, file, line};
     int rc = qdb::ask_hook(call, "COMMIT");
     if (rc == SQLITE_OK) rc = run(call, internal->commit, "COMMIT");
-    if (rc == SQLITE_OK)
-        begun_on(internal, db) = nullptr;
-    else
-        roll_back(call);
+    if (rc == SQLITE_OK) begun_on(internal, db) = nullptr;
+    else roll_back(call);
     return static_cast<uint32_t>(rc);
 }
 
@@ -79,6 +95,5 @@ uint32_t qbdb_sql_rollback(qbdb_t *qbdb, sqlite3 *db, int flags, const char *fil
     if (refused) return SQLITE_OK;
     const Call call{qbdb, db, nullptr, file, line};
     qdb::ask_hook(call, "ROLLBACK");
-    roll_back(call);
-    return SQLITE_OK;
+    return static_cast<uint32_t>(roll_back(call));
 }

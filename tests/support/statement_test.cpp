@@ -38,7 +38,8 @@ struct Statements : test::Database {
         char **table = nullptr;
         int rows = -1;
         int columns = -1;
-        const int rc = qbdb_sql_get_table_mprintf(qbdb, db, &text, "here.cpp", 8, &table, &rows, &columns, format, args...);
+        const int rc =
+            qbdb_sql_get_table_mprintf(qbdb, db, &text, "here.cpp", 8, &table, &rows, &columns, format, args...);
         cells->clear();
         if (rc) {
             EXPECT_EQ(table, nullptr);
@@ -52,7 +53,8 @@ struct Statements : test::Database {
     static void take(Table *cells, char **table, int rows, int columns)
     {
         cells->push_back(std::to_string(rows) + "x" + std::to_string(columns));
-        for (int i = 0; table && i < (rows + 1) * columns; i++) cells->push_back(table[i] ? std::string("=") + table[i] : "NULL");
+        for (int i = 0; table && i < (rows + 1) * columns; i++)
+            cells->push_back(table[i] ? std::string("=") + table[i] : "NULL");
         sqlite3_free_table(table);
     }
 
@@ -152,8 +154,10 @@ const PlanCase kPlans[] = {
     {"SELECT @a, %d", "plain"},
     {"SELECT $a, %d", "plain"},
     {"SELECT ':a ?1 $x', a$b, `$user` FROM t WHERE a=%d", "b"},
-    {"SELECT %d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d", "bbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbb"},
-    {"SELECT %d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d", "plain"},
+    {"SELECT %d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d",
+     "bbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbb"},
+    {"SELECT %d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d,%d",
+     "plain"},
     {"", "plain"},
 };
 
@@ -163,7 +167,9 @@ INSTANTIATE_TEST_SUITE_P(Formats, Plans, testing::ValuesIn(kPlans));
 
 TEST_F(Statements, GiveWhatSqliteGives)
 {
-    EXPECT_EQ(exec("INSERT INTO t VALUES(1,'anna',10,NULL),(2,'it''s',-5,x'00ff'),(3,NULL,9223372036854775807,1.5),(4,'',0,'')"), 0);
+    EXPECT_EQ(exec("INSERT INTO t "
+                   "VALUES(1,'anna',10,NULL),(2,'it''s',-5,x'00ff'),(3,NULL,9223372036854775807,1.5),(4,'',0,'')"),
+              0);
     EXPECT_EQ(exec("INSERT INTO `$odd name` VALUES(1,'a')"), 0);
     same("SELECT * FROM t");
     same("SELECT * FROM t WHERE id=%d", 2);
@@ -226,8 +232,9 @@ TEST_F(Statements, GiveWhatSqliteGivesForRandomRows)
 {
     std::mt19937_64 random(20240611);
     const auto pick = [&random](size_t n) { return random() % n; };
-    const std::string bytes[] = {"", "'", "''", "\"", "`", "%", "%%", "?", "?1", ";", "--", "/*", "*/", "\n", "\\", "[", "]", "\xC3\xA4",
-                                 "\xE2\x82\xAC", "a", "B", "0", "12", "-1", "1e3", " ", "$x", ":y", "@z", "NULL"};
+    const std::string bytes[] = {"",   "'",  "''", "\"", "`",   "%", "%%", "?",        "?1",           ";",
+                                 "--", "/*", "*/", "\n", "\\",  "[", "]",  "\xC3\xA4", "\xE2\x82\xAC", "a",
+                                 "B",  "0",  "12", "-1", "1e3", " ", "$x", ":y",       "@z",           "NULL"};
     const auto word = [&] {
         std::string made;
         for (size_t n = pick(6); n; n--) made += bytes[pick(std::size(bytes))];
@@ -259,16 +266,21 @@ TEST_F(Statements, GiveWhatSqliteGivesForRandomRows)
         const auto big = static_cast<long long>(random());
         const auto wide = static_cast<unsigned long long>(random());
         switch (round % 10) {
-        case 0: same("SELECT id,name FROM t WHERE name=%Q OR name='%q'", a.c_str(), b.c_str()); break;
-        case 1: same("SELECT id,n FROM t WHERE n<%lld AND id>%d LIMIT %d", big, n % 300, n % 9); break;
-        case 2: same("SELECT %llu AS w, typeof(%llu) AS y, %lu AS v, %u AS u", wide, wide, wide, static_cast<unsigned>(n)); break;
-        case 3: same("SELECT id FROM t WHERE name LIKE '%%%q%%' ESCAPE '!' OR n=%lld", a.c_str(), big); break;
-        case 4: same("SELECT %Q AS a, '%q' AS b, %d AS c, '%d' AS d", a.c_str(), b.c_str(), n, n); break;
-        case 5: same("SELECT '%s' AS a, %d AS b", a.c_str(), n); break;
-        case 6: same("SELECT %s AS a, %d AS b", a.c_str(), n); break;
-        case 7: same("SELECT %d AS b, id%sid AS a FROM t WHERE id<%d", n, a.c_str(), 4); break;
-        case 8: same("SELECT `%s`, %d AS b FROM t WHERE id=%d", a.c_str(), n, 1); break;
-        default: same("SELECT /* %s */ %d AS b, %Q AS c -- %s\n, 1 AS d", a.c_str(), n, a.c_str(), b.c_str()); break;
+            case 0: same("SELECT id,name FROM t WHERE name=%Q OR name='%q'", a.c_str(), b.c_str()); break;
+            case 1: same("SELECT id,n FROM t WHERE n<%lld AND id>%d LIMIT %d", big, n % 300, n % 9); break;
+            case 2:
+                same("SELECT %llu AS w, typeof(%llu) AS y, %lu AS v, %u AS u", wide, wide, wide,
+                     static_cast<unsigned>(n));
+                break;
+            case 3: same("SELECT id FROM t WHERE name LIKE '%%%q%%' ESCAPE '!' OR n=%lld", a.c_str(), big); break;
+            case 4: same("SELECT %Q AS a, '%q' AS b, %d AS c, '%d' AS d", a.c_str(), b.c_str(), n, n); break;
+            case 5: same("SELECT '%s' AS a, %d AS b", a.c_str(), n); break;
+            case 6: same("SELECT %s AS a, %d AS b", a.c_str(), n); break;
+            case 7: same("SELECT %d AS b, id%sid AS a FROM t WHERE id<%d", n, a.c_str(), 4); break;
+            case 8: same("SELECT `%s`, %d AS b FROM t WHERE id=%d", a.c_str(), n, 1); break;
+            default:
+                same("SELECT /* %s */ %d AS b, %Q AS c -- %s\n, 1 AS d", a.c_str(), n, a.c_str(), b.c_str());
+                break;
         }
     }
 }
@@ -386,7 +398,8 @@ TEST_F(Statements, NumbersStayAsTheyWereOnFailure)
     EXPECT_EQ(qbdb_sql_get_int32_mprintf(qbdb, db, &text, "f", 1, &i32, nullptr, "SELECT a FROM nowhere"), 1);
     EXPECT_STREQ(text, "no such table: nowhere");
     EXPECT_EQ(qbdb_sql_get_uint64_mprintf(qbdb, db, nullptr, "f", 1, &u64, nullptr, "SELECT abs(%lld)",
-                                          static_cast<long long>(INT64_MIN)), 1);
+                                          static_cast<long long>(INT64_MIN)),
+              1);
     // The row is read, then the rest of the statement fails: nothing is taken from it.
     sql("CREATE TABLE u (a UNIQUE); INSERT INTO u VALUES(1);"
         "CREATE TRIGGER g AFTER UPDATE ON t BEGIN INSERT INTO u VALUES(1); END; INSERT INTO t(id,n) VALUES(1,5)");
@@ -451,7 +464,8 @@ TEST_F(Statements, TheLeastRecentlyUsedGoesFirst)
 TEST_F(Statements, TheCacheStaysWithinItsBound)
 {
     qbdb_set_statement_cache(qbdb, 20);
-    for (int i = 0; i < 500; i++) EXPECT_EQ(scalar("SELECT %d AS c%s", i, std::to_string(i).c_str()), std::to_string(i));
+    for (int i = 0; i < 500; i++)
+        EXPECT_EQ(scalar("SELECT %d AS c%s", i, std::to_string(i).c_str()), std::to_string(i));
     EXPECT_EQ(held(), 20u);
     std::vector<std::string> formats;
     for (int i = 0; i < 3000; i++) formats.push_back("SELECT " + std::to_string(i) + "+%d");
@@ -576,13 +590,19 @@ TEST_F(Statements, PreparingMayCallBack)
     static sqlite3_module module{};
     module.xConnect = connect_module;
     module.xBestIndex = [](sqlite3_vtab *, sqlite3_index_info *) { return SQLITE_OK; };
-    module.xDisconnect = [](sqlite3_vtab *vtab) { sqlite3_free(vtab); return SQLITE_OK; };
+    module.xDisconnect = [](sqlite3_vtab *vtab) {
+        sqlite3_free(vtab);
+        return SQLITE_OK;
+    };
     module.xOpen = [](sqlite3_vtab *, sqlite3_vtab_cursor **cursor) {
         *cursor = static_cast<sqlite3_vtab_cursor *>(sqlite3_malloc(sizeof(sqlite3_vtab_cursor)));
         memset(*cursor, 0, sizeof **cursor);
         return SQLITE_OK;
     };
-    module.xClose = [](sqlite3_vtab_cursor *cursor) { sqlite3_free(cursor); return SQLITE_OK; };
+    module.xClose = [](sqlite3_vtab_cursor *cursor) {
+        sqlite3_free(cursor);
+        return SQLITE_OK;
+    };
     module.xFilter = [](sqlite3_vtab_cursor *, int, const char *, int, sqlite3_value **) { return SQLITE_OK; };
     module.xNext = [](sqlite3_vtab_cursor *) { return SQLITE_OK; };
     module.xEof = [](sqlite3_vtab_cursor *) { return 1; };
@@ -652,10 +672,11 @@ TEST_F(Statements, TheHookSeesEachStatementWithItsValues)
     EXPECT_EQ(qbdb_sql_commit(qbdb, db, 0, "d.cpp", 4), 0u);
     EXPECT_EQ(qbdb_sql_begin(qbdb, db, 0, "e.cpp", 5), 0u);
     EXPECT_EQ(qbdb_sql_rollback(qbdb, db, 0, "f.cpp", 6), 0u);
-    EXPECT_THAT(hook.texts(), ElementsAre("a.cpp:1 BEGIN IMMEDIATE", "here.cpp:7 INSERT INTO t(id,name) VALUES(1,'it''s')",
-                                          "here.cpp:8 SELECT id FROM t WHERE id=1", "here.cpp:9 SELECT 18446744073709551615",
-                                          "b.cpp:2 SELECT 2", "c.cpp:3 SELECT 3", "d.cpp:4 COMMIT",
-                                          "e.cpp:5 BEGIN IMMEDIATE", "f.cpp:6 ROLLBACK"));
+    EXPECT_THAT(hook.texts(),
+                ElementsAre("a.cpp:1 BEGIN IMMEDIATE", "here.cpp:7 INSERT INTO t(id,name) VALUES(1,'it''s')",
+                            "here.cpp:8 SELECT id FROM t WHERE id=1", "here.cpp:9 SELECT 18446744073709551615",
+                            "b.cpp:2 SELECT 2", "c.cpp:3 SELECT 3", "d.cpp:4 COMMIT", "e.cpp:5 BEGIN IMMEDIATE",
+                            "f.cpp:6 ROLLBACK"));
     qbdb_set_statement_hook(qbdb, nullptr, nullptr);
     EXPECT_EQ(scalar("SELECT 1"), "1");
     EXPECT_EQ(hook.seen.size(), 9u);
