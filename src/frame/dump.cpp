@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "frame/records.h"
-#include "qbdb.h"
+#include "frame/report.h"
 
 namespace {
 
@@ -57,21 +57,25 @@ void dump_object_field(const Sink &sink, const QbobjField *field, const void *re
     }
 }
 
+bool is_number(char kind)
+{
+    return kind == 'i' || kind == 'u' || kind == 'l' || kind == 'n';
+}
+
 void dump_field(const Sink &sink, const QbobjField *field, const void *record, int depth)
 {
     const char *blanks = indent(depth);
-    const bool number = field->kind != 's' && field->kind != 'o';
     // The stream form prints an optional number whatever its indicator says.
-    if (number && (field->flags & QBOBJ_FIELD_OPTIONAL) && !sink.stream && is_void(field, record))
+    if (is_number(field->kind) && (field->flags & QBOBJ_FIELD_OPTIONAL) && !sink.stream && is_void(field, record))
         return sink.write("%s%c %s = void\n", blanks, field->kind, field->name);
     switch (field->kind) {
-    case 'i': return sink.write("%s%c %s = %d\n", blanks, 'i', field->name, value_of<int32_t>(field, record));
-    case 'u': return sink.write("%s%c %s = %u\n", blanks, 'u', field->name, value_of<uint32_t>(field, record));
-    case 'l': return sink.write("%s%c %s = %ld\n", blanks, 'l', field->name, value_of<int64_t>(field, record));
-    case 'n': return sink.write("%s%c %s = %lu\n", blanks, 'n', field->name, value_of<uint64_t>(field, record));
-    case 's': return sink.write("%s%c %s = %s\n", blanks, 's', field->name, value_of<const char *>(field, record));
-    case 'o': return dump_object_field(sink, field, record, depth);
-    default: return;
+        case 'i': return sink.write("%s%c %s = %d\n", blanks, 'i', field->name, value_of<int32_t>(field, record));
+        case 'u': return sink.write("%s%c %s = %u\n", blanks, 'u', field->name, value_of<uint32_t>(field, record));
+        case 'l': return sink.write("%s%c %s = %ld\n", blanks, 'l', field->name, value_of<int64_t>(field, record));
+        case 'n': return sink.write("%s%c %s = %lu\n", blanks, 'n', field->name, value_of<uint64_t>(field, record));
+        case 's': return sink.write("%s%c %s = %s\n", blanks, 's', field->name, value_of<const char *>(field, record));
+        case 'o': return dump_object_field(sink, field, record, depth);
+        default: return;
     }
 }
 
@@ -98,14 +102,17 @@ void dump_object(const Sink &sink, const QbobjField *type, const void *record, i
 
 }  // namespace
 
-void qbobj_api2_utils_dump_object(qbdb_t *qbdb, const QbobjField *type, const void *record, int depth,
-                                  const char *file, uint32_t line)
+void qbobj_api2_utils_dump_object(qbdb_t *qbdb, const QbobjField *type, const void *record, int depth, const char *file,
+                                  uint32_t line)
 {
+    QB_ASSERT(qbdb);
+    QB_ASSERT(type);
     dump_object({nullptr, qbdb, file, line}, type, record, depth);
 }
 
 void qbobj_api2_dump_struct(FILE *stream, const char *name, const void *record)
 {
+    QB_ASSERT(stream);
     const Sink sink{stream, nullptr, nullptr, 0};
     sink.write("*** Dump %s ***\n", name);
     if (const QbobjField *type = qbobj_find_type(name)) dump_object(sink, type, record, 0);

@@ -20,13 +20,15 @@ uint64_t Rows::uint64(int row, int column) const
 
 const char *Rows::text(const CallContext *ctx, int row, int column) const
 {
-    return copy_text(ctx, cell(row, column));
+    const char *text = cell(row, column);
+    const char *copy = copy_text(ctx, text);
+    if (text && !copy) short_of_memory = true;
+    return copy;
 }
 
 const char *Rows::word(const CallContext *ctx, int row, int column) const
 {
-    const char *text = cell(row, column);
-    return text && *text ? copy_text(ctx, text) : "";
+    return is_set(cell(row, column)) ? text(ctx, row, column) : "";
 }
 
 }  // namespace qb

@@ -31,6 +31,7 @@ struct Rows {
     char **table = nullptr;
     int count = 0;
     int columns = 0;
+    mutable bool short_of_memory = false;  // set when a copy of a cell was not possible
 
     Rows() = default;
     Rows(const Rows &) = delete;
@@ -43,9 +44,9 @@ struct Rows {
     int32_t int32(int row, int column) const;
     /// A cell as an unsigned 64-bit number, its base detected (0x1F, 017); 0 for NULL.
     uint64_t uint64(int row, int column) const;
-    /// A copy of a cell in the call's pool, null for NULL.
+    /// A copy of a cell in the call's pool, null for NULL; without memory null, and `short_of_memory` is set.
     const char *text(const CallContext *ctx, int row, int column) const;
-    /// A copy of a cell in the call's pool, "" for NULL.
+    /// A copy of a cell in the call's pool, "" for NULL; without memory as text().
     const char *word(const CallContext *ctx, int row, int column) const;
 };
 
@@ -82,7 +83,7 @@ struct SqlFormat {
             i++;
             if (format[i] == '%') continue;
             size_t longs = 0;
-            for (; format[i] == 'l'; i++) longs++;
+            for (; format[i] == 'l' && longs < 2; i++) longs++;
             const char letter = format[i];
             const bool number = letter == 'd' || letter == 'u';
             const bool string = (letter == 's' || letter == 'q' || letter == 'Q') && longs == 0;
@@ -131,8 +132,8 @@ template <class... Args>
 Failure select_int32(const CallContext *ctx, sqlite3 *db, int32_t &value, Sql<Args...> sql, Args... args)
 {
     Failure bad;
-    bad.rc = qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text,
-                                        args...);
+    bad.rc =
+        qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text, args...);
     return bad;
 }
 
@@ -142,8 +143,8 @@ Failure find_int32(const CallContext *ctx, sqlite3 *db, int32_t &value, bool &fo
 {
     Failure bad;
     int notfound = 0;
-    bad.rc = qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, &notfound, sql.text,
-                                        args...);
+    bad.rc =
+        qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, &notfound, sql.text, args...);
     found = bad.rc == 0 && !notfound;
     return bad;
 }
@@ -153,8 +154,8 @@ template <class... Args>
 Failure select_uint64(const CallContext *ctx, sqlite3 *db, uint64_t &value, Sql<Args...> sql, Args... args)
 {
     Failure bad;
-    bad.rc = qbdb_sql_get_uint64_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text,
-                                         args...);
+    bad.rc =
+        qbdb_sql_get_uint64_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text, args...);
     return bad;
 }
 

@@ -1,6 +1,6 @@
 #include "frame/report.h"
 
-#include <apr_strings.h>
+#include <apr_pools.h>
 
 #include <cstdarg>
 #include <cstdio>
@@ -10,9 +10,15 @@ namespace qb {
 
 uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
 {
+    // Not the pool's own formatter: it knows fewer conversions than the compiler lets through (%llu, %zu).
     va_list args;
+    va_list again;
     va_start(args, format);
-    const char *message = apr_pvsprintf(pool_of(ctx->qbdb), format, args);
+    va_copy(again, args);
+    const int length = vsnprintf(nullptr, 0, format, args);
+    char *message = length < 0 ? nullptr : static_cast<char *>(apr_palloc(pool_of(ctx->qbdb), length + size_t{1}));
+    if (message) vsnprintf(message, length + size_t{1}, format, again);
+    va_end(again);
     va_end(args);
     // Without memory for the particulars the bare format still says what went wrong.
     *ctx->err = {code, file, line, message ? message : format};

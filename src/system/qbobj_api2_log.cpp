@@ -52,9 +52,9 @@ constexpr Word kSeverities[] = {
 };
 
 constexpr Word kCategories[] = {
-    {"misc", 0, nullptr},    {"system", 0, nullptr}, {"disk", 0, nullptr},    {"volume", 0, nullptr},
-    {"share", 0, nullptr},   {"account", 0, nullptr}, {"backup", 0, nullptr}, {"mbackup", 0, nullptr},
-    {"apps", 0, nullptr},    {"snapshot", 0, nullptr},
+    {"misc", 0, nullptr},  {"system", 0, nullptr},   {"disk", 0, nullptr},   {"volume", 0, nullptr},
+    {"share", 0, nullptr}, {"account", 0, nullptr},  {"backup", 0, nullptr}, {"mbackup", 0, nullptr},
+    {"apps", 0, nullptr},  {"snapshot", 0, nullptr},
 };
 
 enum class Purpose { reading, deleting };
@@ -111,6 +111,7 @@ uint32_t fill_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
         entry->MessageTag = rows.text(ctx, i, 4);
         entry->MessageArgsXml = rows.text(ctx, i, 5);
     }
+    if (rows.short_of_memory) return REPORT(ctx, 2, "Failed to allocate object.");
     return 0;
 }
 
@@ -119,6 +120,9 @@ uint32_t fill_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
 uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry **entries, int32_t *count,
                         int32_t *total)
 {
+    QB_ASSERT(entries);
+    QB_ASSERT(count);
+    QB_ASSERT(total);
     Filter filter;
     build_filter(&filter, query, Purpose::reading);
     char page[32];
@@ -141,7 +145,7 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
 
     LogEntry *read = nullptr;
     TRY(fill_entries(ctx, rows, &read));
-    List<LogEntry>(entries).link(read);
+    *List<LogEntry>(entries).tail = read;
     *count = matching;
     *total = all;
     TRACE(ctx, "%s() rc=%d nrow=%d\n", "x_qbobj_getLog", 0, rows.count);
@@ -180,9 +184,9 @@ uint32_t x_qbobj_addLog(CallContext *ctx, sqlite3 *db, int32_t time, const char 
     if (msgTag && strncmp(msgTag, kTagPrefix, sizeof kTagPrefix - 1) != 0)
         return REPORT(ctx, 8, "MessageTag (%s) should beging with 'LOGMSG_'", msgTag);
     if (time < 1) time = static_cast<int32_t>(::time(nullptr));
-    if (auto bad = execute(ctx, db,
-                           "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
-                           time, level->word, kind->word, msgTag ? msgTag : "LOGMSG_UNKNOWN", argsXml))
+    if (auto bad =
+            execute(ctx, db, "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
+                    time, level->word, kind->word, msgTag ? msgTag : "LOGMSG_UNKNOWN", argsXml))
         return REPORT(ctx, 5, "Failed DB Query for 'INSERT INTO $log'. %s", bad.text);
     return 0;
 }

@@ -1,0 +1,246 @@
+// The frame's sequence call by call. The frame is compiled here once more, in a namespace of its own, over
+// a support library and a clock that only write down what they are asked.
+#include <time.h>
+
+#include <cstdarg>
+#include <string>
+#include <vector>
+
+#include "fixture/fixture.h"
+
+namespace {
+
+std::vector<std::string> calls;
+std::vector<time_t> clock_readings;
+uint32_t begin_answer;
+uint32_t commit_answer;
+uint32_t worker_answer;
+std::vector<std::string> places;
+
+void called(const std::string &what, const char *file, uint32_t line)
+{
+    calls.push_back(what);
+    places.push_back(std::string(file) + ":" + std::to_string(line));
+}
+
+namespace fake {
+
+time_t time(time_t *)
+{
+    calls.push_back("time");
+    if (clock_readings.empty()) return 0;
+    const time_t now = clock_readings.front();
+    clock_readings.erase(clock_readings.begin());
+    return now;
+}
+
+uint32_t begin(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
+{
+    called("begin " + std::to_string(flags), file, line);
+    return begin_answer;
+}
+
+uint32_t commit(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
+{
+    called("commit " + std::to_string(flags), file, line);
+    return commit_answer;
+}
+
+uint32_t rollback(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
+{
+    called("rollback " + std::to_string(flags), file, line);
+    return 99;
+}
+
+__attribute__((format(printf, 6, 7))) void log(qbdb_t *, const char *file, uint32_t line, uint32_t level, uint32_t flag,
+                                               const char *format, ...)
+{
+    char text[256];
+    va_list args;
+    va_start(args, format);
+    vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    called("log " + std::to_string(level) + " " + std::to_string(flag) + " " + text, file, line);
+}
+
+void dump(qbdb_t *, const QbobjField *type, const void *record, int depth, const char *file, uint32_t line)
+{
+    called(std::string("dump ") + type->name + (record ? "" : " null") + " " + std::to_string(depth), file, line);
+}
+
+}  // namespace fake
+}  // namespace
+
+#define time(pointer) fake::time(pointer)
+#define qbdb_sql_begin fake::begin
+#define qbdb_sql_commit fake::commit
+#define qbdb_sql_rollback fake::rollback
+#define qbdb_log fake::log
+#define qbobj_api2_utils_dump_object fake::dump
+#define qb qb_over_fakes
+#include "frame/field_table.h"
+#include "frame/frame.h"
+
+namespace qb {
+
+QB_RECORD(LogQuery, 0, F(limit), F(offset), F(order), F(timestamp_min), F(timestamp_max), F(severity), F(severity_in),
+          F(category_in), F(msg_tag))
+QB_RECORD(LogEntry, 0, F(LogId), F(TimeStamp), F(Severity), F(Category), F(MessageTag), F(MessageArgsXml))
+QB_RECORD(ResourceId, 0, F(resource_id))
+
+struct AssertionFailed {
+    std::string text;
+};
+
+void assertion_failed(const char *text, const char *file, uint32_t line, const char *function)
+{
+    throw AssertionFailed{std::string(file) + ":" + (line ? "line" : "") + " " + function + " " + text};
+}
+
+}  // namespace qb
+
+namespace {
+
+using testing::ElementsAre;
+
+ErrorInfo *worker_err;
+
+uint32_t worker(qb::CallContext *ctx, sqlite3 *, LogQuery *, int32_t number, const char *text, LogEntry **entries,
+                const ResourceId *id, const char **out)
+{
+    calls.push_back("worker " + std::to_string(number) + " " + text);
+    EXPECT_EQ(ctx->err->code, 0u);
+    EXPECT_EQ(ctx->err->file, nullptr);
+    EXPECT_EQ(ctx->err->line, 0u);
+    EXPECT_EQ(ctx->err->message, nullptr);
+    EXPECT_NE(ctx->qbdb, nullptr);
+    EXPECT_NE(id, nullptr);
+    EXPECT_NE(out, nullptr);
+    worker_err = ctx->err;
+    if (entries) {
+        static LogEntry entry;
+        *entries = &entry;
+    }
+    return worker_answer;
+}
+
+struct Sequence : testing::Test {
+    qbdb_t handle{};
+    ErrorInfo err{77, "f", 8, "old"};
+    LogEntry *entries = nullptr;
+    const char *out = nullptr;
+    ResourceId id{};
+    LogEntry **head = &entries;
+    uint32_t line = 0;
+
+    Sequence()
+    {
+        calls.clear();
+        places.clear();
+        clock_readings.clear();
+        begin_answer = commit_answer = worker_answer = 0;
+        worker_err = nullptr;
+    }
+    uint32_t call(uint32_t level, ErrorInfo *record)
+    {
+        handle.log_level = level;
+        line = __LINE__ + 1;
+        return qb::framed<worker>("qbobj_getThing", &handle, nullptr, record, static_cast<LogQuery *>(nullptr), 5,
+                                  "word", head, static_cast<const ResourceId *>(&id), &out);
+    }
+};
+
+TEST_F(Sequence, EverythingAtLevelFive)
+{
+    EXPECT_EQ(call(5, &err), 0u);
+    EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "dump LogQuery null 0",
+                                   "dump LogEntry null 0", "dump ResourceId 0", "worker 5 word", "dump LogQuery null 0",
+                                   "dump LogEntry 0", "dump ResourceId 0", "commit 0",
+                                   "log 4 0 <<<< qbobj_getThing() ==> rc=0 (0ms)\n"));
+    EXPECT_EQ(worker_err, &err);
+    for (const std::string &place : places) EXPECT_EQ(place, "sequence_test.cpp:" + std::to_string(line));
+}
+
+TEST_F(Sequence, NothingIsFormattedOrDumpedBelowItsLevel)
+{
+    for (const uint32_t level : {0, 1, 2, 3}) {
+        calls.clear();
+        EXPECT_EQ(call(level, &err), 0u);
+        EXPECT_THAT(calls, ElementsAre("time", "time", "begin 0", "worker 5 word", "commit 0")) << level;
+    }
+    calls.clear();
+    EXPECT_EQ(call(4, &err), 0u);
+    EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "worker 5 word",
+                                   "commit 0", "log 4 0 <<<< qbobj_getThing() ==> rc=0 (0ms)\n"));
+}
+
+TEST_F(Sequence, AboveLevelFiveAsAtFive)
+{
+    EXPECT_EQ(call(5, &err), 0u);
+    entries = nullptr;
+    const auto at_five = std::exchange(calls, {});
+    EXPECT_EQ(call(UINT32_MAX, &err), 0u);
+    EXPECT_EQ(calls, at_five);
+}
+
+TEST_F(Sequence, AFailedWorkerIsRolledBackAndNotDumpedAgain)
+{
+    worker_answer = 800;
+    EXPECT_EQ(call(5, &err), 800u);
+    EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "dump LogQuery null 0",
+                                   "dump LogEntry null 0", "dump ResourceId 0", "worker 5 word", "rollback 0",
+                                   "log 4 0 <<<< qbobj_getThing() ==> rc=800 (0ms)\n"));
+}
+
+TEST_F(Sequence, AFailedBeginSkipsTheWorkerButRollsBack)
+{
+    begin_answer = 5;
+    EXPECT_EQ(call(5, &err), 5u);
+    EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "rollback 0",
+                                   "log 4 0 <<<< qbobj_getThing() ==> rc=5 (0ms)\n"));
+    EXPECT_EQ(err.code, 0u);
+    EXPECT_EQ(err.file, nullptr);
+    EXPECT_EQ(err.line, 0u);
+    EXPECT_EQ(err.message, nullptr);
+}
+
+TEST_F(Sequence, TheCommitsResultIsIgnored)
+{
+    commit_answer = 13;
+    EXPECT_EQ(call(4, &err), 0u);
+    EXPECT_EQ(calls.back(), "log 4 0 <<<< qbobj_getThing() ==> rc=0 (0ms)\n");
+    EXPECT_EQ(err.code, 0u);
+}
+
+TEST_F(Sequence, ElapsedIsTheDifferenceOfTheFirstTwoReadings)
+{
+    for (const auto &[first, second, text] : {std::tuple<time_t, time_t, const char *>{1000, 1000, "(0ms)"},
+                                              {1000, 1001, "(1ms)"},
+                                              {1000, 5000000000, "(4999999000ms)"}}) {
+        calls.clear();
+        clock_readings = {first, second, 9999999999};
+        EXPECT_EQ(call(4, &err), 0u);
+        EXPECT_EQ(calls.back(), std::string("log 4 0 <<<< qbobj_getThing() ==> rc=0 ") + text + "\n");
+        EXPECT_EQ(clock_readings.size(), 1u) << "the clock is read twice";
+    }
+}
+
+TEST_F(Sequence, NoErrorRecordFailsBeforeAnythingHappens)
+{
+    try {
+        call(5, nullptr);
+        ADD_FAILURE() << "goes on without an error record";
+    } catch (const qb::AssertionFailed &failed) {
+        EXPECT_EQ(failed.text, "sequence_test.cpp:line qbobj_getThing err");
+    }
+    EXPECT_THAT(calls, ElementsAre("time"));
+}
+
+TEST_F(Sequence, NoListHeadIsDumpedAsAnEmptyList)
+{
+    head = nullptr;
+    EXPECT_EQ(call(5, &err), 0u);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "dump LogEntry null 0"), 2);
+}
+
+}  // namespace
