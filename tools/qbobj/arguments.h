@@ -1,0 +1,70 @@
+// What the caller wrote after the operation's name, sorted to the operation's arguments.
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "input.h"
+#include "records.h"
+
+namespace qbcli {
+
+/// The values of an operation's arguments as JSON, collected word by word. Nothing but their names and,
+/// for Field=value, the form of numbers is checked here; the rest is checked when records are made of them.
+class Arguments {
+public:
+    Arguments(const QbobjOperation &operation, StandardInput &input) : operation_(operation), input_(input) {}
+    ~Arguments();
+    Arguments(const Arguments &) = delete;
+    Arguments &operator=(const Arguments &) = delete;
+
+    /// Takes words: Field=value, JSON text, @file, "-" for JSON on standard input, and bare values that
+    /// fill the scalar arguments that are left, in their order.
+    void take(const std::vector<std::string> &words);
+    /// Asks for the secrets that were given as "-": last of all, when everything else is known to be right.
+    void ask_for_secrets();
+    /// What was given for an argument; none when nothing was, or null.
+    const std::optional<Json> &given(size_t argument) const { return given_[argument]; }
+
+private:
+    /// Where a value goes: an argument, and in a record the way down to the field.
+    struct Target {
+        size_t argument;
+        std::vector<std::string> path;
+        const QbobjField *type = nullptr;   // of the record that holds the field
+        const QbobjField *field = nullptr;  // null for the argument itself and for the key word
+        bool key_word = false;
+        std::string label;  // as messages name it
+
+        const QbobjField *type_of_value(const QbobjOperation &operation) const;
+    };
+
+    void take_pair(std::string_view name, std::string_view value);
+    /// @param visible The document stands on the command line itself.
+    void take_document(Json document, bool visible);
+    void take_bare(const std::string &text);
+    Target resolve(const std::vector<std::string> &names, const std::string &label) const;
+    void descend(Target &target, const QbobjField *type) const;
+    [[noreturn]] void refuse_unknown(const std::string &name) const;
+    Json value_from_text(const Target &target, std::string_view text);
+    Json structure_from_text(const Target &target, const QbobjField *type, std::string_view text);
+    Json document_from(std::string_view source);
+    void set(const Target &target, Json value);
+
+    const QbobjOperation &operation_;
+    StandardInput &input_;
+    std::array<std::optional<Json>, QBOBJ_MAX_ARGUMENTS> given_;
+    std::vector<Target> secrets_;
+};
+
+/// An operation's name as users write it, without the prefix.
+std::string short_name(const QbobjOperation &operation);
+/// Whether a caller gives a value for an argument.
+bool is_input(const QbobjArgument &argument);
+/// Whether an argument is a number or a text.
+bool is_scalar(const QbobjArgument &argument);
+
+}  // namespace qbcli

@@ -1,0 +1,65 @@
+// One call of an operation: values made of what the caller gave, the call, and what came out of it.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
+#include "database.h"
+#include "memory.h"
+#include "records.h"
+
+namespace qbcli {
+
+class Call {
+public:
+    /// Makes the values. Whatever is wrong with what was given is refused here, before anything is called.
+    Call(const QbobjOperation &operation, const Arguments &arguments);
+    ~Call();
+    Call(const Call &) = delete;
+    Call &operator=(const Call &) = delete;
+
+    /// Calls the operation. Throws what it failed with.
+    /// @return A warning: what the operation reported although it succeeded; empty as a rule.
+    std::string run(Database &database, uint32_t timeout_ms);
+
+    /// What came out: one record or list stands alone, anything else is an object with a member for each
+    /// out argument and "result" for the returned value. Discarded when the operation gives nothing.
+    Json outcome() const;
+
+    /// Secrets among the values.
+    const std::vector<std::string_view> &secrets() const { return arena_.secrets(); }
+
+private:
+    /// What the operation reads or writes through an address.
+    struct Cell {
+        int32_t i = 0;
+        uint64_t n = 0;
+        const char *s = nullptr;
+        void *p = nullptr;
+        bool array = false;  // given as a list
+    };
+
+    void bind(size_t index, const std::optional<Json> &given);
+    void bind_scalar(size_t index, const Json *given);
+    void bind_record(size_t index, const Json *given);
+    void check_presence(const QbobjArgument &argument, const Json *given) const;
+    [[noreturn]] void fail(uint32_t rc, const ErrorInfo &err, const std::string &message) const;
+    void judge(uint32_t rc, const ErrorInfo &err, const Database &database, uint32_t timeout_ms) const;
+    Json argument_to_json(size_t index) const;
+
+    const QbobjOperation &operation_;
+    Arena arena_;
+    std::array<Cell, QBOBJ_MAX_ARGUMENTS> cells_;
+    std::array<QbobjValue, QBOBJ_MAX_ARGUMENTS> values_{};
+    uint32_t returned_ = 0;
+};
+
+/// One line on a general code (1, 2, 5, 6, 8); null for one of its own.
+const char *meaning_of(uint32_t code);
+
+/// Whether the returned value is an answer of its own.
+bool returns_answer(const QbobjOperation &operation);
+
+}  // namespace qbcli

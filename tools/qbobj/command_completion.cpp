@@ -1,0 +1,24 @@
+// qbobj completion: the scripts, and the candidates that they ask for.
+#include <memory>
+
+#include "command_line.h"
+#include "completion.h"
+
+namespace qbcli {
+
+void add_completion(CommandLine &line)
+{
+    const auto shell = std::make_shared<std::string>();
+    CLI::App *command = line.app.add_subcommand("completion", "Print a completion script for a shell");
+    command->add_option("SHELL", *shell, "bash or zsh")->required()->check(CLI::IsMember({"bash", "zsh"}));
+    command->callback([shell] { print_text(completion_script(*shell)); });
+
+    CLI::App *candidates = line.app.add_subcommand("complete", "Candidates for the words after --")->group("");
+    candidates->callback([&line] {
+        std::string text;
+        for (const std::string &candidate : completion_candidates(line.app, line.verbatim)) text += candidate + "\n";
+        print_text(text);
+    });
+}
+
+}  // namespace qbcli

@@ -1,0 +1,46 @@
+// The program: its options and sub-commands. Each sub-command is one add_… function, listed in kCommands;
+// operations are found in the library's table.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "database.h"
+#include "output.h"
+
+namespace qbcli {
+
+struct Options {
+    DatabaseOptions database;
+    OutputOptions output;
+    bool trace = false;
+};
+
+/// The sub-commands find here what they share.
+struct CommandLine {
+    CLI::App app;
+    Options options;
+    std::vector<std::string> verbatim;  ///< Words after "--".
+};
+
+/// @name Sub-commands @{
+void add_init(CommandLine &line);
+void add_list(CommandLine &line);
+void add_describe(CommandLine &line);
+void add_completion(CommandLine &line);
+/// @}
+/// Adds an operation as a sub-command.
+void add_operation(CommandLine &line, const std::string &name);
+
+/// Refuses a word that looks like an option and is none.
+[[noreturn]] void refuse_unknown_option(const CommandLine &line, const std::string &word);
+
+/// Opens the database that the options name.
+Database open_chosen_database(const Options &options);
+
+/// Runs the program.
+/// @return Its exit status: 0, or 1 for a failure of any kind.
+int run(const std::vector<std::string> &words);
+
+}  // namespace qbcli

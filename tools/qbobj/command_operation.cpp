@@ -1,0 +1,65 @@
+// qbobj OPERATION: a call of the object library.
+#include <algorithm>
+#include <cctype>
+
+#include "arguments.h"
+#include "call.h"
+#include "command_line.h"
+#include "describe.h"
+#include "failure.h"
+
+namespace qbcli {
+namespace {
+
+bool is_negative_number(const std::string &word)
+{
+    return word.size() > 1 && word[0] == '-' && std::isdigit(static_cast<unsigned char>(word[1]));
+}
+
+/// What the option parser left, then what stood after "--".
+std::vector<std::string> words_of(const CommandLine &line)
+{
+    std::vector<std::string> words = line.app.remaining(true);
+    for (const std::string &word : words)
+        if (word.size() > 1 && word[0] == '-' && !is_negative_number(word)) refuse_unknown_option(line, word);
+    words.insert(words.end(), line.verbatim.begin(), line.verbatim.end());
+    return words;
+}
+
+void call(const CommandLine &line, const QbobjOperation &operation)
+{
+    const Options &options = line.options;
+    if (options.database.read_only && operation.changes)
+        throw Failure("it changes the database, which --read-only forbids");
+    StandardInput input;
+    Arguments arguments(operation, input);
+    arguments.take(words_of(line));
+    // First with the secrets left out, so that nobody types a password for a call that cannot be made.
+    Call(operation, arguments);
+    Database database = open_chosen_database(options);
+    arguments.ask_for_secrets();
+    Call call(operation, arguments);
+    const std::string warning = call.run(database, options.database.timeout_ms);
+    if (!warning.empty()) print_warning(short_name(operation), warning);
+    print_outcome(call.outcome(), options.output);
+}
+
+}  // namespace
+
+void add_operation(CommandLine &line, const std::string &name)
+{
+    const QbobjOperation &operation = find_operation(name);
+    CLI::App *command = line.app.add_subcommand(name, operation.summary)->group("");
+    command->allow_extras();
+    command->fallthrough();
+    command->callback([&line, &operation] {
+        try {
+            call(line, operation);
+        } catch (Failure &failure) {
+            failure.operation = short_name(operation);
+            throw;
+        }
+    });
+}
+
+}  // namespace qbcli

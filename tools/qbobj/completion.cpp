@@ -1,0 +1,170 @@
+#include "completion.h"
+
+#include <algorithm>
+#include <set>
+
+#include "arguments.h"
+#include "describe.h"
+#include "records.h"
+
+namespace qbcli {
+namespace {
+
+constexpr const char *kBashScript =
+    R"script(# bash completion for qbobj: source it, or put it in bash's completion directory.
+_qbobj() {
+    local -a words
+    local current previous=
+    # bash takes words apart at "="; here a word ends at a blank.
+    read -ra words <<< "${COMP_LINE:0:COMP_POINT}"
+    [[ ${COMP_LINE:0:COMP_POINT} == *[[:space:]] ]] && words+=("")
+    current=${words[-1]}
+    (( ${#words[@]} > 1 )) && previous=${words[-2]}
+    COMPREPLY=()
+    case $previous in
+        -d|--database|init) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
+    esac
+    case $current in
+        @*) mapfile -t COMPREPLY < <(compgen -P @ -f -- "${current#@}"); return ;;
+        *=*) return ;;
+    esac
+    mapfile -t COMPREPLY < <(compgen -W "$("${words[0]}" complete -- "${words[@]:1}" 2> /dev/null)" -- "$current")
+    if [[ ${#COMPREPLY[@]} -gt 0 && ${COMPREPLY[0]} == *[=.] ]]; then
+        compopt -o nospace 2> /dev/null
+    fi
+}
+complete -F _qbobj qbobj
+)script";
+
+constexpr const char *kZshScript = R"script(#compdef qbobj
+# zsh completion for qbobj: put it as _qbobj in a directory of $fpath, or source it.
+_qbobj() {
+    local -a candidates open closed
+    case ${words[CURRENT-1]} in
+        -d|--database|init) _files; return ;;
+    esac
+    case ${words[CURRENT]} in
+        @*) compset -P @; _files; return ;;
+        *=*) return ;;
+    esac
+    candidates=(${(f)"$(${words[1]} complete -- "${(@)words[2,CURRENT]}" 2> /dev/null)"})
+    open=(${(M)candidates:#*[=.]})
+    closed=(${candidates:#*[=.]})
+    compadd -S '' -a open
+    compadd -a closed
+}
+if [[ ${funcstack[1]} == _qbobj ]]; then _qbobj "$@"; else compdef _qbobj qbobj; fi
+)script";
+
+/// The fields of a type as completions: "Email=", and "HomeFolderSettings." for what has fields itself.
+void add_fields(std::vector<std::string> &candidates, const QbobjField *type, const std::string &before)
+{
+    for (const std::string_view name : field_names(type)) {
+        const std::string whole = before + std::string(name);
+        candidates.push_back(whole + "=");
+        const QbobjField *field = find_field(type, name);
+        if (field && field->subtype) candidates.push_back(whole + ".");
+    }
+}
+
+/// The type that a dotted name leads into; null when it leads nowhere.
+const QbobjField *type_inside(const QbobjField *type, std::string_view path)
+{
+    while (type && !path.empty()) {
+        const size_t dot = path.find('.');
+        const QbobjField *field = find_field(type, path.substr(0, dot));
+        type = field ? field->subtype : nullptr;
+        path.remove_prefix(dot + 1);
+    }
+    return type;
+}
+
+/// Names that can follow an operation, for a current word that may be dotted already.
+std::vector<std::string> argument_candidates(const QbobjOperation &operation, const std::string &current)
+{
+    const std::string before = current.substr(0, current.rfind('.') + 1);
+    std::vector<std::string> candidates;
+    for (uint32_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        if (!is_input(argument)) continue;
+        const std::string qualified = std::string(argument.name) + ".";
+        if (before.empty() && is_scalar(argument)) candidates.push_back(argument.name + std::string("="));
+        if (!argument.type) continue;
+        std::string_view path = before;
+        if (path.starts_with(qualified)) path.remove_prefix(qualified.size());
+        if (const QbobjField *type = type_inside(argument.type, path)) add_fields(candidates, type, before);
+    }
+    return candidates;
+}
+
+std::vector<std::string> option_candidates(const CLI::App &app)
+{
+    std::vector<std::string> candidates;
+    for (const CLI::Option *option : app.get_options())
+        for (const std::string &name : option->get_lnames()) candidates.push_back("--" + name);
+    return candidates;
+}
+
+bool takes_value(const CLI::App &app, const std::string &word)
+{
+    if (word.size() < 2 || word[0] != '-' || word.find('=') != std::string::npos) return false;
+    const CLI::Option *option = app.get_option_no_throw(word);
+    return option && option->get_items_expected_max() > 0;
+}
+
+void append(std::vector<std::string> &candidates, const Names &names)
+{
+    candidates.insert(candidates.end(), names.begin(), names.end());
+}
+
+/// The words before the current one that are no options: the command and what follows it.
+std::vector<std::string> plain_words(const CLI::App &app, const std::vector<std::string> &words)
+{
+    std::vector<std::string> plain;
+    for (size_t i = 0; i + 1 < words.size(); i++) {
+        if (takes_value(app, words[i])) i++;
+        else if (!words[i].starts_with('-')) plain.push_back(words[i]);
+    }
+    return plain;
+}
+
+std::vector<std::string> command_candidates(const CLI::App &app)
+{
+    std::vector<std::string> candidates;
+    for (const CLI::App *command :
+         app.get_subcommands([](const CLI::App *command) { return !command->get_group().empty(); }))
+        candidates.push_back(command->get_name());
+    append(candidates, operation_names());
+    return candidates;
+}
+
+}  // namespace
+
+const char *completion_script(const std::string &shell)
+{
+    return shell == "zsh" ? kZshScript : kBashScript;
+}
+
+std::vector<std::string> completion_candidates(const CLI::App &app, const std::vector<std::string> &words)
+{
+    const std::string current = words.empty() ? "" : words.back();
+    if (current.starts_with('-')) return option_candidates(app);
+    const std::vector<std::string> plain = plain_words(app, words);
+    if (plain.empty()) return command_candidates(app);
+
+    std::vector<std::string> candidates;
+    if (plain[0] == "completion") candidates = {"bash", "zsh"};
+    if (plain[0] == "describe") append(candidates, operation_names());
+    if (plain[0] == "describe") append(candidates, type_names());
+    if (const QbobjOperation *operation = qbobj_find_operation(plain[0].c_str())) {
+        candidates = argument_candidates(*operation, current);
+        const std::set<std::string> given(plain.begin() + 1, plain.end());
+        std::erase_if(candidates, [&](const std::string &candidate) {
+            return std::any_of(given.begin(), given.end(),
+                               [&](const auto &word) { return word.starts_with(candidate); });
+        });
+    }
+    return candidates;
+}
+
+}  // namespace qbcli

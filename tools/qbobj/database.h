@@ -1,0 +1,55 @@
+// The open database of one command, and what can be seen of a call from outside.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qbdb.h"
+
+namespace qbcli {
+
+struct DatabaseOptions {
+    std::string path;
+    bool read_only = false;
+    uint32_t timeout_ms = QBDB_DEFAULT_TIMEOUT_MS;
+    uint32_t log_level = 0;
+};
+
+class Database {
+public:
+    explicit Database(const DatabaseOptions &options);
+    ~Database() { qbdb_close(qbdb_); }
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
+
+    qbdb_t *handle() const { return qbdb_; }
+    sqlite3 *connection() const { return db_; }
+    /// Texts that must not appear in a log line.
+    void hide(const std::vector<std::string_view> &secrets) { secrets_ = secrets; }
+
+    /// Whether any statement but the one that begins a transaction ran.
+    bool got_past_begin() const { return statements_ > 0; }
+    /// Whether a transaction was rolled back.
+    bool rolled_back() const { return rolled_back_; }
+
+private:
+    static void log(void *self, const char *file, uint32_t line, uint32_t level, uint32_t flag, const char *text);
+    static int see_statement(void *self, const char *sql, const char *file, uint32_t line, const char **text);
+
+    qbdb_t *qbdb_ = nullptr;
+    sqlite3 *db_ = nullptr;
+    std::vector<std::string_view> secrets_;
+    uint64_t statements_ = 0;
+    bool rolled_back_ = false;
+};
+
+/// Creates a fresh appliance database, with a first volume unless the name is empty.
+void create_database(const std::string &path, const std::string &volume);
+
+/// A text in which secrets are replaced by the mask: the given ones, and what a record dump ("s Password
+/// = …") shows of a field that holds one.
+std::string redacted(std::string_view text, const std::vector<std::string_view> &secrets);
+
+}  // namespace qbcli

@@ -1,0 +1,298 @@
+#include "describe.h"
+
+#include <fnmatch.h>
+#include <string.h>
+
+#include <algorithm>
+#include <sstream>
+#include <vector>
+
+#include "arguments.h"
+#include "call.h"
+#include "failure.h"
+#include "records.h"
+
+namespace qbcli {
+namespace {
+
+std::string_view bare_name(const QbobjOperation &operation)
+{
+    return std::string_view(operation.name).substr(strlen(operation.name) - short_name(operation).size());
+}
+
+bool is_pattern(const std::string &text)
+{
+    return text.find_first_of("*?[") != std::string::npos;
+}
+
+bool matches(const std::string &pattern, const char *text)
+{
+    if (is_pattern(pattern)) return fnmatch(pattern.c_str(), text, FNM_CASEFOLD) == 0;
+    return strcasestr(text, pattern.c_str()) != nullptr;
+}
+
+bool matches(const std::string &pattern, const QbobjOperation &operation)
+{
+    if (pattern.empty() || matches(pattern, bare_name(operation).data()) || matches(pattern, operation.name))
+        return true;
+    return !is_pattern(pattern) && (matches(pattern, operation.family) || matches(pattern, operation.summary));
+}
+
+/// The operations that match, those of a family together, families in the order of the table.
+std::vector<const QbobjOperation *> matching_operations(const std::string &pattern)
+{
+    std::vector<const QbobjOperation *> found;
+    std::vector<std::string_view> families;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        if (std::find(families.begin(), families.end(), row->family) == families.end())
+            families.emplace_back(row->family);
+        if (matches(pattern, *row)) found.push_back(row);
+    }
+    std::stable_sort(found.begin(), found.end(), [&](const auto *a, const auto *b) {
+        return std::find(families.begin(), families.end(), a->family) <
+               std::find(families.begin(), families.end(), b->family);
+    });
+    if (found.empty()) throw Failure("no operation matches " + pattern + did_you_mean(pattern, operation_names()));
+    return found;
+}
+
+std::vector<const QbobjType *> matching_types(const std::string &pattern)
+{
+    std::vector<const QbobjType *> found;
+    for (const QbobjType *type = qbobj_types(); type->name; type++)
+        if (pattern.empty() || matches(pattern, type->name)) found.push_back(type);
+    if (found.empty()) throw Failure("no type matches " + pattern + did_you_mean(pattern, type_names()));
+    return found;
+}
+
+std::string padded(std::string text, size_t width)
+{
+    if (text.size() < width) text.append(width - text.size(), ' ');
+    return text;
+}
+
+const char *direction_word(QbobjDirection direction)
+{
+    switch (direction) {
+        case QBOBJ_IN: return "in";
+        case QBOBJ_OUT: return "out";
+        default: return "in and out";
+    }
+}
+
+std::string kind_word(const QbobjArgument &argument)
+{
+    switch (argument.kind) {
+        case QBOBJ_KIND_INT32: return "32-bit number";
+        case QBOBJ_KIND_UINT64: return "unsigned 64-bit number";
+        case QBOBJ_KIND_STRING: return "text";
+        case QBOBJ_KIND_XML: return "XML";
+        case QBOBJ_KIND_LIST: return std::string("list of ") + argument.type->name;
+        default: return std::string(argument.chain ? "one or more records " : "record ") + argument.type->name;
+    }
+}
+
+const char *return_words(const QbobjOperation &operation)
+{
+    switch (operation.returns) {
+        case QBOBJ_RETURNS_FOUND: return "0 when found, -1 when not found or failed";
+        case QBOBJ_RETURNS_ID: return "an id, or -1 when there is none; printed as \"result\"";
+        case QBOBJ_RETURNS_COUNT: return "a count, or -1 when it failed; printed as \"result\"";
+        case QBOBJ_RETURNS_ANSWER: return "an answer as a small number; printed as \"result\"";
+        default: return "0, or an error code";
+    }
+}
+
+std::vector<uint32_t> codes_of(const QbobjOperation &operation)
+{
+    std::istringstream words(operation.codes ? operation.codes : "");
+    std::vector<uint32_t> codes;
+    for (uint32_t code; words >> code;) codes.push_back(code);
+    return codes;
+}
+
+/// How a call is written: "addLog time=NUMBER [severity=TEXT]".
+std::string usage(const QbobjOperation &operation)
+{
+    std::string text = "qbobj -d DATABASE " + short_name(operation);
+    for (uint32_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        if (!is_input(argument)) continue;
+        const std::string value = argument.kind == QBOBJ_KIND_STRING ? "TEXT" : "NUMBER";
+        const std::string word = is_scalar(argument) ? argument.name + ("=" + value) : "Field=value…";
+        const bool needed =
+            is_scalar(argument) && !argument.optional && (operation.changes || argument.kind == QBOBJ_KIND_STRING);
+        text += needed ? " " + word : " [" + word + "]";
+    }
+    return text;
+}
+
+std::string operation_text(const QbobjOperation &operation)
+{
+    std::string text = short_name(operation) + ": " + operation.summary + "\n\n  " + usage(operation) + "\n\n";
+    text += std::string("Family   ") + operation.family + "\n";
+    text += std::string("Changes  ") + (operation.changes ? "the database" : "nothing, it only reads") + "\n";
+    text += std::string("Returns  ") + return_words(operation) + "\n";
+    size_t longest = 0;
+    for (uint32_t i = 0; i < operation.count; i++) longest = std::max(longest, strlen(operation.arguments[i].name));
+    if (operation.count > 0) text += "\nArguments\n";
+    for (uint32_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        text += "  " + padded(argument.name, longest + 2) + padded(direction_word(argument.direction), 12) +
+                kind_word(argument) + (argument.optional ? ", may be left out" : "") + "\n";
+        if (argument.type) text += std::string(longest + 16, ' ') + "(qbobj describe " + argument.type->name + ")\n";
+    }
+    const std::vector<uint32_t> codes = codes_of(operation);
+    if (!codes.empty()) text += "\nCodes\n";
+    for (const uint32_t code : codes) {
+        const char *meaning = meaning_of(code);
+        text += "  " + padded(std::to_string(code), 5) +
+                (meaning ? meaning : "a rule of its own: the message says which") + "\n";
+    }
+    return text;
+}
+
+Json operation_json(const QbobjOperation &operation)
+{
+    Json arguments = Json::array();
+    for (uint32_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        arguments.push_back({{"name", argument.name},
+                             {"direction", direction_word(argument.direction)},
+                             {"kind", kind_word(argument)},
+                             {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
+                             {"optional", argument.optional != 0},
+                             {"chain", argument.chain != 0}});
+    }
+    return {{"name", short_name(operation)},     {"family", operation.family},         {"summary", operation.summary},
+            {"changes", operation.changes != 0}, {"returns", return_words(operation)}, {"codes", codes_of(operation)},
+            {"arguments", std::move(arguments)}};
+}
+
+bool uses(const QbobjOperation &operation, const QbobjField *type)
+{
+    for (uint32_t i = 0; i < operation.count; i++)
+        if (operation.arguments[i].type == type) return true;
+    return false;
+}
+
+std::string remarks(const QbobjField *type, const QbobjField *field)
+{
+    std::string text;
+    if (field->flags & QBOBJ_FIELD_OPTIONAL)
+        text += field->flags & QBOBJ_FIELD_HEAD ? ", may be empty" : ", may be absent";
+    if (qbobj_is_secret(type, field)) text += ", secret";
+    return text;
+}
+
+std::string type_text(const QbobjField *type)
+{
+    std::string text = std::string(type->name) + ": a record" + (is_list(type) ? " that stands in lists" : "");
+    text += is_bare_list(type) ? ", in JSON the array itself\n\n" : "\n\n";
+    size_t longest = strlen(kKeyWord);
+    for (const std::string_view name : field_names(type)) longest = std::max(longest, name.size());
+    if (has_key_word(type))
+        text += "  " + padded(kKeyWord, longest + 2) + "text, the key word by which it is addressed\n";
+    for (const QbobjField *field = type + 1; field->kind != '.'; field++)
+        text += "  " + padded(field->name, longest + 2) + kind_name(field) + remarks(type, field) + "\n";
+    std::string users;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
+        if (uses(*row, type)) users += (users.empty() ? "" : ", ") + short_name(*row);
+    if (!users.empty()) text += "\nUsed by " + users + "\n";
+    return text;
+}
+
+Json type_json(const QbobjField *type)
+{
+    Json fields = Json::array();
+    for (const QbobjField *field = type + 1; field->kind != '.'; field++)
+        fields.push_back({{"name", field->name},
+                          {"kind", kind_name(field)},
+                          {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
+                          {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
+                          {"secret", qbobj_is_secret(type, field) != 0}});
+    return {{"name", type->name}, {"list", is_list(type)}, {"key", has_key_word(type)}, {"fields", std::move(fields)}};
+}
+
+[[noreturn]] void refuse_unknown(const std::string &name)
+{
+    Names names = operation_names();
+    for (const std::string_view type : type_names()) names.push_back(type);
+    throw Failure("there is no operation or type " + name + did_you_mean(name, names));
+}
+
+}  // namespace
+
+Names operation_names()
+{
+    Names names;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) names.push_back(bare_name(*row));
+    return names;
+}
+
+Names type_names()
+{
+    Names names;
+    for (const QbobjType *type = qbobj_types(); type->name; type++) names.emplace_back(type->name);
+    return names;
+}
+
+const QbobjOperation &find_operation(const std::string &name)
+{
+    if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return *operation;
+    throw Failure("there is no operation " + name + did_you_mean(name, operation_names()));
+}
+
+std::string operations_text(const std::string &pattern)
+{
+    const auto operations = matching_operations(pattern);
+    size_t longest = 0;
+    for (const auto *operation : operations) longest = std::max(longest, bare_name(*operation).size());
+    std::string text;
+    std::string_view family;
+    for (const auto *operation : operations) {
+        if (family != operation->family) {
+            family = operation->family;
+            text.append(text.empty() ? "" : "\n").append(family).append("\n");
+        }
+        text += "  " + padded(short_name(*operation), longest + 2) + operation->summary + "\n";
+    }
+    return text;
+}
+
+Json operations_json(const std::string &pattern)
+{
+    Json array = Json::array();
+    for (const auto *operation : matching_operations(pattern)) array.push_back(operation_json(*operation));
+    return array;
+}
+
+std::string types_text(const std::string &pattern)
+{
+    std::string text;
+    for (const QbobjType *type : matching_types(pattern)) text.append(type->name).append("\n");
+    return text;
+}
+
+Json types_json(const std::string &pattern)
+{
+    Json array = Json::array();
+    for (const QbobjType *type : matching_types(pattern)) array.push_back(type_json(type->fields));
+    return array;
+}
+
+std::string description_text(const std::string &name)
+{
+    if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return operation_text(*operation);
+    if (const QbobjField *type = qbobj_find_type(name.c_str())) return type_text(type);
+    refuse_unknown(name);
+}
+
+Json description_json(const std::string &name)
+{
+    if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return operation_json(*operation);
+    if (const QbobjField *type = qbobj_find_type(name.c_str())) return type_json(type);
+    refuse_unknown(name);
+}
+
+}  // namespace qbcli

@@ -1,0 +1,80 @@
+#include "json_text.h"
+
+#include <set>
+#include <vector>
+
+#include "failure.h"
+#include "memory.h"
+#include "utf8.h"
+
+namespace qbcli {
+namespace {
+
+/// Watches the parser, which by itself would let the last of two equal members win.
+class Strictness {
+public:
+    explicit Strictness(const std::string &origin) : origin_(origin) {}
+
+    void see(int depth, Json::parse_event_t event, const Json &parsed)
+    {
+        using Event = Json::parse_event_t;
+        switch (event) {
+            case Event::object_start: members_.emplace_back(); [[fallthrough]];
+            case Event::array_start:
+                if (depth >= kDeepestJson)
+                    throw Failure(origin_, "nested deeper than " + std::to_string(kDeepestJson) + " levels");
+                break;
+            case Event::key:
+                if (const auto &name = parsed.get_ref<const std::string &>(); !members_.back().insert(name).second)
+                    throw Failure(origin_, name + " is given twice");
+                break;
+            case Event::object_end: members_.pop_back(); break;
+            default: break;
+        }
+    }
+
+private:
+    const std::string &origin_;
+    std::vector<std::set<std::string>> members_;  // of the objects that are open
+};
+
+/// The parser's words without its name, and without the text that it read last.
+std::string reason(const std::string &what)
+{
+    static constexpr std::string_view kPosition = "parse error at ";
+    const size_t start = what.find(kPosition);
+    std::string text = start == std::string::npos ? what : what.substr(start + kPosition.size());
+    return text.substr(0, text.find("; last read"));
+}
+
+}  // namespace
+
+Json parse_json(std::string_view text, const std::string &origin)
+{
+    Strictness strictness(origin);
+    try {
+        return Json::parse(text.begin(), text.end(), [&](int depth, Json::parse_event_t event, Json &parsed) {
+            strictness.see(depth, event, parsed);
+            return true;
+        });
+    } catch (const Json::parse_error &error) {
+        throw Failure(origin, "malformed JSON at " + reason(error.what()));
+    } catch (const Json::out_of_range &) {
+        throw Failure(origin, "malformed JSON: a number is too large for any field");
+    }
+}
+
+void wipe(Json &value)
+{
+    if (value.is_string()) return wipe(value.get_ref<std::string &>());
+    if (value.is_structured())
+        for (Json &part : value) wipe(part);
+}
+
+std::string brief(const Json &value)
+{
+    constexpr size_t kColumns = 40;
+    return fit(printable(value.dump(-1, ' ', false, Json::error_handler_t::replace)), kColumns);
+}
+
+}  // namespace qbcli

@@ -1,0 +1,30 @@
+// Where results, warnings and failures go, and in which form.
+#pragma once
+
+#include <string>
+
+#include "failure.h"
+#include "json_text.h"
+
+namespace qbcli {
+
+struct OutputOptions {
+    bool json = false;     ///< Asked for by name.
+    bool table = false;    ///< Asked for by name.
+    bool compact = false;  ///< JSON in one line.
+};
+
+/// Prints an operation's outcome: as JSON when it is asked for or standard output is no terminal, else
+/// laid out for people. A discarded value prints nothing.
+void print_outcome(const Json &outcome, const OutputOptions &options);
+/// Prints a value as JSON.
+void print_json(const Json &value, const OutputOptions &options);
+/// Prints a text as it is.
+void print_text(const std::string &text);
+
+/// @name On standard error; a failure as a JSON object with --json. @{
+void print_failure(const Failure &failure, const OutputOptions &options);
+void print_warning(const std::string &operation, const std::string &message);
+/// @}
+
+}  // namespace qbcli

@@ -1,0 +1,222 @@
+#include "table.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "records.h"
+#include "utf8.h"
+
+namespace qbcli {
+namespace {
+
+constexpr size_t kGap = 2;              // blanks between columns
+constexpr size_t kWidestSqueezed = 40;  // widths that a cell is cut to when a table is too wide
+constexpr size_t kNarrowestSqueezed = 12;
+constexpr const char *kNothing = "(none)";
+
+bool is_empty(const Json &value)
+{
+    return value.is_null() || (value.is_string() && value.get_ref<const std::string &>().empty()) ||
+           (value.is_structured() && value.empty());
+}
+
+/// A value in one cell or line.
+std::string cell_text(const Json &value)
+{
+    if (value.is_null()) return "";
+    if (value.is_string()) return printable(value.get_ref<const std::string &>());
+    if (value.is_array()) return std::to_string(value.size()) + (value.size() == 1 ? " entry" : " entries");
+    if (value.is_object()) return "{…}";
+    return value.dump();
+}
+
+/// What a person looks for first: names, then ids, then the rest; what a record was called before, and
+/// the database's own key, last.
+int rank(std::string_view name)
+{
+    if (name == "resource_id" || name.starts_with('_') || name.starts_with("Old")) return 3;
+    if (name.ends_with("Name")) return 0;
+    if (name.ends_with("Id") || name.ends_with("ID") || name == kKeyWord) return 1;
+    return 2;
+}
+
+struct Column {
+    std::string name;
+    std::vector<std::string> cells;
+    size_t width = 0;
+    bool numbers = true;
+
+    explicit Column(const std::string &title) : name(title), width(display_width(title)) {}
+    bool empty() const
+    {
+        return std::all_of(cells.begin(), cells.end(), [](const std::string &cell) { return cell.empty(); });
+    }
+};
+
+/// The key word as a rule repeats a field; then it needs no column of its own.
+bool repeats_a_field(const Json &row)
+{
+    const auto &members = row.get_ref<const Json::object_t &>();
+    const auto key = row.find(kKeyWord);
+    return std::any_of(members.begin(), members.end(),
+                       [&](const auto &member) { return member.first != kKeyWord && member.second == *key; });
+}
+
+bool shows_key_word(const Json &rows)
+{
+    return std::any_of(rows.begin(), rows.end(), [](const Json &row) {
+        return row.is_object() && row.contains(kKeyWord) && !repeats_a_field(row);
+    });
+}
+
+class Table {
+public:
+    explicit Table(const Json &rows)
+    {
+        const bool with_key_word = shows_key_word(rows);
+        for (const Json &row : rows) {
+            if (row.is_object()) {
+                for (const auto &[name, value] : row.items())
+                    if (name != kKeyWord || with_key_word) add(name, value);
+            } else {
+                add("value", row);
+            }
+            height_++;
+        }
+        for (Column &column : columns_) column.cells.resize(height_);
+        std::erase_if(columns_, [](const Column &column) { return column.empty(); });
+        std::stable_sort(columns_.begin(), columns_.end(),
+                         [](const Column &a, const Column &b) { return rank(a.name) < rank(b.name); });
+    }
+
+    std::string text(size_t indent, size_t width)
+    {
+        const size_t left_out = width ? squeeze(width > indent ? width - indent : 1) : 0;
+        const std::string margin(indent, ' ');
+        std::string text = margin + line([](const Column &column, size_t) { return column.name; }, 0);
+        for (size_t i = 0; i < height_; i++)
+            text += margin + line([](const Column &column, size_t row) { return column.cells[row]; }, i);
+        if (left_out > 0)
+            text += margin + "(" + std::to_string(left_out) + (left_out == 1 ? " more column" : " more columns") +
+                    ": --json shows all)\n";
+        return text;
+    }
+
+private:
+    void add(const std::string &name, const Json &value)
+    {
+        auto [found, is_new] = index_.try_emplace(name, columns_.size());
+        if (is_new) columns_.emplace_back(name);
+        Column &column = columns_[found->second];
+        column.cells.resize(height_);
+        column.cells.push_back(is_empty(value) ? "" : cell_text(value));
+        column.width = std::max(column.width, display_width(column.cells.back()));
+        column.numbers = column.numbers && (value.is_number() || value.is_null());
+    }
+
+    size_t total(size_t widest, size_t count) const
+    {
+        size_t sum = 0;
+        for (size_t i = 0; i < count; i++) sum += std::min(columns_[i].width, widest) + (i ? kGap : 0);
+        return sum;
+    }
+
+    /// Makes the table fit; returns how many columns had to go.
+    size_t squeeze(size_t width)
+    {
+        const size_t all = columns_.size();
+        size_t widest = total(SIZE_MAX, all) <= width ? SIZE_MAX : kWidestSqueezed;
+        while (widest > kNarrowestSqueezed && widest != SIZE_MAX && total(widest, all) > width) widest--;
+        size_t count = all;
+        while (count > 1 && total(widest, count) > width) count--;
+        if (count == 1) widest = std::min(widest, width);
+        columns_.resize(count, Column(""));
+        for (Column &column : columns_) column.width = std::min(column.width, widest);
+        return all - count;
+    }
+
+    template <class CellOf>
+    std::string line(CellOf cell_of, size_t row) const
+    {
+        std::string text;
+        for (const Column &column : columns_) {
+            const std::string cell = fit(cell_of(column, row), column.width);
+            const std::string blanks(column.width - display_width(cell), ' ');
+            if (&column != &columns_.front()) text.append(kGap, ' ');
+            text += column.numbers ? blanks + cell : cell + blanks;
+        }
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text + "\n";
+    }
+
+    std::vector<Column> columns_;  // in the order of display once the table is made
+    std::map<std::string, size_t> index_;
+    size_t height_ = 0;
+};
+
+class Layout {
+public:
+    explicit Layout(size_t width) : width_(width) {}
+
+    void add(const Json &value, size_t indent)
+    {
+        if (value.is_object()) return add_record(value, indent);
+        if (value.is_array() && !value.empty()) {
+            text_ += Table(value).text(indent, width_);
+            return;
+        }
+        text_ += std::string(indent, ' ') + (is_empty(value) ? kNothing : cell_text(value)) + "\n";
+    }
+
+    std::string take() { return std::move(text_); }
+
+private:
+    /// Whether a member is worth a line. An empty list says something only where lists were asked for.
+    static bool shown(const Json &record, const std::string &name, const Json &value, size_t indent)
+    {
+        if (name == kKeyWord && repeats_a_field(record)) return false;
+        return !is_empty(value) || (value.is_array() && indent == 0);
+    }
+
+    void add_record(const Json &record, size_t indent)
+    {
+        size_t longest = 0;
+        bool any = false;
+        for (const auto &[name, value] : record.items()) {
+            if (!shown(record, name, value, indent)) continue;
+            any = true;
+            if (!value.is_structured() || value.empty()) longest = std::max(longest, display_width(name));
+        }
+        if (!any) text_ += std::string(indent, ' ') + kNothing + "\n";
+        for (const auto &[name, value] : record.items())
+            if (shown(record, name, value, indent)) add_member(name, value, indent, longest);
+    }
+
+    void add_member(const std::string &name, const Json &value, size_t indent, size_t longest)
+    {
+        text_.append(indent, ' ').append(name);
+        if (value.is_structured() && !value.empty()) {
+            text_ += '\n';
+            return add(value.is_array() && value.size() == 1 ? value.front() : value, indent + kGap);
+        }
+        text_.append(longest - display_width(name) + kGap, ' ');
+        text_ += value.is_structured() ? kNothing : cell_text(value);
+        text_ += '\n';
+    }
+
+    const size_t width_;
+    std::string text_;
+};
+
+}  // namespace
+
+std::string lay_out(const Json &value, size_t width)
+{
+    Layout layout(width);
+    layout.add(value, 0);
+    return layout.take();
+}
+
+}  // namespace qbcli

@@ -1,0 +1,13 @@
+// XML nodes that operations hand out.
+#pragma once
+
+#include <string>
+
+namespace qbcli {
+
+/// A node's text; empty for null.
+std::string xml_text(void *node);
+/// Frees a node with everything below it.
+void free_xml(void *node);
+
+}  // namespace qbcli
