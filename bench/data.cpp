@@ -27,19 +27,24 @@ void fill(sqlite3 *db, const Amount &amount)
     const std::string id = std::to_string(kFirstUser) + "+i";
     const std::string users = numbers(amount.users);
     run_on(db, "BEGIN");
-    run_on(db,
-           "INSERT INTO share (id,name,zfs_name,type,path,volume_id) VALUES(1,'media','tank/media','share','/tank/media',"
-           "'tank')");
+    run_on(
+        db,
+        "INSERT INTO share (id,name,zfs_name,type,path,volume_id) VALUES(1,'media','tank/media','share','/tank/media',"
+        "'tank')");
     run_on(db,
            "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,"
-           "shell_access,fullname) SELECT " + id + ",printf('user%05d',i),'$1$abcdefgh$0123456789abcdefghijk.',"
-           "printf('user%05d@example.com',i),printf('/home/user%05d',i),99,'/bin/false',0,20000,0,0,"
-           "printf('User Number %d',i) FROM " + users);
+           "shell_access,fullname) SELECT " +
+               id +
+               ",printf('user%05d',i),'$1$abcdefgh$0123456789abcdefghijk.',"
+               "printf('user%05d@example.com',i),printf('/home/user%05d',i),99,'/bin/false',0,20000,0,0,"
+               "printf('User Number %d',i) FROM " +
+               users);
     run_on(db, "INSERT INTO user_quota (user_id,share_id,mb_soft,mb_hard) SELECT " + id + ",1,800,1000 FROM " + users);
     run_on(db, "INSERT INTO _user_quota_stat (user_id,share_id,mb_used) SELECT " + id + ",1,i FROM " + users);
-    run_on(db,
-           "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) SELECT " +
-               id + ",1,5000,'snapshots',0 FROM " + users);
+    run_on(
+        db,
+        "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) SELECT " +
+            id + ",1,5000,'snapshots',0 FROM " + users);
     run_on(db, "INSERT INTO `$timemachine_quota` (user_id,enabled,capacity_mb) SELECT " + id + ",1,2000 FROM " + users +
                    " WHERE i%10=0");
     run_on(db, "INSERT INTO `$group` (id,gname,is_privileged) SELECT " + id + ",printf('group%04d',i),0 FROM " +
@@ -51,7 +56,8 @@ void fill(sqlite3 *db, const Amount &amount)
                        numbers(amount.members) + " m");
     run_on(db,
            "INSERT INTO `$log` (tstamp,severity,category,msg_tag,msg_args_xml) SELECT 1700000000+i,'info','account',"
-           "'LOGMSG_LOGIN','<user>anna</user>' FROM " + numbers(amount.entries));
+           "'LOGMSG_LOGIN','<user>anna</user>' FROM " +
+               numbers(amount.entries));
     run_on(db, "COMMIT");
     run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");
 }

@@ -106,7 +106,8 @@ struct Prepared {
     template <class... Args>
     void run(const char *format, Args... args)
     {
-        each(format, [](const Row &) {}, args...);
+        each(
+            format, [](const Row &) {}, args...);
     }
 
 private:

@@ -5,7 +5,7 @@
 //   qbobj_bench --once CASE WAY COUNT          COUNT calls and nothing else, for an instruction count
 //   qbobj_bench --cases                        the names that --once takes
 //   qbobj_bench --database FILE USERS          leaves a filled database for a peer in another process
-#include <malloc.h>
+#include <apr_allocator.h>
 
 #include <chrono>
 #include <cstdio>
@@ -104,33 +104,42 @@ std::vector<Case> read_cases(bool quick)
     std::shared_ptr<LazyBed> largest;
     for (const int users : quick ? std::vector<int>{1000} : std::vector<int>{1000, 10000, 32000}) {
         largest = std::make_shared<LazyBed>(LazyBed{{.users = users}, nullptr});
-        cases.push_back({"getUserCollection/" + std::to_string(users), users, largest,
+        cases.push_back({"getUserCollection/" + std::to_string(users),
+                         users,
+                         largest,
                          {[](Bed &bed) { list_users(bed, 0, 0); }, [](Bed &bed) { bed.a.all_users(); },
                           [](Bed &bed) { bed.b.all_users(); }}});
     }
     const int users = largest->amount.users;
-    cases.push_back({"getUserCollection/page of 50", 50, largest,
-                     {[users](Bed &bed) { list_users(bed, 50, users / 2); },
-                      [users](Bed &bed) { bed.a.page_of_users(users / 2); },
-                      [users](Bed &bed) { bed.b.page_of_users(users / 2); }}});
-    cases.push_back({"getUser/1", 1, largest,
-                     {[](Bed &bed) {
-                          Data &d = bed.data;
-                          User user{};
-                          user.resource_id = kFirstUser + 500;
-                          d.check(qbobj_getUser(d.qbdb, d.db, &user, &d.err));
-                      },
-                      [](Bed &bed) { bed.a.one_user(kFirstUser + 500); },
-                      [](Bed &bed) { bed.b.one_user(kFirstUser + 500); }}});
+    cases.push_back(
+        {"getUserCollection/page of 50",
+         50,
+         largest,
+         {[users](Bed &bed) { list_users(bed, 50, users / 2); }, [users](Bed &bed) { bed.a.page_of_users(users / 2); },
+          [users](Bed &bed) { bed.b.page_of_users(users / 2); }}});
+    cases.push_back(
+        {"getUser/1",
+         1,
+         largest,
+         {[](Bed &bed) {
+              Data &d = bed.data;
+              User user{};
+              user.resource_id = kFirstUser + 500;
+              d.check(qbobj_getUser(d.qbdb, d.db, &user, &d.err));
+          },
+          [](Bed &bed) { bed.a.one_user(kFirstUser + 500); }, [](Bed &bed) { bed.b.one_user(kFirstUser + 500); }}});
     const auto user_name = [](Bed &bed) {
         Data &d = bed.data;
         const char *name = nullptr;
         d.check(qbobj_getUserName(d.qbdb, d.db, kFirstUser + 500, &name, &d.err));
     };
-    cases.push_back({"getUserName/1", 1, largest,
+    cases.push_back({"getUserName/1",
+                     1,
+                     largest,
                      {user_name, [](Bed &bed) { bed.a.user_name(kFirstUser + 500); },
                       [](Bed &bed) { bed.b.user_name(kFirstUser + 500); }}});
-    cases.push_back({"getGroupCollection/500x20", 500,
+    cases.push_back({"getGroupCollection/500x20",
+                     500,
                      std::make_shared<LazyBed>(LazyBed{{.users = 5000, .groups = 500, .members = 20}, nullptr}),
                      {[](Bed &bed) {
                           Data &d = bed.data;
@@ -138,7 +147,9 @@ std::vector<Case> read_cases(bool quick)
                           d.check(qbobj_getGroupCollection(d.qbdb, d.db, &groups, nullptr, &d.err));
                       },
                       [](Bed &bed) { bed.a.all_groups(); }, [](Bed &bed) { bed.b.all_groups(); }}});
-    cases.push_back({"getLog/100 of 100000", 100, std::make_shared<LazyBed>(LazyBed{{.entries = 100000}, nullptr}),
+    cases.push_back({"getLog/100 of 100000",
+                     100,
+                     std::make_shared<LazyBed>(LazyBed{{.entries = 100000}, nullptr}),
                      {[](Bed &bed) {
                           Data &d = bed.data;
                           LogQuery query{};
@@ -163,32 +174,40 @@ std::vector<Case> write_cases(bool quick)
     const auto bed = std::make_shared<LazyBed>(LazyBed{{.users = 1000}, nullptr});
     const int chained = quick ? 100 : 1000;
     const auto chain = std::make_shared<UserChain>(chained);
-    cases.push_back({"addUser/chain of " + std::to_string(chain->users.size()), static_cast<int>(chain->users.size()), bed,
-                     {[chain](Bed &b) {
-                          Data &d = b.data;
-                          d.check(qbobj_addUser(d.qbdb, d.db, chain->fresh(), &d.err));
-                      },
-                      [chain](Bed &b) { b.a.add_users(chain->fresh()); },
-                      [chain](Bed &b) { b.b.add_users(chain->fresh()); }},
-                     kRemoveUsers});
+    cases.push_back(
+        {"addUser/chain of " + std::to_string(chain->users.size()),
+         static_cast<int>(chain->users.size()),
+         bed,
+         {[chain](Bed &b) {
+              Data &d = b.data;
+              d.check(qbobj_addUser(d.qbdb, d.db, chain->fresh(), &d.err));
+          },
+          [chain](Bed &b) { b.a.add_users(chain->fresh()); }, [chain](Bed &b) { b.b.add_users(chain->fresh()); }},
+         kRemoveUsers});
     const auto list = std::make_shared<UserChain>(quick ? 500 : 10000);
-    cases.push_back({"addUserList/" + std::to_string(list->users.size()), static_cast<int>(list->users.size()), bed,
-                     {[list](Bed &b) {
-                          Data &d = b.data;
-                          d.check(qbobj_addUserList(d.qbdb, d.db, list->fresh(), &d.err));
-                      },
-                      [list](Bed &b) { b.a.add_user_list(list->fresh()); },
-                      [list](Bed &b) { b.b.add_user_list(list->fresh()); }},
-                     kRemoveUsers});
+    cases.push_back(
+        {"addUserList/" + std::to_string(list->users.size()),
+         static_cast<int>(list->users.size()),
+         bed,
+         {[list](Bed &b) {
+              Data &d = b.data;
+              d.check(qbobj_addUserList(d.qbdb, d.db, list->fresh(), &d.err));
+          },
+          [list](Bed &b) { b.a.add_user_list(list->fresh()); }, [list](Bed &b) { b.b.add_user_list(list->fresh()); }},
+         kRemoveUsers});
     const auto user = std::make_shared<User>(existing_user(kFirstUser + 500, "user00500"));
-    cases.push_back({"modifyUser/1", 1, bed,
-                     {[user](Bed &b) {
-                          Data &d = b.data;
-                          d.check(qbobj_modifyUser(d.qbdb, d.db, user.get(), &d.err));
-                      },
-                      [user](Bed &b) { b.a.modify_user(user.get()); },
-                      [user](Bed &b) { b.b.modify_user(user.get()); }}});
-    cases.push_back({"addLog/1", 1, bed,
+    cases.push_back(
+        {"modifyUser/1",
+         1,
+         bed,
+         {[user](Bed &b) {
+              Data &d = b.data;
+              d.check(qbobj_modifyUser(d.qbdb, d.db, user.get(), &d.err));
+          },
+          [user](Bed &b) { b.a.modify_user(user.get()); }, [user](Bed &b) { b.b.modify_user(user.get()); }}});
+    cases.push_back({"addLog/1",
+                     1,
+                     bed,
                      {[](Bed &b) {
                           Data &d = b.data;
                           d.check(qbobj_addLog(d.qbdb, d.db, 1700000000, "info", "account", "LOGMSG_LOGIN",
@@ -244,6 +263,17 @@ void measure(benchmark::State &state, const Case &each, Way way)
     }
 }
 
+/// Bytes of address space that the process has: what the pools' allocator maps shows there.
+size_t memory_in_use()
+{
+    size_t pages = 0;
+    if (FILE *file = fopen("/proc/self/statm", "r")) {
+        if (fscanf(file, "%zu", &pages) != 1) pages = 0;
+        fclose(file);
+    }
+    return pages * 4096;
+}
+
 /// Memory that one of our calls takes for each record, beyond what the handle holds already.
 double bytes_per_record(const Case &each)
 {
@@ -252,12 +282,20 @@ double bytes_per_record(const Case &each)
     undo(each);
     qbdb_request_end(bed.data.qbdb);
     qbdb_t *qbdb = bed.data.qbdb;
-    const size_t before = mallinfo2().uordblks;
+    // What the pools give up must go back to the heap at once, or the next call would take it from there unseen.
+    apr_allocator_t *allocator = apr_pool_allocator_get(qbdb->pool);
+    apr_allocator_max_free_set(allocator, 1);
     qbdb_request_begin(qbdb);
     each.ways[kOurs](bed);
-    const size_t after = mallinfo2().uordblks;
     undo(each);
     qbdb_request_end(qbdb);
+    const size_t before = memory_in_use();
+    qbdb_request_begin(qbdb);
+    each.ways[kOurs](bed);
+    const size_t after = memory_in_use();
+    undo(each);
+    qbdb_request_end(qbdb);
+    apr_allocator_max_free_set(allocator, APR_ALLOCATOR_MAX_FREE_UNLIMITED);
     return after > before ? static_cast<double>(after - before) / each.records : 0;
 }
 
@@ -313,13 +351,15 @@ int main(int argc, char **argv)
         if (word == "--quick") quick = true;
         else if (word == "--json" && i + 1 < argc) json = argv[++i];
         else if (word == "--once" && i + 3 < argc) return run_once(argv[i + 1], argv[i + 2], atoi(argv[i + 3]));
-        else if (word == "--database" && i + 2 < argc) return write_database(argv[i + 1], {.users = atoi(argv[i + 2])}), 0;
+        else if (word == "--database" && i + 2 < argc)
+            return write_database(argv[i + 1], {.users = atoi(argv[i + 2])}), 0;
         else if (word == "--cases") {
             for (const Case &each : all_cases(false)) printf("%s\t%d\n", each.name.c_str(), each.records);
             return 0;
         } else {
-            fprintf(stderr, "usage: qbobj_bench [--quick] [--json FILE] | --once CASE WAY COUNT | --cases | --database "
-                            "FILE USERS\n");
+            fprintf(stderr,
+                    "usage: qbobj_bench [--quick] [--json FILE] | --once CASE WAY COUNT | --cases | --database "
+                    "FILE USERS\n");
             return 2;
         }
     }

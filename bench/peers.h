@@ -16,8 +16,7 @@ T *append(apr_pool_t *pool, T ***tail)
     return element;
 }
 
-inline constexpr char kAdsMode[] =
-    "SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1";
+inline constexpr char kAdsMode[] = "SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1";
 inline constexpr char kUserQuotas[] =
     "SELECT S.zfs_name,Q.mb_hard,QS.mb_used FROM user_quota Q INNER JOIN share S ON S.id=Q.share_id LEFT JOIN "
     "_user_quota_stat QS ON QS.share_id=Q.share_id AND QS.user_id=Q.user_id WHERE Q.user_id=%d";
@@ -29,12 +28,11 @@ inline constexpr char kHomeFolder[] =
     "H.visible_snapdir,H.prev_versions FROM `$home_folder` H WHERE H.user_id=%d";
 inline constexpr char kTimeMachinePath[] =
     "SELECT A.home_volume_id || '/.timemachine/' || U.uname FROM account_default A, '$user' U WHERE U.id=%d";
-inline constexpr char kTimeMachine[] =
-    "SELECT T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id=%d";
+inline constexpr char kTimeMachine[] = "SELECT T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id=%d";
 
-#define QB_LISTED_USERS                                                                                           \
-    "FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND U.uname<>'nobody' AND "     \
-    "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM "  \
+#define QB_LISTED_USERS                                                                                          \
+    "FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND U.uname<>'nobody' AND "    \
+    "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM " \
     "`$group` G WHERE G.gname='nogroup')))"
 inline constexpr char kCountUsers[] = "SELECT COUNT(*) " QB_LISTED_USERS;
 inline constexpr char kUsers[] =
@@ -84,8 +82,8 @@ struct Peer {
         engine.each(
             kHomeFolder,
             [&](const auto &row) {
-                auto *home = static_cast<UserHomeFolderSettings *>(
-                    apr_pcalloc(engine.pool, sizeof(UserHomeFolderSettings)));
+                auto *home =
+                    static_cast<UserHomeFolderSettings *>(apr_pcalloc(engine.pool, sizeof(UserHomeFolderSettings)));
                 home->UserId = id;
                 home->SnapshotProtectionEnabled = row.int32(0);
                 home->SizeLimit = row.uint64(1);
@@ -97,12 +95,13 @@ struct Peer {
             },
             id);
         const char *path = nullptr;
-        engine.each(kTimeMachinePath, [&](const auto &row) { path = row.text(0); }, id);
+        engine.each(
+            kTimeMachinePath, [&](const auto &row) { path = row.text(0); }, id);
         engine.each(
             kTimeMachine,
             [&](const auto &row) {
-                auto *quota = static_cast<UserTimeMachineQuota *>(
-                    apr_pcalloc(engine.pool, sizeof(UserTimeMachineQuota)));
+                auto *quota =
+                    static_cast<UserTimeMachineQuota *>(apr_pcalloc(engine.pool, sizeof(UserTimeMachineQuota)));
                 quota->UserId = id;
                 quota->Enabled = row.int32(0);
                 quota->CapacityMB = row.int32(1);
@@ -175,7 +174,8 @@ struct Peer {
         pool();
         engine.begin();
         const char *name = nullptr;
-        engine.each("SELECT U.uname FROM `$user` U WHERE U.id=%d", [&](const auto &row) { name = row.text(0); }, id);
+        engine.each(
+            "SELECT U.uname FROM `$user` U WHERE U.id=%d", [&](const auto &row) { name = row.text(0); }, id);
         engine.commit();
     }
 
@@ -202,7 +202,8 @@ struct Peer {
                 quotas(kGroupQuotas, group->GroupId, &group->GroupQuota);
                 User **members = &group->SecondaryMember;
                 engine.each(
-                    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,"
+                    "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE "
+                    "G.id=U.group_id),U.home,U.email,U.passwd,"
                     "CASE WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group_has_user` GU INNER JOIN `$user` U ON "
                     "U.id=GU.user_id WHERE GU.group_id=%d ORDER BY U.uname COLLATE NOCASE",
                     [&](const auto &member_row) {
@@ -228,16 +229,19 @@ struct Peer {
     {
         const auto nothing = [](const auto &) {};
         int32_t group = 99;
-        engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL",
-                    [&](const auto &row) { group = row.int32(0); }, user->GroupName);
+        engine.each(
+            "SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL", [&](const auto &row) { group = row.int32(0); },
+            user->GroupName);
         const char *home = nullptr;
-        engine.each("SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
+        engine.each(
+            "SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
         engine.each("SELECT COUNT(*) FROM `$user` WHERE uname=%Q", nothing, user->UserName);
         int32_t id = 0;
         engine.each("SELECT next_uid FROM account_default", [&](const auto &row) { id = row.int32(0); });
         bool taken = false;
-        engine.each("SELECT id FROM `$user` WHERE id >= %d ORDER BY id",
-                    [&](const auto &row) { taken = taken || row.int32(0) == id; }, id);
+        engine.each(
+            "SELECT id FROM `$user` WHERE id >= %d ORDER BY id",
+            [&](const auto &row) { taken = taken || row.int32(0) == id; }, id);
         if (taken) give_up(engine.db, "the id is taken");
         engine.run("UPDATE account_default SET next_uid=%d", id + 1);
         engine.run(
@@ -246,11 +250,13 @@ struct Peer {
             id, user->UserName, user->SysHash, user->Email, home, group, "/bin/false", user->IsLocked,
             user->ShellAccess);
         engine.run(
-            "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
+            "INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) "
+            "VALUES "
             "(%d,(SELECT snapshot_protection FROM account_default LIMIT 1),(SELECT home_folder_capacity_limit FROM "
             "account_default LIMIT 1),%Q,0)",
             id, "");
-        engine.each("SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
+        engine.each(
+            "SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
         engine.each("SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1", nothing, user->UserName);
         engine.each("SELECT private_time_machine FROM account_default LIMIT 1", nothing);
     }
@@ -262,8 +268,9 @@ struct Peer {
         for (const User *user = chain; user; user = user->next) {
             int32_t group = 99;
             int32_t id = 0;
-            engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL",
-                        [&](const auto &row) { group = row.int32(0); }, user->GroupName);
+            engine.each(
+                "SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL",
+                [&](const auto &row) { group = row.int32(0); }, user->GroupName);
             engine.each(
                 "SELECT IFNULL(MAX(U.id)+1,100) FROM `$user` U WHERE U.is_privileged=0 AND U.rid IS NULL AND "
                 "U.id<32767",
@@ -272,7 +279,8 @@ struct Peer {
                 "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed) "
                 "VALUES(%d,%Q,%Q,%Q,%Q,%d,'/bin/false',0,STRFTIME('%%s',DATETIME('NOW'))/60/24/24)",
                 id, user->UserName, user->Password, user->Email, "/home", group);
-            engine.each("SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
+            engine.each(
+                "SELECT home FROM `$user` WHERE id=%d", [&](const auto &row) { row.text(0); }, id);
         }
         engine.commit();
     }
@@ -291,11 +299,13 @@ struct Peer {
         engine.each("SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
         engine.each("SELECT U.home FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
         const char *home = nullptr;
-        engine.each("SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
+        engine.each(
+            "SELECT '/home/'||%Q", [&](const auto &row) { home = row.text(0); }, user->UserName);
         engine.each("SELECT id FROM `$group` WHERE gname=%Q AND rid IS NULL", nothing, user->GroupName);
         engine.each("SELECT COUNT(*) FROM ssh_public_key WHERE user_id=%d AND serve_for='rsync'", nothing, id);
         engine.run(
-            "UPDATE `$user` SET uname=%Q,home=%Q,email=%Q,group_id=%d,is_locked=%d,shell=%Q,shell_access=%d WHERE id=%d",
+            "UPDATE `$user` SET uname=%Q,home=%Q,email=%Q,group_id=%d,is_locked=%d,shell=%Q,shell_access=%d WHERE "
+            "id=%d",
             user->UserName, home, user->Email, 99, user->IsLocked, "/bin/false", user->ShellAccess, id);
         engine.each("SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1", nothing, user->UserName);
         engine.commit();
@@ -311,7 +321,8 @@ struct Peer {
         engine.each("SELECT COUNT(*) FROM `$log` L ", nothing);
         engine.each("SELECT COUNT(*) FROM `$log` L", nothing);
         engine.each(
-            "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L ORDER BY L.id DESC LIMIT "
+            "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L ORDER BY L.id DESC "
+            "LIMIT "
             "%d,%d",
             [&](const auto &row) {
                 LogEntry *entry = append(engine.pool, &tail);

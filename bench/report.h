@@ -16,14 +16,14 @@ inline constexpr const char *kWayNames[] = {"ours", "A", "B"};
 /// What is known of a case beside its times.
 struct CaseFacts {
     std::string operation;
-    int records = 1;        // read or written by one call
-    double bytes = 0;       // of memory for each record, 0 when not measured
+    int records = 1;   // read or written by one call
+    double bytes = 0;  // of memory for each record, 0 when not measured
 };
 
 struct RatioReporter : benchmark::BenchmarkReporter {
-    std::map<std::string, CaseFacts> facts;               // by "operation/size"
-    std::vector<std::string> order;                       // of the cases, as registered
-    std::map<std::string, std::vector<double>> seconds;   // by "operation/size/way", one a repetition
+    std::map<std::string, CaseFacts> facts;              // by "operation/size"
+    std::vector<std::string> order;                      // of the cases, as registered
+    std::map<std::string, std::vector<double>> seconds;  // by "operation/size/way", one a repetition
 
     bool ReportContext(const Context &) override { return true; }
     void ReportRuns(const std::vector<Run> &runs) override;

@@ -54,7 +54,8 @@ typedef struct qbdb {
 
 /**
  * Opens a database. Nothing is created or changed unless QBDB_OPEN_CREATE is given; a file that is
- * not an appliance database, or one of a newer schema, is refused and left as it is.
+ * not an appliance database, or one of a newer schema, is refused and left as it is. While a database
+ * is open, also for reading, SQLite keeps its -wal and -shm files beside it.
  * @param path    File name of the database, not null.
  * @param mode    One of the QBDB_OPEN_ values.
  * @param volume  With QBDB_OPEN_CREATE the name of a first volume, or null for none; else ignored.
@@ -62,7 +63,8 @@ typedef struct qbdb {
  * @param db      Out: the connection, owned by the handle; null on failure.
  * @param text    Out: why it failed, cut to fit; untouched on success; may be null.
  * @param size    Size of `text` in bytes.
- * @return 0, or a SQLite result code (14 cannot open, 26 not an appliance database, 8 read-only, …).
+ * @return 0, or a SQLite result code (14 cannot open, 26 not an appliance database, 8 the file may not be
+ *         written to, 11 damaged, 21 unknown mode, …).
  */
 QBDB_API int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db,
                        char *text, size_t size);
@@ -238,7 +240,9 @@ QBDB_API void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t l
 /* ---- Transactions ------------------------------------------------------------------------------- */
 
 /**
- * Begins a transaction that may write (BEGIN IMMEDIATE; a plain BEGIN on a read-only connection).
+ * Begins a transaction that may write (BEGIN IMMEDIATE; a plain BEGIN on a read-only connection). Each
+ * begin is followed by its commit or, when it or anything after it failed, by its rollback: one that is
+ * refused because the handle's own transaction is open leaves that one open, and so does its rollback.
  * @param qbdb  The handle.
  * @param db    The connection.
  * @param flags 0.
@@ -289,7 +293,8 @@ QBDB_API int qbdb_sql_exec_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text,
                                    uint32_t line, const char *format, ...);
 
 /**
- * Reads a table: `ncolumn` column names, then `nrow` x `ncolumn` values row by row, null for NULL.
+ * Reads a table as sqlite3_get_table does: `ncolumn` column names, then `nrow` x `ncolumn` values row by
+ * row, null for NULL. A column without AS whose text holds a value has no certain name.
  * @param qbdb    The handle.
  * @param db      The connection.
  * @param text    Out: failure text; may be null.
@@ -297,7 +302,7 @@ QBDB_API int qbdb_sql_exec_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text,
  * @param line    Caller's source line.
  * @param result  Out: the table, to be released with sqlite3_free_table; null on failure.
  * @param nrow    Out: number of rows; 0 on failure.
- * @param ncolumn Out: number of columns; 0 on failure.
+ * @param ncolumn Out: number of columns; 0 without rows and on failure.
  * @param format  Format of the statement.
  * @return 0, or SQLite's primary result code.
  */
@@ -320,7 +325,8 @@ QBDB_API int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char *
                                          uint32_t line, const char **value, const char *format, ...);
 
 /**
- * Reads the first column of the first row as a 32-bit integer; NULL reads as 0.
+ * Reads the first column of the first row as a 32-bit integer; NULL reads as 0, a text
+ * as the decimal number that it begins with.
  * @param qbdb     The handle.
  * @param db       The connection.
  * @param text     Out: failure text; may be null.
@@ -335,7 +341,8 @@ QBDB_API int qbdb_sql_get_int32_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **
                                         uint32_t line, int32_t *value, int *notfound, const char *format, ...);
 
 /**
- * Reads the first column of the first row as an unsigned 64-bit number; NULL reads as 0.
+ * Reads the first column of the first row as an unsigned 64-bit number; NULL reads as 0, a text
+ * as the number that it begins with, its base detected (0x1F, 017).
  * @param qbdb     The handle.
  * @param db       The connection.
  * @param text     Out: failure text; may be null.
@@ -385,7 +392,8 @@ QBDB_API int qbdb_sql_duplicate_tables(qbdb_t *qbdb, sqlite3 *db, int flags, con
  * @param flags     0.
  * @param tables    Names, ended by a null pointer.
  * @param prefix    Prefix of the copies' names.
- * @param differing Out: hash in the handle's pool, keyed by the names of the tables that differ.
+ * @param differing Out: hash in the handle's pool, keyed by the names of the tables that differ; null on
+ *                  failure.
  * @return 0, or SQLite's primary result code.
  */
 QBDB_API int qbdb_sql_compare_tables(qbdb_t *qbdb, sqlite3 *db, int flags, const char *const *tables,

@@ -11,24 +11,25 @@
 extern "C" {
 #endif
 
-/** ResourceId. */
+/** The database key of a row, where nothing else of it matters. */
 struct ResourceId {
     struct ResourceId *next; /**< Next element of the list, or null. */
-    int32_t resource_id; /**< */
+    int32_t resource_id;     /**< Database key, 1 or more. */
 };
 
-/** NetworkInterface. */
+/** The configuration of a network interface; bringing it into force is another program's business. */
 struct NetworkInterface {
     struct NetworkInterface *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Name; /**< */
-    const char *Mac; /**< */
-    const char *Protocol; /**< */
-    const char *IP; /**< */
-    const char *DNS1; /**< */
-    const char *DNS2; /**< */
-    const char *Gateway; /**< */
-    const char *Subnet; /**< */
+    const char *key;      /**< Key word: the same as Name; filled by readers, not looked at by others. */
+    const char *Name;     /**< Unique name, "eth0": 1 to 16 letters, digits, "_", "-", "." and blanks, the first
+                               a letter or digit; case counts. */
+    const char *Mac;      /**< Hardware address, six hexadecimal groups of one or two digits joined by ":". */
+    const char *Protocol; /**< How the interface gets its address ("dhcp", "static", …); stored as given. */
+    const char *IP;       /**< IPv4 address in dotted form, or "". */
+    const char *DNS1;     /**< First name server, IPv4 address in dotted form, or "". */
+    const char *DNS2;     /**< Second name server, IPv4 address in dotted form, or "". */
+    const char *Gateway;  /**< Router, IPv4 address in dotted form, or "". */
+    const char *Subnet;   /**< Network mask; stored as given when the interface is added, never changed. */
 };
 
 /** LogEntry. */
@@ -55,41 +56,42 @@ struct LogQuery {
     const char *msg_tag; /**< */
 };
 
-/** UpsConfig. */
+/** An uninterruptible power supply: its configuration, what it told of itself, its last reading. */
 struct UpsConfig {
     struct UpsConfig *next; /**< Next element of the list, or null. */
-    const char *key; /**< Key word: the text by which the element is addressed. */
-    const char *Port; /**< */
-    const char *Type; /**< */
-    int32_t Enabled; /**< */
-    const char *Name; /**< */
-    const char *Description; /**< */
-    const char *UpsModel; /**< */
-    const char *UpsMfr; /**< */
-    const char *UpsMfrDate; /**< */
-    const char *UpsSerial; /**< */
-    int32_t ShutdownThreshold; /**< */
-    int32_t Share_enabled; /**< */
-    const char *List1; /**< */
-    const char *SnmpCommunity; /**< */
-    const char *SnmpMibs; /**< */
-    const char *RemoteUserName; /**< */
-    const char *RemotePassword; /**< */
-    const char *UpsStatus; /**< */
-    const char *UpsAlarm; /**< */
-    const char *BatteryCharge; /**< */
-    int32_t BatteryRunTime; /**< */
-    const char *BatteryVoltage; /**< */
+    const char *key;        /**< Key word, the resource id "name@host": addresses the unit when it is changed;
+                                 filled by readers and by adding. */
+    const char *Port;       /**< "auto" for a local unit, else the IPv4 address of the unit or its server. */
+    const char *Type;       /**< "local" (attached here), "remote" (another server's) or "snmp". */
+    int32_t Enabled;        /**< 1 when the unit is watched; at most 6 are. */
+    const char *Name;       /**< 1 to 15 letters and digits, the first a letter. */
+    const char *Description; /**< Free text. */
+    const char *UpsModel;    /**< Model, learnt from the device. */
+    const char *UpsMfr;      /**< Manufacturer, learnt from the device. */
+    const char *UpsMfrDate;  /**< Date of manufacture, learnt from the device. */
+    const char *UpsSerial;   /**< Serial number, learnt from the device. */
+    int32_t ShutdownThreshold;  /**< Battery charge in percent at which the appliance shuts down. */
+    int32_t Share_enabled;      /**< Local units: 1 when the appliance lets other machines watch the unit. */
+    const char *List1;          /**< Local units: address on which the appliance listens for them. */
+    const char *SnmpCommunity;  /**< SNMP units: community. */
+    const char *SnmpMibs;       /**< SNMP units: name of the MIB, "auto" or a driver's. */
+    const char *RemoteUserName; /**< Remote units: user at the other server. */
+    const char *RemotePassword; /**< Remote units: that user's password, stored in clear. */
+    const char *UpsStatus;      /**< Out: last reading, words joined by "_"; "?" when there is none. */
+    const char *UpsAlarm;       /**< Out: last alarm; "?" when there is none. */
+    const char *BatteryCharge;  /**< Charge in percent, as text. */
+    int32_t BatteryRunTime;     /**< Seconds that the battery lasts. */
+    const char *BatteryVoltage; /**< Volts, as text. */
 };
 
-/** NetworkInterfaceCollection. */
+/** List of network interfaces. */
 struct NetworkInterfaceCollection {
-    struct NetworkInterface *NetworkInterface; /**< */
+    struct NetworkInterface *NetworkInterface; /**< First interface, or null. */
 };
 
-/** UpsConfigCollection. */
+/** List of uninterruptible power supplies. */
 struct UpsConfigCollection {
-    struct UpsConfig *UpsConfig; /**< */
+    struct UpsConfig *UpsConfig; /**< First unit, or null. */
 };
 
 /* ---- System log --------------------------------------------------------------------------------- */
@@ -144,6 +146,64 @@ QBOBJ_API uint32_t qbobj_truncateLog(qbdb_t *qbdb, sqlite3 *db, int32_t keep, Er
  */
 QBOBJ_API uint32_t qbobj_addLog(qbdb_t *qbdb, sqlite3 *db, int32_t time, const char *severity, const char *category,
                                 const char *msgTag, const char *argsXml, ErrorInfo *err);
+
+/* ---- Network interfaces -------------------------------------------------------------------------- */
+
+/**
+ * Lists the network interfaces by name, case ignored.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param interfaces Out: the interfaces, appended to the record's list.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The list stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getNetworkInterfaceCollection(qbdb_t *qbdb, sqlite3 *db,
+                                                       NetworkInterfaceCollection *interfaces, ErrorInfo *err);
+
+/**
+ * Reads one network interface.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param nif  In: Name. Out: everything; fields without a value are null, the link is left alone.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such interface; 8 no Name. The record stays as it is
+ *         on failure.
+ */
+QBOBJ_API uint32_t qbobj_getNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err);
+
+/**
+ * Adds a network interface.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param nif  The interface. Name and Mac are required; IP, DNS1, DNS2 and Gateway may be null or empty.
+ *             Protocol and Subnet are stored unchecked. Only the first element of a list is added.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 a bad field, or a Name already in use.
+ */
+QBOBJ_API uint32_t qbobj_addNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err);
+
+/**
+ * Deletes a network interface.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Its name; null is refused with 8.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 6 no such interface; 8 no name.
+ */
+QBOBJ_API uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Changes a network interface: those of Mac, Protocol, IP, DNS1, DNS2 and Gateway that are not null. The
+ * subnet cannot be changed: delete the interface and add it again. An address cannot be emptied either.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param nif  Name addresses the interface; the other fields are the new values. When no interface has
+ *             the Name nothing happens.
+ * @param err  Out: error record, not null.
+ * @return 0, also when nothing was given or found; 5 database failure, or values of more than about 400
+ *         bytes together; 8 no Name, or a bad field.
+ */
+QBOBJ_API uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err);
 
 #ifdef __cplusplus
 }

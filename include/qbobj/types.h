@@ -305,8 +305,10 @@ typedef union QbobjValue {
 
 /** One row of the operation table. */
 typedef struct QbobjOperation {
-    const char *name;               /**< Exported name, "qbobj_getLog"; null ends the table. */
-    const char *family;             /**< Family word: "users", "system log", … */
+    const char *name;               /**< Exported name, "qbobj_getLog"; null ends the table. The rows of the
+                                         family "legacy" have no prefix: "getServiceEntry". */
+    const char *family;             /**< Family word: "users", "system log", …; "legacy" for the entry points
+                                         of qbobj/legacy.h. */
     const char *summary;            /**< One line that says what it does. */
     const char *codes;              /**< Error codes it can return, separated by blanks. */
     QbobjReturn returns;            /**< What the returned value means. */

@@ -23,19 +23,20 @@ const char *masked(const char *hash)
 uint32_t fill_user(CallContext *ctx, sqlite3 *db, const Rows &rows, int row, const UserColumns &columns,
                    Passwords passwords, User *user)
 {
+    const auto number = [&](int column, int32_t kept) { return column < 0 ? kept : rows.int32(row, column); };
     user->resource_id = rows.int32(row, 0);
     user->UserId = user->resource_id;
     user->UserName = rows.word(ctx, row, 1);
-    user->GroupName =
-        rows.cell(row, 2) ? rows.word(ctx, row, 2) : domain_group_name(ctx, db, rows.int32(row, columns.group_id));
+    if (rows.cell(row, 2)) user->GroupName = rows.word(ctx, row, 2);
+    else user->GroupName = columns.group_id < 0 ? "" : domain_group_name(ctx, db, rows.int32(row, columns.group_id));
     user->HomeDirectory = rows.word(ctx, row, 3);
     user->Email = rows.word(ctx, row, 4);
     user->Password = passwords == Passwords::stored ? rows.word(ctx, row, 5) : masked(rows.cell(row, 5));
     user->IsDomainMember = rows.int32(row, 6);
     const bool names_itself = columns.full_name >= 0;
     if (names_itself) user->FullName = rows.word(ctx, row, columns.full_name);
-    user->IsLocked = rows.int32(row, columns.is_locked);
-    user->ShellAccess = rows.int32(row, columns.shell_access);
+    user->IsLocked = number(columns.is_locked, user->IsLocked);
+    user->ShellAccess = number(columns.shell_access, user->ShellAccess);
     if (!user->UserName || !user->GroupName || !user->HomeDirectory || !user->Email || !user->Password ||
         (names_itself && !user->FullName))
         return REPORT(ctx, 2, "Failed to allocate resource.");

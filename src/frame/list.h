@@ -15,10 +15,11 @@ struct List {
         while (*tail) tail = &(*tail)->next;
     }
 
+    /// Links an element, or a whole list that was built apart (none when null), to the tail.
     void link(T *element)
     {
         *tail = element;
-        tail = &element->next;
+        while (*tail) tail = &(*tail)->next;
     }
 
     /// A new zero-filled element at the tail, or null without memory.

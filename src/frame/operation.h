@@ -118,3 +118,5 @@ consteval QbobjOperation operation(const char *name, const char *family, int cha
 
 /// A row: QB_OPERATION(getLog, "system log", kReads, QBOBJ_RETURNS_CODE, "2 5", "Reads …", in("query").or_null(), …)
 #define QB_OPERATION(verb, ...) operation<qbobj_##verb>("qbobj_" #verb, __VA_ARGS__)
+/// A row of an older entry point, whose name has no prefix.
+#define QB_LEGACY_OPERATION(function, ...) operation<function>(#function, "legacy", __VA_ARGS__)

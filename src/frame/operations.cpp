@@ -20,6 +20,33 @@ constexpr QbobjOperation kOperations[] = {
     QB_OPERATION(addLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds an entry.", in("time"),
                  in("severity").or_null(), in("category").or_null(), in("msgTag").or_null(), in("argsXml").or_null()),
 
+    // ---- network interfaces
+    QB_OPERATION(getNetworkInterfaceCollection, "network interfaces", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the network interfaces by name.", out("interfaces")),
+    QB_OPERATION(getNetworkInterface, "network interfaces", kReads, QBOBJ_RETURNS_CODE, "2 5 6 8",
+                 "Reads a network interface by its Name.", inout("nif")),
+    QB_OPERATION(addNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Adds a network interface.", in("nif")),
+    QB_OPERATION(deleteNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "5 6 8",
+                 "Deletes a network interface by its name.", in("name")),
+    QB_OPERATION(modifyNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Changes the given fields, the subnet excepted, of the network interface of that Name.", in("nif")),
+
+    // ---- settings by key, folder attributes
+    QB_LEGACY_OPERATION(getFolderAttribute, kReads, QBOBJ_RETURNS_CODE, "5",
+                        "Tells whether a folder is a share or a home folder, or lies in one.", in("path").or_null(),
+                        out("attr")),
+    QB_LEGACY_OPERATION(getServiceEntry, kReads, QBOBJ_RETURNS_CODE, "5 6", "Reads a service setting.", in("key"),
+                        out("val")),
+    QB_LEGACY_OPERATION(setServiceEntry, kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                        "Writes a service setting and its mirror, or removes it (null).", in("key"),
+                        in("val").or_null()),
+    QB_LEGACY_OPERATION(getRegistryEntry, kReads, QBOBJ_RETURNS_CODE, "5 6", "Reads an entry of the registry.",
+                        in("key"), out("val")),
+    QB_LEGACY_OPERATION(setRegistryEntry, kChanges, QBOBJ_RETURNS_CODE, "5",
+                        "Writes an entry of the registry; removing one (null) always fails.", in("key"),
+                        in("val").or_null()),
+
     // ---- users, reading
     QB_OPERATION(getUserCollection, "users", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Lists users: filtered, in order, page by page, with quotas, home folder and Time Machine allowance.",
@@ -47,8 +74,121 @@ constexpr QbobjOperation kOperations[] = {
     QB_OPERATION(getUserHomeFolderTotalConsumedInByte, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
                  "Adds up what all home folders use, measured anew.", out("bytes")),
 
+    // ---- groups
+    QB_OPERATION(getGID, "groups", kReads, QBOBJ_RETURNS_FOUND, "", "Finds the id of a group by name.",
+                 in("name").or_null(), out("id")),
+    QB_OPERATION(getGroupName, "groups", kReads, QBOBJ_RETURNS_FOUND, "", "Finds the name of a group by id.", in("id"),
+                 out("name")),
+    QB_OPERATION(getPrimaryGID, "groups", kReads, QBOBJ_RETURNS_FOUND, "", "Finds the id of a user's primary group.",
+                 in("userName").or_null(), out("id")),
+    QB_OPERATION(getPosixGID, "groups", kReads, QBOBJ_RETURNS_ID, "", "Finds the POSIX gid of a group by name.",
+                 in("name").or_null()),
+    QB_OPERATION(getPosixGIDbyGID, "groups", kReads, QBOBJ_RETURNS_ID, "", "Finds the POSIX gid that goes with an id.",
+                 in("id")),
+    QB_OPERATION(isMemberOfGroup, "groups", kReads, QBOBJ_RETURNS_ANSWER, "",
+                 "Tells whether a user is a member of a group: 0 yes, 1 no.", in("userName").or_null(),
+                 in("groupName").or_null()),
+    QB_OPERATION(getGroupCollection, "groups", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Lists groups: filtered, in order, page by page, with quotas and secondary members.", out("groups"),
+                 in("query").or_null()),
+    QB_OPERATION(getGroup, "groups", kReads, QBOBJ_RETURNS_CODE, "5 8",
+                 "Always fails: groups are read through the list.", inout("group")),
+    QB_OPERATION(getSystemGroup, "groups", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Reads the name and the POSIX gid of any group by its id.", inout("group")),
+    QB_OPERATION(addGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 804 806",
+                 "Creates groups with their quotas and secondary members.", inout("group").or_null().chained()),
+    QB_OPERATION(deleteGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 6 8 822 844",
+                 "Removes groups; their names and ids stay taken.", in("group").or_null().chained()),
+    QB_OPERATION(modifyGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 806",
+                 "Renames groups, sets their quotas, replaces their secondary members.",
+                 in("group").or_null().chained()),
+
+    // ---- passwords, account defaults, security
+    QB_OPERATION(getAdminPassword, "passwords", kReads, QBOBJ_RETURNS_CODE, "5",
+                 "Reads the administrator's recovery settings and shell access.", out("admin")),
+    QB_OPERATION(setAdminPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Sets the administrator's recovery settings, shell access and password; root gets the same.",
+                 in("admin")),
+    QB_OPERATION(setUserPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Sets a user's password.",
+                 in("pw")),
+    QB_OPERATION(setMyPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Changes a user's password after checking the old one.", in("pw")),
+    QB_OPERATION(getAccountDefault, "account defaults", kReads, QBOBJ_RETURNS_CODE, "5",
+                 "Reads the defaults for new accounts.", out("def")),
+    QB_OPERATION(setAccountDefault, "account defaults", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Writes the defaults for new accounts.", in("def")),
+    QB_OPERATION(getSecurity, "security", kReads, QBOBJ_RETURNS_CODE, "5", "Reads the directory settings.",
+                 out("security")),
+    QB_OPERATION(setSecurity, "security", kChanges, QBOBJ_RETURNS_CODE, "5 8 819 820 833",
+                 "Writes the directory settings.", in("security")),
+    QB_OPERATION(setSecurityIdmapBackend, "security", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Sets how directory ids become POSIX ids: tdb or rid.", in("backend")),
+    QB_OPERATION(getSecurityAdsProgress, "security", kReads, QBOBJ_RETURNS_CODE, "5",
+                 "Reads how far the import of directory accounts is.", out("progress")),
+
+    // ---- SSH public keys
+    QB_OPERATION(addSshPublicKey, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "2 5 802 836 837 842",
+                 "Adds a user's SSH public key.", inout("key")),
+    QB_OPERATION(deleteSshPublicKey, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "5 838",
+                 "Removes an SSH public key.", in("key")),
+    QB_OPERATION(setSshPublicKeyById, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "2 5 838",
+                 "Changes the title and the use of an SSH public key.", in("key")),
+    QB_OPERATION(getSshPublicKeyById, "SSH public keys", kReads, QBOBJ_RETURNS_CODE, "5 838",
+                 "Reads an SSH public key.", in("id"), out("key")),
+    QB_OPERATION(getSshPublicKeyTiedRootKeyById, "SSH public keys", kReads, QBOBJ_RETURNS_CODE, "5 838",
+                 "Reads root's twin of an SSH public key of the administrator.", in("id"), out("key")),
+    QB_OPERATION(getSshPublicKeyCollection, "SSH public keys", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Reads the SSH public keys of all users but root.", out("keys")),
+
+    // ---- users, creating
+    QB_OPERATION(addUser, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8 801 802 806 809 834 843 845",
+                 "Creates users with their quotas, home folders, Time Machine allowances and aliases.",
+                 inout("user").or_null().chained()),
+    QB_OPERATION(addUserList, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Creates the users of a list that was checked before.", inout("user").or_null().chained()),
+    QB_OPERATION(checkUserList, "users", kReads, QBOBJ_RETURNS_CODE, "1 2 5 8 801 806 809",
+                 "Reads and checks the list of users in the file /tmp/user_list.txt.", out("users"), out("groups"),
+                 in("existingUsers").or_null(), in("existingGroups").or_null()),
+
+    // ---- users, changing and removing
+    QB_OPERATION(modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
+                 "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
+                 inout("user").or_null().chained()),
+    QB_OPERATION(setPrimaryGroupByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5", "Sets a user's primary group.",
+                 in("userName"), in("groupName")),
+    QB_OPERATION(disableEnableLocalUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Locks or unlocks the password of one local user or of all.", in("enable"), in("userName").or_null()),
+    QB_OPERATION(modifyUserVisibleSnapFolder, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Sets the folder in which a user sees the snapshots of the home folder.", in("userId"),
+                 in("folder").or_null()),
+    QB_OPERATION(deleteUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
+                 "Removes users by id, with everything that hangs on them.", inout("user").or_null().chained()),
+    QB_OPERATION(deleteUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
+                 "Removes local users by name, with everything that hangs on them.", inout("user").or_null().chained()),
+
+    // ---- SMB user-name map
+    QB_OPERATION(getSmbUserNameMapCollection, "SMB user-name map", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Reads the second names under which SMB clients reach local accounts.", out("maps")),
+    QB_OPERATION(getSmbUserNameMapCount, "SMB user-name map", kReads, QBOBJ_RETURNS_COUNT, "",
+                 "Counts the rows that a Unix user name has of one type.", in("unixUserName"), in("type")),
+    QB_OPERATION(addSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a second name.",
+                 in("map")),
+    QB_OPERATION(deleteSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Removes all second names of a Unix user name.", in("unixUserName")),
+    QB_OPERATION(setSmbUserNameMapUnixUserNameForAll, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Moves all second names from one Unix user name to another.", in("oldUnixName"), in("newUnixName")),
+    QB_OPERATION(setSmbUserNameMapSmbUserName, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Changes the second name that a Unix user name has of one type.", in("map")),
+
     {},
 };
+
+const char *without_prefix(const char *name)
+{
+    static constexpr char kPrefix[] = "qbobj_";
+    constexpr size_t kLength = sizeof kPrefix - 1;
+    return strncmp(name, kPrefix, kLength) == 0 ? name + kLength : name;
+}
 
 }  // namespace
 
@@ -59,11 +199,8 @@ const QbobjOperation *qbobj_operations(void)
 
 const QbobjOperation *qbobj_find_operation(const char *name)
 {
-    static constexpr char kPrefix[] = "qbobj_";
-    constexpr size_t kPrefixLength = sizeof kPrefix - 1;
     if (!name) return nullptr;
-    if (strncmp(name, kPrefix, kPrefixLength) == 0) name += kPrefixLength;
     for (const QbobjOperation *row = kOperations; row->name; row++)
-        if (strcmp(row->name + kPrefixLength, name) == 0) return row;
+        if (strcmp(without_prefix(row->name), without_prefix(name)) == 0) return row;
     return nullptr;
 }

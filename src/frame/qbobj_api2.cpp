@@ -1,8 +1,14 @@
 // The exported operations: each runs its worker in the frame, and nothing else stands here.
+#include "accounts/groups.h"
+#include "accounts/passwords.h"
+#include "accounts/smb_username_map.h"
+#include "accounts/ssh_keys.h"
+#include "accounts/user_changes.h"
 #include "accounts/users.h"
 #include "frame/frame.h"
 #include "qbobj.h"
 #include "system/log.h"
+#include "system/network.h"
 
 using namespace qb;
 
@@ -28,6 +34,35 @@ uint32_t qbobj_addLog(qbdb_t *qbdb, sqlite3 *db, int32_t time, const char *sever
                       const char *msgTag, const char *argsXml, ErrorInfo *err)
 {
     return framed<x_qbobj_addLog>("qbobj_addLog", qbdb, db, err, time, severity, category, msgTag, argsXml);
+}
+
+// ---- Network interfaces
+
+uint32_t qbobj_getNetworkInterfaceCollection(qbdb_t *qbdb, sqlite3 *db, NetworkInterfaceCollection *interfaces,
+                                             ErrorInfo *err)
+{
+    return framed<x_qbobj_getNetworkInterfaceCollection>("qbobj_getNetworkInterfaceCollection", qbdb, db, err,
+                                                         interfaces);
+}
+
+uint32_t qbobj_getNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_getNetworkInterface>("qbobj_getNetworkInterface", qbdb, db, err, nif);
+}
+
+uint32_t qbobj_addNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_addNetworkInterface>("qbobj_addNetworkInterface", qbdb, db, err, nif);
+}
+
+uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteNetworkInterface>("qbobj_deleteNetworkInterface", qbdb, db, err, name);
+}
+
+uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyNetworkInterface>("qbobj_modifyNetworkInterface", qbdb, db, err, nif);
 }
 
 // ---- Users, reading
@@ -89,4 +124,243 @@ uint32_t qbobj_getUserHomeFolderTotalConsumedInByte(qbdb_t *qbdb, sqlite3 *db, u
 {
     return framed<x_qbobj_getUserHomeFolderTotalConsumedInByte>("qbobj_getUserHomeFolderTotalConsumedInByte", qbdb, db,
                                                                 err, bytes);
+}
+
+// ---- Groups
+
+uint32_t qbobj_getGID(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGID>("qbobj_getGID", qbdb, db, err, name, id);
+}
+
+uint32_t qbobj_getGroupName(qbdb_t *qbdb, sqlite3 *db, int32_t id, const char **name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroupName>("qbobj_getGroupName", qbdb, db, err, id, name);
+}
+
+uint32_t qbobj_getPrimaryGID(qbdb_t *qbdb, sqlite3 *db, const char *userName, int32_t *id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPrimaryGID>("qbobj_getPrimaryGID", qbdb, db, err, userName, id);
+}
+
+uint32_t qbobj_getPosixGID(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixGID>("qbobj_getPosixGID", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getPosixGIDbyGID(qbdb_t *qbdb, sqlite3 *db, int32_t id, ErrorInfo *err)
+{
+    return framed<x_qbobj_getPosixGIDbyGID>("qbobj_getPosixGIDbyGID", qbdb, db, err, id);
+}
+
+uint32_t qbobj_isMemberOfGroup(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName, ErrorInfo *err)
+{
+    return framed<x_qbobj_isMemberOfGroup>("qbobj_isMemberOfGroup", qbdb, db, err, userName, groupName);
+}
+
+uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupCollection *groups, AccountQuery *query,
+                                  ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroupCollection>("qbobj_getGroupCollection", qbdb, db, err, groups, query);
+}
+
+uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_getGroup>("qbobj_getGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSystemGroup>("qbobj_getSystemGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_addGroup>("qbobj_addGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteGroup>("qbobj_deleteGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyGroup>("qbobj_modifyGroup", qbdb, db, err, group);
+}
+
+// ---- Passwords, account defaults, directory security
+
+uint32_t qbobj_getAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err)
+{
+    return framed<x_qbobj_getAdminPassword>("qbobj_getAdminPassword", qbdb, db, err, admin);
+}
+
+uint32_t qbobj_setAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err)
+{
+    return framed<x_qbobj_setAdminPassword>("qbobj_setAdminPassword", qbdb, db, err, admin);
+}
+
+uint32_t qbobj_setUserPassword(qbdb_t *qbdb, sqlite3 *db, UserPassword *pw, ErrorInfo *err)
+{
+    return framed<x_qbobj_setUserPassword>("qbobj_setUserPassword", qbdb, db, err, pw);
+}
+
+uint32_t qbobj_setMyPassword(qbdb_t *qbdb, sqlite3 *db, MyPassword *pw, ErrorInfo *err)
+{
+    return framed<x_qbobj_setMyPassword>("qbobj_setMyPassword", qbdb, db, err, pw);
+}
+
+uint32_t qbobj_getAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDefault *def, ErrorInfo *err)
+{
+    return framed<x_qbobj_getAccountDefault>("qbobj_getAccountDefault", qbdb, db, err, def);
+}
+
+uint32_t qbobj_setAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDefault *def, ErrorInfo *err)
+{
+    return framed<x_qbobj_setAccountDefault>("qbobj_setAccountDefault", qbdb, db, err, def);
+}
+
+uint32_t qbobj_getSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSecurity>("qbobj_getSecurity", qbdb, db, err, security);
+}
+
+uint32_t qbobj_setSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err)
+{
+    return framed<x_qbobj_setSecurity>("qbobj_setSecurity", qbdb, db, err, security);
+}
+
+uint32_t qbobj_setSecurityIdmapBackend(qbdb_t *qbdb, sqlite3 *db, const char *backend, ErrorInfo *err)
+{
+    return framed<x_qbobj_setSecurityIdmapBackend>("qbobj_setSecurityIdmapBackend", qbdb, db, err, backend);
+}
+
+uint32_t qbobj_getSecurityAdsProgress(qbdb_t *qbdb, sqlite3 *db, SecurityAdsProgress *progress, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSecurityAdsProgress>("qbobj_getSecurityAdsProgress", qbdb, db, err, progress);
+}
+
+// ---- SSH public keys
+
+uint32_t qbobj_addSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err)
+{
+    return framed<x_qbobj_addSshPublicKey>("qbobj_addSshPublicKey", qbdb, db, err, key);
+}
+
+uint32_t qbobj_deleteSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteSshPublicKey>("qbobj_deleteSshPublicKey", qbdb, db, err, key);
+}
+
+uint32_t qbobj_setSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err)
+{
+    return framed<x_qbobj_setSshPublicKeyById>("qbobj_setSshPublicKeyById", qbdb, db, err, key);
+}
+
+uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSshPublicKeyById>("qbobj_getSshPublicKeyById", qbdb, db, err, id, key);
+}
+
+uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSshPublicKeyTiedRootKeyById>("qbobj_getSshPublicKeyTiedRootKeyById", qbdb, db, err, id,
+                                                          key);
+}
+
+uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, SshPublicKeyCollection *keys, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSshPublicKeyCollection>("qbobj_getSshPublicKeyCollection", qbdb, db, err, keys);
+}
+
+// ---- Users, creating
+
+uint32_t qbobj_addUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_addUser>("qbobj_addUser", qbdb, db, err, user);
+}
+
+uint32_t qbobj_addUserList(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_addUserList>("qbobj_addUserList", qbdb, db, err, user);
+}
+
+uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection *users, GroupCollection *groups,
+                             UserCollection *existingUsers, GroupCollection *existingGroups, ErrorInfo *err)
+{
+    return framed<x_qbobj_checkUserList>("qbobj_checkUserList", qbdb, db, err, users, groups, existingUsers,
+                                         existingGroups);
+}
+
+// ---- Users, changing and removing
+
+uint32_t qbobj_modifyUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyUser>("qbobj_modifyUser", qbdb, db, err, user);
+}
+
+uint32_t qbobj_setPrimaryGroupByName(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *groupName,
+                                     ErrorInfo *err)
+{
+    return framed<x_qbobj_setPrimaryGroupByName>("qbobj_setPrimaryGroupByName", qbdb, db, err, userName, groupName);
+}
+
+uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db, int32_t enable, const char *userName,
+                                            ErrorInfo *err)
+{
+    return framed<x_qbobj_disableEnableLocalUserByName>("qbobj_disableEnableLocalUserByName", qbdb, db, err, enable,
+                                                        userName);
+}
+
+uint32_t qbobj_modifyUserVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, int32_t userId, const char *folder,
+                                           ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyUserVisibleSnapFolder>("qbobj_modifyUserVisibleSnapFolder", qbdb, db, err, userId,
+                                                       folder);
+}
+
+uint32_t qbobj_deleteUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteUser>("qbobj_deleteUser", qbdb, db, err, user);
+}
+
+uint32_t qbobj_deleteUserByName(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteUserByName>("qbobj_deleteUserByName", qbdb, db, err, user);
+}
+
+// ---- SMB user-name map
+
+uint32_t qbobj_getSmbUserNameMapCollection(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMapCollection *maps, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSmbUserNameMapCollection>("qbobj_getSmbUserNameMapCollection", qbdb, db, err, maps);
+}
+
+uint32_t qbobj_getSmbUserNameMapCount(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName, const char *type,
+                                      ErrorInfo *err)
+{
+    return framed<x_qbobj_getSmbUserNameMapCount>("qbobj_getSmbUserNameMapCount", qbdb, db, err, unixUserName, type);
+}
+
+uint32_t qbobj_addSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map, ErrorInfo *err)
+{
+    return framed<x_qbobj_addSmbUserNameMap>("qbobj_addSmbUserNameMap", qbdb, db, err, map);
+}
+
+uint32_t qbobj_deleteSmbUserNameMap(qbdb_t *qbdb, sqlite3 *db, const char *unixUserName, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteSmbUserNameMap>("qbobj_deleteSmbUserNameMap", qbdb, db, err, unixUserName);
+}
+
+uint32_t qbobj_setSmbUserNameMapUnixUserNameForAll(qbdb_t *qbdb, sqlite3 *db, const char *oldUnixName,
+                                                   const char *newUnixName, ErrorInfo *err)
+{
+    return framed<x_qbobj_setSmbUserNameMapUnixUserNameForAll>("qbobj_setSmbUserNameMapUnixUserNameForAll", qbdb, db,
+                                                               err, oldUnixName, newUnixName);
+}
+
+uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNameMap *map, ErrorInfo *err)
+{
+    return framed<x_qbobj_setSmbUserNameMapSmbUserName>("qbobj_setSmbUserNameMapSmbUserName", qbdb, db, err, map);
 }

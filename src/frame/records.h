@@ -14,6 +14,7 @@ namespace qb {
     extern const QbobjField table[];      \
     }
 QBOBJ_FOR_EACH_TYPE(QB_DECLARE_TABLE)
+QB_DECLARE_TABLE(FolderAttribute)  // a record, but none of the named types
 #undef QB_DECLARE_TABLE
 
 /// Field table of a record type; null for any other type.
@@ -25,6 +26,7 @@ inline constexpr bool is_record = false;
     template <> inline constexpr const QbobjField *fields_of<T> = of_##T::table;     \
     template <> inline constexpr bool is_record<T> = true;
 QBOBJ_FOR_EACH_TYPE(QB_BIND_TABLE)
+QB_BIND_TABLE(FolderAttribute)
 #undef QB_BIND_TABLE
 
 /// A record type of the interface. (Comparing a table's address with null is no constant under a sanitizer.)

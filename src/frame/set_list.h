@@ -30,8 +30,8 @@ struct JoinedText {
     {
         char *item = sqlite3_mprintf(format.text, args...);
         const size_t join = empty() ? 0 : strlen(separator);
-        const size_t length = item ? strlen(item) : N;
-        const bool fits = size + join + length < N;
+        const size_t length = item ? strlen(item) : 0;
+        const bool fits = item && size + join + length < N;
         if (fits) {
             memcpy(text + size, separator, join);
             memcpy(text + size + join, item, length + 1);

@@ -41,8 +41,9 @@ int32_t answer(const CallContext *ctx, const Failure &bad, const Rows &rows, con
 {
     if (bad) return kCheckFailed;
     if (rows.count == 0) return kNotFound;
-    if (found) *found = rows.word(ctx, 0, 0);
-    return kFound;
+    if (!found) return kFound;
+    *found = rows.word(ctx, 0, 0);
+    return *found ? kFound : kCheckFailed;  // no memory: not to be taken for an id of 0, which is root's
 }
 
 }  // namespace
@@ -103,6 +104,6 @@ int32_t qbobj_validate_db_sharename(qbdb_t *qbdb, sqlite3 *db, const char *name,
     qb::CallContext ctx{qbdb, &unused};
     int32_t found = 0;
     const int32_t rc = qb::check_name_id(&ctx, db, qb::NameCheck::share_name, name, &found);
-    if (id) *id = found;
+    if (id && rc == qb::kFound) *id = found;
     return rc;
 }

@@ -3,15 +3,63 @@
 #include <sqlite3.h>
 
 #include <cstring>
+#include <initializer_list>
 
 namespace qdb {
 namespace {
 
-bool glues(char c)
+bool is_word(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
-           c == '.' || c == '\'' || c == '"' || c == '`' || static_cast<unsigned char>(c) >= 0x80;
+           static_cast<unsigned char>(c) >= 0x80;
 }
+
+bool glues(char c)
+{
+    return is_word(c) || c == '.' || c == '\'' || c == '"' || c == '`';
+}
+
+/// Follows the words and parentheses of a format's literal text as far as it takes to know where a number
+/// would stand for a column (ORDER BY 2) and which statements take values at all.
+class Grammar {
+public:
+    void take(Lexical state, char c)
+    {
+        if (state == Lexical::code && is_word(c)) {
+            if (size_ < sizeof word_ - 1) word_[size_++] = c;
+            return;
+        }
+        end_word();
+        if (state != Lexical::code) return;
+        if (c == '(') depth_++;
+        if (c == ')' && --depth_ < by_depth_) by_depth_ = kNone;
+    }
+    void end_word()
+    {
+        if (!size_) return;
+        word_[size_] = '\0';
+        size_ = 0;
+        if (!begun_) {
+            begun_ = true;
+            for (const char *verb : {"SELECT", "INSERT", "UPDATE", "DELETE", "REPLACE", "WITH", "VALUES"})
+                takes_values_ = takes_values_ || sqlite3_stricmp(word_, verb) == 0;
+        }
+        if (sqlite3_stricmp(word_, "BY") == 0) by_depth_ = depth_;
+        for (const char *word : {"LIMIT", "HAVING", "UNION", "EXCEPT", "INTERSECT", "WINDOW"})
+            if (sqlite3_stricmp(word_, word) == 0) by_depth_ = kNone;
+    }
+    bool takes_values() const { return takes_values_; }
+    bool in_column_list() const { return by_depth_ != kNone; }
+
+private:
+    static constexpr int kNone = -1000000;
+    char word_[12];
+    size_t size_ = 0;
+    bool begun_ = false;
+    bool takes_values_ = false;
+    int depth_ = 0;
+    int by_depth_ = kNone;
+};
 
 struct Letter {
     const char *spelling;
@@ -21,9 +69,9 @@ struct Letter {
 };
 
 constexpr Letter kLetters[] = {
-    {"d", Argument::int32, 'd', true},   {"u", Argument::uint32, 'u', true},  {"c", Argument::character, 'c', false},
-    {"ld", Argument::int64, 'd', true},  {"lu", Argument::uint64, 'u', true}, {"lld", Argument::int64, 'd', true},
-    {"llu", Argument::uint64, 'u', true}, {"s", Argument::text, 's', false},  {"q", Argument::text, 'q', false},
+    {"d", Argument::int32, 'd', true},    {"u", Argument::uint32, 'u', true},  {"c", Argument::character, 'c', false},
+    {"ld", Argument::int64, 'd', true},   {"lu", Argument::uint64, 'u', true}, {"lld", Argument::int64, 'd', true},
+    {"llu", Argument::uint64, 'u', true}, {"s", Argument::text, 's', false},   {"q", Argument::text, 'q', false},
     {"Q", Argument::text, 'Q', true},
 };
 
@@ -36,6 +84,11 @@ const Letter *find_letter(const char *at)
 
 }  // namespace
 
+bool is_parameter(char previous, char c)
+{
+    return c == '?' || c == ':' || c == '@' || c == '#' || (c == '$' && !is_word(previous));
+}
+
 Lexical follow(Lexical state, char *previous, const char *text, size_t size)
 {
     for (size_t i = 0; i < size; i++) {
@@ -43,20 +96,38 @@ Lexical follow(Lexical state, char *previous, const char *text, size_t size)
         const char before = *previous;
         *previous = c;
         switch (state) {
-        case Lexical::code:
-            if (c == '\'') state = Lexical::single_quoted;
-            else if (c == '"') state = Lexical::double_quoted;
-            else if (c == '`') state = Lexical::back_quoted;
-            else if (c == '[') state = Lexical::bracketed;
-            else if (c == '-' && before == '-') state = Lexical::line_comment;
-            else if (c == '*' && before == '/') { state = Lexical::block_comment; *previous = '\0'; }
-            break;
-        case Lexical::single_quoted: if (c == '\'') state = Lexical::code; break;
-        case Lexical::double_quoted: if (c == '"') state = Lexical::code; break;
-        case Lexical::back_quoted: if (c == '`') state = Lexical::code; break;
-        case Lexical::bracketed: if (c == ']') state = Lexical::code; break;
-        case Lexical::line_comment: if (c == '\n') state = Lexical::code; break;
-        case Lexical::block_comment: if (c == '/' && before == '*') { state = Lexical::code; *previous = '\0'; } break;
+            case Lexical::code:
+                if (c == '\'') state = Lexical::single_quoted;
+                else if (c == '"') state = Lexical::double_quoted;
+                else if (c == '`') state = Lexical::back_quoted;
+                else if (c == '[') state = Lexical::bracketed;
+                else if (c == '-' && before == '-') state = Lexical::line_comment;
+                else if (c == '*' && before == '/') {
+                    state = Lexical::block_comment;
+                    *previous = '\0';
+                }
+                break;
+            case Lexical::single_quoted:
+                if (c == '\'') state = Lexical::code;
+                break;
+            case Lexical::double_quoted:
+                if (c == '"') state = Lexical::code;
+                break;
+            case Lexical::back_quoted:
+                if (c == '`') state = Lexical::code;
+                break;
+            case Lexical::bracketed:
+                if (c == ']') state = Lexical::code;
+                break;
+            case Lexical::line_comment:
+                if (c == '\n') state = Lexical::code;
+                break;
+            case Lexical::block_comment:
+                if (c == '/' && before == '*') {
+                    state = Lexical::code;
+                    *previous = '\0';
+                }
+                break;
         }
     }
     return state;
@@ -76,20 +147,23 @@ Plan *make_plan(const char *format)
 
     Lexical state = Lexical::code;
     char previous = '\0';
+    Grammar grammar;
     char *out = plan->literals;
     const char *piece = out;
     for (const char *at = format; *at; at++) {
         if (*at != '%' || at[1] == '%') {
             if (*at == '%') at++;
             *out++ = *at;
+            // The values are numbered: a parameter of the format's own would take one of the numbers.
+            if (state == Lexical::code && is_parameter(previous, *at)) plan->plain = true;
+            grammar.take(state, *at);
             state = follow(state, &previous, at, 1);
             continue;
         }
+        grammar.end_word();
         const Letter *letter = find_letter(at + 1);
-        if (!letter || plan->count == kMaxConversions) {
-            plan->plain = true;
-            return plan;
-        }
+        if (!letter || plan->count == kMaxConversions || !grammar.takes_values()) plan->plain = true;
+        if (plan->plain) return plan;
         const char *after = at + 1 + strlen(letter->spelling);
         Conversion &conversion = plan->conversions[plan->count++];
         conversion.argument = letter->argument;
@@ -97,13 +171,15 @@ Plan *make_plan(const char *format)
         conversion.state = state;
         conversion.literal = static_cast<uint32_t>(out - piece);
         // `col%d` or `x%Q` is part of a longer word: only a free-standing conversion is a value.
-        conversion.bound = letter->value && state == Lexical::code && !(previous && glues(previous)) &&
-                           !(*after && (glues(*after) || *after == '%'));
+        conversion.bound = letter->value && state == Lexical::code && !grammar.in_column_list() &&
+                           !(previous && glues(previous)) && !(*after && (glues(*after) || *after == '%'));
         plan->bound += conversion.bound;
         previous = 'x';
         piece = out;
         at = after - 1;
     }
+    grammar.end_word();
+    plan->plain = plan->plain || !grammar.takes_values();
     plan->tail = static_cast<uint32_t>(out - piece);
     plan->literal_size = static_cast<uint32_t>(out - plan->literals);
     return plan;

@@ -7,10 +7,21 @@
 namespace qdb {
 
 /// Where in the SQL text a position stands. Only in `code` may a value stand.
-enum class Lexical : uint8_t { code, single_quoted, double_quoted, back_quoted, bracketed, line_comment, block_comment };
+enum class Lexical : uint8_t {
+    code,
+    single_quoted,
+    double_quoted,
+    back_quoted,
+    bracketed,
+    line_comment,
+    block_comment
+};
 
 /// Follows the lexical state of SQL over `size` bytes. `previous` carries the last byte across calls.
 Lexical follow(Lexical state, char *previous, const char *text, size_t size);
+
+/// Whether a character in code begins a parameter (`?1`, `:name`, `@name`, `$name`) after another.
+bool is_parameter(char previous, char c);
 
 /// What an argument is in the caller's argument list.
 enum class Argument : uint8_t { int32, uint32, character, int64, uint64, text };
@@ -28,13 +39,13 @@ inline constexpr uint32_t kMaxConversions = 32;
 
 /// A format taken apart. The literal text (with `%%` resolved) and the conversions follow each other.
 struct Plan {
-    const char *format;   // own copy, compared before the plan is used
-    char *literals;       // all literal text, one piece after the other
+    const char *format;  // own copy, compared before the plan is used
+    char *literals;      // all literal text, one piece after the other
     uint32_t literal_size;
-    uint32_t tail;        // length of the literal text after the last conversion
+    uint32_t tail;  // length of the literal text after the last conversion
     uint32_t count;
-    uint32_t bound;       // how many conversions are bound
-    bool plain;           // holds a conversion that only SQLite's own formatter knows
+    uint32_t bound;  // how many conversions are bound
+    bool plain;      // left to SQLite's own formatter: values cannot be bound in it
     Conversion conversions[kMaxConversions];
 };
 

@@ -8,18 +8,22 @@
 
 namespace qdb {
 struct StatementCache;
-}
+struct Entry;
+}  // namespace qdb
 
 struct qbdb_private {
     apr_allocator_t *allocator;
-    sqlite3 *db;        // the connection that qbdb_open opened
-    sqlite3 *begun;     // the connection with a transaction of ours, or null
+    sqlite3 *db;               // the connection that qbdb_open opened
+    sqlite3 *begun;            // `db` while a transaction of ours is open on it, else null
+    sqlite3 *begun_elsewhere;  // the same for a connection that the caller opened
+    sqlite3 *refused;          // the last call was a begin here that found our transaction open; else null
     bool read_only;
     uint32_t timeout_ms;
     int64_t waiting_since_us;  // when the busy handler was first called for the present lock
     sqlite3_stmt *begin;
     sqlite3_stmt *commit;
     sqlite3_stmt *rollback;
+    bool renew_rollback;  // the statement may need memory when it next runs
     qdb::StatementCache *cache;
     qbdb_log_hook log_hook;
     void *log_context;
@@ -57,8 +61,8 @@ int ask_hook(const Call &call, const char *sql);
 /// A prepared statement with its values bound, ready to step; released on every path.
 struct Statement {
     sqlite3_stmt *stmt = nullptr;
-    bool *busy = nullptr;        // set while a cached statement is in use; null for one of our own
-    char *spliced = nullptr;     // texts that bound values point into
+    StatementCache *cache = nullptr;
+    Entry *entry = nullptr;  // the cache's entry; null for a statement of this one call
 
     Statement() = default;
     Statement(const Statement &) = delete;

@@ -13,6 +13,7 @@ void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t level, uin
     va_start(args, format);
     va_copy(again, args);
     const int size = vsnprintf(buffer, sizeof buffer, format, args);
+    if (size < 0) buffer[0] = '\0';
     if (size >= static_cast<int>(sizeof buffer)) {
         // A line is cut rather than lost when there is no memory for the whole of it.
         if (auto *whole = static_cast<char *>(malloc(static_cast<size_t>(size) + 1))) {
@@ -30,10 +31,4 @@ void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t level, uin
         fprintf(stderr, "%s:%u <%u> %s%s", file, line, level, text, ended ? "" : "\n");
     }
     if (text != buffer) free(text);
-}
-
-void qbdb_set_log_hook(qbdb_t *qbdb, qbdb_log_hook hook, void *context)
-{
-    qbdb->internal->log_hook = hook;
-    qbdb->internal->log_context = context;
 }

@@ -1,8 +1,9 @@
 // Opening and creating a database, closing it, the handle's pools.
 #include <apr_allocator.h>
 #include <apr_general.h>
-#include <fcntl.h>
+#include <apr_strings.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -18,6 +19,7 @@ namespace {
 
 constexpr uint32_t kApplicationId = 0x51424F42;  // stands in the file's header
 constexpr size_t kPoolKeptFree = 4u << 20;       // bytes that an emptied pool keeps for its next use
+constexpr const char *kExists = "is an appliance database already";
 
 struct Opening {
     const char *path;
@@ -62,49 +64,80 @@ int wait_for_lock(void *context, int count)
     return 1;
 }
 
-/// Looks at the file itself, so that a file of somebody else's is not so much as touched.
-/// 0 when it is an appliance database, SQLITE_EMPTY when it does not exist or is empty.
-int look_at_file(const Opening &opening)
+uint32_t header_number(const unsigned char *header, size_t at)
 {
-    const int fd = open(opening.path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return errno == ENOENT ? SQLITE_EMPTY : refuse(opening, SQLITE_CANTOPEN, strerror(errno));
-    unsigned char header[100];
-    const ssize_t size = read(fd, header, sizeof header);
-    const int failure = errno;
-    close(fd);
-    if (size < 0) return refuse(opening, SQLITE_CANTOPEN, strerror(failure));
-    if (size == 0) return SQLITE_EMPTY;
-    const auto number = [&header](size_t at) {
-        return static_cast<uint32_t>(header[at]) << 24 | static_cast<uint32_t>(header[at + 1]) << 16 |
-               static_cast<uint32_t>(header[at + 2]) << 8 | header[at + 3];
-    };
-    if (size < static_cast<ssize_t>(sizeof header) || memcmp(header, "SQLite format 3", 16) != 0 ||
-        number(68) != kApplicationId)
-        return refuse(opening, SQLITE_NOTADB, "is not an appliance database");
+    return static_cast<uint32_t>(header[at]) << 24 | static_cast<uint32_t>(header[at + 1]) << 16 |
+           static_cast<uint32_t>(header[at + 2]) << 8 | header[at + 3];
+}
+
+int check_version(const Opening &opening, int64_t version)
+{
+    if (version == QBDB_SCHEMA_VERSION) return SQLITE_OK;
+    char why[128];
+    snprintf(why, sizeof why, "has schema version %lld; this library reads version %d", static_cast<long long>(version),
+             QBDB_SCHEMA_VERSION);
+    return refuse(opening, SQLITE_NOTADB, why);
+}
+
+/// Looks at what kind of file it is before anything of SQLite's touches it. 0, or SQLITE_EMPTY when there
+/// is none.
+int look_at_path(const Opening &opening)
+{
+    struct stat status;
+    if (stat(opening.path, &status) != 0)
+        return errno == ENOENT && *opening.path ? SQLITE_EMPTY : refuse(opening, SQLITE_CANTOPEN, strerror(errno));
+    if (S_ISDIR(status.st_mode)) return refuse(opening, SQLITE_CANTOPEN, "is a directory");
+    if (!S_ISREG(status.st_mode)) return refuse(opening, SQLITE_CANTOPEN, "is not a file");
     return SQLITE_OK;
 }
 
-int check_version(const Opening &opening, sqlite3 *db)
+/// Reads the header, so that a file of somebody else's or of a newer schema is not so much as locked. It is
+/// read through SQLite's own descriptor: closing another one would drop the locks that this process may
+/// hold on the same database. 0 when it is an appliance database, SQLITE_EMPTY for an empty file.
+int look_at_header(const Opening &opening, sqlite3 *db)
+{
+    sqlite3_file *file = nullptr;
+    sqlite3_file_control(db, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_int64 size = 0;
+    if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) return refuse(opening, SQLITE_IOERR, "cannot be read");
+    if (size == 0) return SQLITE_EMPTY;
+    unsigned char header[100];
+    const int rc = file->pMethods->xRead(file, header, sizeof header, 0);
+    if (rc != SQLITE_OK && rc != SQLITE_IOERR_SHORT_READ) return refuse(opening, rc, sqlite3_errstr(rc));
+    if (rc != SQLITE_OK || memcmp(header, "SQLite format 3", 16) != 0 || header_number(header, 68) != kApplicationId)
+        return refuse(opening, SQLITE_NOTADB, "is not an appliance database");
+    return check_version(opening, header_number(header, 60));
+}
+
+/// Reads one number. 0 or a result code.
+int read_number(sqlite3 *db, const char *sql, int64_t *number)
 {
     sqlite3_stmt *stmt = nullptr;
-    int rc = sqlite3_prepare_v2(db, "PRAGMA user_version", -1, &stmt, nullptr);
-    if (rc == SQLITE_OK) rc = sqlite3_step(stmt);
-    const int version = rc == SQLITE_ROW ? sqlite3_column_int(stmt, 0) : 0;
-    if (rc != SQLITE_ROW) rc = refuse(opening, rc ? rc : SQLITE_ERROR, db);
+    int rc = sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
+    if (rc == SQLITE_OK && (rc = sqlite3_step(stmt)) == SQLITE_ROW) {
+        *number = sqlite3_column_int64(stmt, 0);
+        rc = SQLITE_OK;
+    }
     sqlite3_finalize(stmt);
-    if (rc != SQLITE_ROW) return rc;
-    if (version == QBDB_SCHEMA_VERSION) return SQLITE_OK;
-    char why[128];
-    snprintf(why, sizeof why, "has schema version %d; this library reads version %d", version, QBDB_SCHEMA_VERSION);
-    return refuse(opening, SQLITE_NOTADB, why);
+    return rc;
+}
+
+/// Reads the schema and its version, which may be newer in the write-ahead log than in the header.
+int check_schema(const Opening &opening, sqlite3 *db)
+{
+    int64_t count = 0;
+    int64_t version = 0;
+    int rc = read_number(db, "SELECT COUNT(*) FROM sqlite_schema", &count);
+    if (rc == SQLITE_OK) rc = read_number(db, "PRAGMA user_version", &version);
+    return rc == SQLITE_OK ? check_version(opening, version) : refuse(opening, rc, db);
 }
 
 int add_volume(sqlite3 *db, const char *volume)
 {
     sqlite3_stmt *stmt = nullptr;
     int rc = SQLITE_OK;
-    for (const char *sql : {"INSERT INTO _volume (id,lv_name) VALUES(?1,?1)",
-                            "UPDATE account_default SET home_volume_id=?1"}) {
+    for (const char *sql :
+         {"INSERT INTO _volume (id,lv_name) VALUES(?1,?1)", "UPDATE account_default SET home_volume_id=?1"}) {
         rc = sqlite3_prepare_v2(db, sql, -1, &stmt, nullptr);
         if (rc == SQLITE_OK) rc = sqlite3_bind_text(stmt, 1, volume, -1, SQLITE_STATIC);
         if (rc == SQLITE_OK) sqlite3_step(stmt);
@@ -114,10 +147,13 @@ int add_volume(sqlite3 *db, const char *volume)
     return rc;
 }
 
-/// Writes the schema and the factory rows in one transaction: a crash leaves an empty file.
+/// Writes the schema and the factory rows in one transaction: a crash leaves a file that can be created again.
 int create_schema(const Opening &opening, sqlite3 *db, const char *volume)
 {
     int rc = sqlite3_exec(db, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr);
+    int64_t objects = 0;
+    if (rc == SQLITE_OK) rc = read_number(db, "SELECT COUNT(*) FROM sqlite_schema", &objects);
+    if (rc == SQLITE_OK && objects) return refuse(opening, SQLITE_CANTOPEN, kExists);
     for (const qdb::SchemaFile *file = qdb::kSchemaFiles; rc == SQLITE_OK && file->name; file++)
         rc = sqlite3_exec(db, file->sql, nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK && volume) rc = add_volume(db, volume);
@@ -127,10 +163,7 @@ int create_schema(const Opening &opening, sqlite3 *db, const char *volume)
                  QBDB_SCHEMA_VERSION);
         rc = sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
     }
-    if (rc == SQLITE_OK) return rc;
-    rc = refuse(opening, rc, db);
-    sqlite3_exec(db, "ROLLBACK", nullptr, nullptr, nullptr);
-    return rc;
+    return rc == SQLITE_OK ? rc : refuse(opening, rc, db);  // closing the connection rolls back
 }
 
 int configure(const Opening &opening, qbdb_private *internal)
@@ -154,25 +187,41 @@ int configure(const Opening &opening, qbdb_private *internal)
     return internal->cache ? SQLITE_OK : refuse(opening, SQLITE_NOMEM, "out of memory");
 }
 
-int open_connection(const Opening &opening, unsigned mode, const char *volume, qbdb_private *internal)
+/// A file in which a creation was interrupted has the header of an appliance database, but a journal beside
+/// it that takes everything back. A database that was created whole is in WAL mode and has none.
+bool creation_was_interrupted(const Opening &opening, qbdb_t *qbdb)
 {
-    int rc = look_at_file(opening);
+    const char *journal = apr_pstrcat(qbdb->pool, opening.path, "-journal", nullptr);
+    return journal && access(journal, F_OK) == 0;
+}
+
+int open_connection(const Opening &opening, unsigned mode, const char *volume, qbdb_t *qbdb)
+{
+    static constexpr int kFlags[] = {SQLITE_OPEN_READWRITE, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                                     SQLITE_OPEN_READONLY};
+    if (mode >= sizeof kFlags / sizeof *kFlags) return refuse(opening, SQLITE_MISUSE, "unknown way to open");
+    qbdb_private *internal = qbdb->internal;
     const bool create = mode == QBDB_OPEN_CREATE;
+    int rc = look_at_path(opening);
+    if (rc == SQLITE_EMPTY && !create) return refuse(opening, SQLITE_CANTOPEN, "no such database");
     if (rc != SQLITE_OK && rc != SQLITE_EMPTY) return rc;
-    if (create && rc == SQLITE_OK) return refuse(opening, SQLITE_CANTOPEN, "is an appliance database already");
-    if (!create && rc == SQLITE_EMPTY)
-        return access(opening.path, F_OK) == 0 ? refuse(opening, SQLITE_NOTADB, "is not an appliance database")
-                                               : refuse(opening, SQLITE_CANTOPEN, "no such database");
-    const int flags = create                      ? SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE
-                      : mode == QBDB_OPEN_READONLY ? SQLITE_OPEN_READONLY
-                                                   : SQLITE_OPEN_READWRITE;
-    rc = sqlite3_open_v2(opening.path, &internal->db, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    // A name is a file's name: SQLite takes "file:..." and ":memory:" for something else.
+    const char *name = apr_pstrcat(qbdb->pool, *opening.path == '/' ? "" : "./", opening.path, nullptr);
+    if (!name) return refuse(opening, SQLITE_NOMEM, "out of memory");
+    rc = sqlite3_open_v2(name, &internal->db, kFlags[mode] | SQLITE_OPEN_NOMUTEX, nullptr);
     if (rc != SQLITE_OK) return refuse(opening, rc, internal->db);
     sqlite3_busy_handler(internal->db, wait_for_lock, internal);
-    internal->read_only = sqlite3_db_readonly(internal->db, "main") == 1;
     // Until the file has proved to be ours and of our version it is not written to, not even on close.
     sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-    rc = create ? create_schema(opening, internal->db, volume) : check_version(opening, internal->db);
+    rc = look_at_header(opening, internal->db);
+    if (rc == SQLITE_OK && create && !creation_was_interrupted(opening, qbdb))
+        return refuse(opening, SQLITE_CANTOPEN, kExists);
+    if (rc == SQLITE_EMPTY && !create) return refuse(opening, SQLITE_NOTADB, "is not an appliance database");
+    if (rc != SQLITE_OK && rc != SQLITE_EMPTY) return rc;
+    internal->read_only = mode == QBDB_OPEN_READONLY;
+    if (!internal->read_only && sqlite3_db_readonly(internal->db, "main") == 1)
+        return refuse(opening, SQLITE_READONLY, "may not be written to");
+    rc = create ? create_schema(opening, internal->db, volume) : check_schema(opening, internal->db);
     if (rc != SQLITE_OK) return rc;
     sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     return configure(opening, internal);
@@ -180,7 +229,10 @@ int open_connection(const Opening &opening, unsigned mode, const char *volume, q
 
 pthread_once_t apr_once = PTHREAD_ONCE_INIT;
 
-void start_apr() { apr_initialize(); }
+void start_apr()
+{
+    apr_initialize();
+}
 
 qbdb_t *make_handle()
 {
@@ -210,15 +262,14 @@ qbdb_t *make_handle()
 
 }  // namespace
 
-int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db, char *text,
-              size_t size)
+int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db, char *text, size_t size)
 {
     *qbdb = nullptr;
     *db = nullptr;
     const Opening opening{path, text, size};
     qbdb_t *handle = make_handle();
     if (!handle) return refuse(opening, SQLITE_NOMEM, "out of memory");
-    if (const int rc = open_connection(opening, mode, volume, handle->internal)) {
+    if (const int rc = open_connection(opening, mode, volume, handle)) {
         qbdb_close(handle);
         return rc;
     }
@@ -233,7 +284,12 @@ void qbdb_close(qbdb_t *qbdb)
     qbdb_private *internal = qbdb->internal;
     qdb::destroy_cache(internal->cache);
     for (sqlite3_stmt *stmt : {internal->begin, internal->commit, internal->rollback}) sqlite3_finalize(stmt);
-    sqlite3_close_v2(internal->db);
+    if (internal->db) {
+        // A statement that the caller has not finalised keeps the connection alive, but not what it calls.
+        sqlite3_busy_handler(internal->db, nullptr, nullptr);
+        if (!sqlite3_get_autocommit(internal->db)) sqlite3_exec(internal->db, "ROLLBACK", nullptr, nullptr, nullptr);
+        sqlite3_close_v2(internal->db);
+    }
     apr_pool_destroy(qbdb->pool);  // the request pool is its child, the handle lives in it
 }
 
@@ -267,10 +323,4 @@ void qbdb_set_statement_cache(qbdb_t *qbdb, uint32_t count)
 void qbdb_get_cache_statistics(const qbdb_t *qbdb, qbdb_cache_statistics *statistics)
 {
     qdb::read_cache_statistics(qbdb->internal->cache, statistics);
-}
-
-void qbdb_set_statement_hook(qbdb_t *qbdb, qbdb_statement_hook hook, void *context)
-{
-    qbdb->internal->statement_hook = hook;
-    qbdb->internal->statement_context = context;
 }

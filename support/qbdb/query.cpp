@@ -1,7 +1,6 @@
 // The statement calls of the interface: run, read a table, read one value.
 #include <apr_strings.h>
 
-#include <cerrno>
 #include <charconv>
 #include <climits>
 #include <cstdlib>
@@ -12,69 +11,80 @@
 namespace qdb {
 namespace {
 
+/// An array that begins in place and moves to the heap when it outgrows that: most results are a row or two.
+template <class T, size_t InPlace>
+struct Growing {
+    T *items = in_place;
+    uint64_t count = 0;
+    uint64_t capacity = InPlace;
+    T in_place[InPlace];
+
+    Growing() {}  // the place is not worth clearing
+    Growing(const Growing &) = delete;
+    Growing &operator=(const Growing &) = delete;
+    ~Growing()
+    {
+        if (items != in_place) sqlite3_free(items);
+    }
+
+    /// Room for more items, or null without memory.
+    T *extend(uint64_t more)
+    {
+        if (count + more > capacity && !grow(count + more)) return nullptr;
+        T *room = items + count;
+        count += more;
+        return room;
+    }
+
+private:
+    bool grow(uint64_t wanted)
+    {
+        const bool first = items == in_place;
+        void *grown = sqlite3_realloc64(first ? nullptr : items, wanted * 2 * sizeof(T));
+        if (!grown) return false;
+        if (first) memcpy(grown, in_place, count * sizeof(T));
+        items = static_cast<T *>(grown);
+        capacity = wanted * 2;
+        return true;
+    }
+};
+
 /// A result while it is read: cell texts one after the other, and where each begins.
 struct Cells {
     static constexpr uint64_t kNull = UINT64_MAX;
-    char *bytes = nullptr;
-    uint64_t used = 0;
-    uint64_t capacity = 0;
-    uint64_t *starts = nullptr;
-    uint64_t count = 0;
-    uint64_t room = 0;
-
-    Cells() = default;
-    Cells(const Cells &) = delete;
-    Cells &operator=(const Cells &) = delete;
-    ~Cells()
-    {
-        sqlite3_free(bytes);
-        sqlite3_free(starts);
-    }
-
-    static bool grow(void **block, uint64_t *capacity, uint64_t wanted, size_t unit)
-    {
-        if (wanted <= *capacity) return true;
-        const uint64_t size = wanted * 2 > 64 ? wanted * 2 : 64;
-        void *grown = sqlite3_realloc64(*block, size * unit);
-        if (!grown) return false;
-        *block = grown;
-        *capacity = size;
-        return true;
-    }
+    Growing<char, 1024> bytes;
+    Growing<uint64_t, 64> starts;
 
     bool add_start(uint64_t start)
     {
-        void *block = starts;
-        if (!grow(&block, &room, count + 1, sizeof *starts)) return false;
-        starts = static_cast<uint64_t *>(block);
-        starts[count++] = start;
-        return true;
+        uint64_t *slot = starts.extend(1);
+        if (slot) *slot = start;
+        return slot != nullptr;
     }
 
     bool add(const char *text, size_t size)
     {
-        void *block = bytes;
-        if (!grow(&block, &capacity, used + size + 1, 1)) return false;
-        bytes = static_cast<char *>(block);
-        if (!add_start(used)) return false;
-        if (size) memcpy(bytes + used, text, size);
-        used += size;
-        bytes[used++] = '\0';
-        return true;
+        const uint64_t start = bytes.count;
+        char *room = bytes.extend(size + 1);
+        if (!room) return false;
+        if (size) memcpy(room, text, size);
+        room[size] = '\0';
+        return add_start(start);
     }
 
     /// The get-table form in one block. sqlite3_free_table reads the number of pointers it has to free
     /// one by one from the word before the first: 1 tells it that there is nothing but the block.
     char **finish() const
     {
-        const uint64_t head = (count + 1) * sizeof(char *);
-        auto *table = static_cast<char **>(sqlite3_malloc64(head + used));
+        const uint64_t head = (starts.count + 1) * sizeof(char *);
+        auto *table = static_cast<char **>(sqlite3_malloc64(head + bytes.count));
         if (!table) return nullptr;
         const intptr_t nothing_to_free = 1;
         memcpy(&table[0], &nothing_to_free, sizeof nothing_to_free);
         char *text = reinterpret_cast<char *>(table) + head;
-        if (used) memcpy(text, bytes, used);
-        for (uint64_t i = 0; i < count; i++) table[i + 1] = starts[i] == kNull ? nullptr : text + starts[i];
+        if (bytes.count) memcpy(text, bytes.items, bytes.count);
+        for (uint64_t i = 0; i < starts.count; i++)
+            table[i + 1] = starts.items[i] == kNull ? nullptr : text + starts.items[i];
         return table + 1;
     }
 };
@@ -82,32 +92,42 @@ struct Cells {
 bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
 {
     switch (sqlite3_column_type(stmt, column)) {
-    case SQLITE_NULL: return cells->add_start(Cells::kNull);
-    case SQLITE_INTEGER: {
-        char digits[24];
-        const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
-        return cells->add(digits, static_cast<size_t>(end - digits));
+        case SQLITE_NULL: return cells->add_start(Cells::kNull);
+        case SQLITE_INTEGER: {
+            char digits[24];
+            const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
+            return cells->add(digits, static_cast<size_t>(end - digits));
+        }
+        default: {
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+            // A stored NUL ends the text for every reader of the table.
+            return text && cells->add(text, strlen(text));
+        }
     }
-    default: {
-        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
-        // A stored NUL ends the text for every reader of the table.
-        return text && cells->add(text, strlen(text));
+}
+
+bool add_names(Cells *cells, sqlite3_stmt *stmt, int columns)
+{
+    for (int i = 0; i < columns; i++) {
+        const char *name = sqlite3_column_name(stmt, i);
+        if (!name || !cells->add(name, strlen(name))) return false;
     }
-    }
+    return true;
 }
 
 int read_table(const Call &call, sqlite3_stmt *stmt, char ***result, int *nrow, int *ncolumn)
 {
     Cells cells;
-    const int columns = sqlite3_column_count(stmt);
-    for (int i = 0; i < columns; i++) {
-        const char *name = sqlite3_column_name(stmt, i);
-        if (!name || !cells.add(name, strlen(name))) return fail(call, SQLITE_NOMEM, "out of memory");
-    }
+    int columns = 0;
     int rows = 0;
     int rc;
     while ((rc = sqlite3_step(stmt)) == SQLITE_ROW) {
         if (rows == INT_MAX) return fail(call, SQLITE_TOOBIG, "too many rows");
+        if (rows == 0) {
+            // Only now: a kept statement takes note of a changed table when it begins to run.
+            columns = sqlite3_column_count(stmt);
+            if (!add_names(&cells, stmt, columns)) return fail(call, SQLITE_NOMEM, "out of memory");
+        }
         for (int i = 0; i < columns; i++)
             if (!add_value(&cells, stmt, i)) return fail(call, SQLITE_NOMEM, "out of memory");
         rows++;
@@ -141,12 +161,26 @@ int finish(const Call &call, sqlite3_stmt *stmt)
     return sqlite3_stmt_readonly(stmt) ? SQLITE_OK : run_through(call, stmt);
 }
 
-/// A number from a cell: an integer as it is, text with base detection as far as it is a number.
-uint64_t column_number(sqlite3_stmt *stmt)
+/// A 32-bit number from a cell: text is decimal, as far as it is a number.
+int32_t column_int32(sqlite3_stmt *stmt)
 {
-    if (sqlite3_column_type(stmt, 0) != SQLITE_TEXT) return static_cast<uint64_t>(sqlite3_column_int64(stmt, 0));
-    const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
-    return text ? strtoull(text, nullptr, 0) : 0;
+    return sqlite3_column_int(stmt, 0);
+}
+
+/// A 64-bit number from a cell: text with base detection as far as it is a number.
+uint64_t column_uint64(sqlite3_stmt *stmt)
+{
+    constexpr double kTwoTo63 = 9223372036854775808.0;
+    const int type = sqlite3_column_type(stmt, 0);
+    if (type == SQLITE_TEXT) {
+        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
+        return text ? strtoull(text, nullptr, 0) : 0;
+    }
+    // What does not fit SQLite's integers it keeps as a floating-point number.
+    const double real = type == SQLITE_FLOAT ? sqlite3_column_double(stmt, 0) : 0;
+    if (real >= 2 * kTwoTo63) return UINT64_MAX;
+    if (real >= kTwoTo63) return static_cast<uint64_t>(real);
+    return static_cast<uint64_t>(sqlite3_column_int64(stmt, 0));
 }
 
 }  // namespace
@@ -211,7 +245,10 @@ int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
 
 namespace {
 
-int get_number(const Call &call, uint64_t *value, int *notfound, const char *format, va_list args)
+/// Reads one number with `read`; the value stays as it was without a row and on failure.
+template <class Number>
+int get_number(const Call &call, Number *value, int *notfound, Number (*read)(sqlite3_stmt *), const char *format,
+               va_list args)
 {
     if (notfound) *notfound = 0;
     Statement statement;
@@ -224,7 +261,7 @@ int get_number(const Call &call, uint64_t *value, int *notfound, const char *for
         if (notfound) *notfound = 1;
         return SQLITE_OK;
     }
-    const uint64_t number = qdb::column_number(statement.stmt);
+    const Number number = read(statement.stmt);
     rc = qdb::finish(call, statement.stmt);
     if (rc == SQLITE_OK) *value = number;
     return rc;
@@ -236,12 +273,10 @@ int qbdb_sql_get_int32_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, con
                                int32_t *value, int *notfound, const char *format, ...)
 {
     const Call call{qbdb, db, text, file, line};
-    auto number = static_cast<uint64_t>(static_cast<int64_t>(*value));
     va_list args;
     va_start(args, format);
-    const int rc = get_number(call, &number, notfound, format, args);
+    const int rc = get_number(call, value, notfound, qdb::column_int32, format, args);
     va_end(args);
-    if (rc == SQLITE_OK) *value = static_cast<int32_t>(number);
     return rc;
 }
 
@@ -251,7 +286,7 @@ int qbdb_sql_get_uint64_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
     const Call call{qbdb, db, text, file, line};
     va_list args;
     va_start(args, format);
-    const int rc = get_number(call, value, notfound, format, args);
+    const int rc = get_number(call, value, notfound, qdb::column_uint64, format, args);
     va_end(args);
     return rc;
 }

@@ -15,9 +15,11 @@
 namespace qdb {
 namespace {
 
-constexpr uint32_t kPlanSlots = 1024;    // power of two
-constexpr uint32_t kEntrySlots = 512;    // power of two
+constexpr uint32_t kPlanSlots = 1024;  // power of two
+constexpr uint32_t kEntrySlots = 512;  // power of two
 constexpr uint32_t kDefaultBound = 256;
+
+}  // namespace
 
 struct Entry {
     Entry *next_in_slot;
@@ -31,10 +33,13 @@ struct Entry {
     char text[1];
 };
 
+namespace {
+
 struct PlanSlot {
     const char *format;  // the caller's pointer, only compared
     Plan *plan;
-    Entry *entry;        // its statement, when nothing is spliced
+    Entry *entry;  // its statement, when nothing is spliced
+    bool busy;     // its plan is being used
 };
 
 /// One argument of a call, read from the argument list.
@@ -74,6 +79,7 @@ struct Buffer {
         data[size] = '\0';
     }
     void append(const char *text) { append(text, strlen(text)); }
+    char last() const { return size ? data[size - 1] : '\0'; }
 };
 
 uint64_t hash_of(const char *text, size_t size)
@@ -150,18 +156,25 @@ void touch(StatementCache *cache, Entry *entry)
     put_first(cache, entry);
 }
 
-/// Prepares a text and checks that it is one statement. A statement of nothing but blanks is null.
+/// Prepares a text and checks that it is one statement: blanks, comments and empty statements may stand
+/// around it. A text without any statement prepares to null.
 int prepare_text(const Call &call, const char *sql, size_t size, unsigned flags, sqlite3_stmt **stmt)
 {
-    const char *tail = nullptr;
     *stmt = nullptr;
-    const int rc = sqlite3_prepare_v3(call.db, sql, static_cast<int>(size) + 1, flags, stmt, &tail);
-    if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
-    while (*tail == ';' || *tail == ' ' || *tail == '\n' || *tail == '\t' || *tail == '\r') tail++;
-    if (*tail) {
+    for (const char *at = sql, *tail = nullptr; *at; at = tail) {
+        sqlite3_stmt *next = nullptr;
+        const int left = static_cast<int>(size - static_cast<size_t>(at - sql)) + 1;
+        int rc = sqlite3_prepare_v3(call.db, at, left, flags, &next, &tail);
+        if (rc == SQLITE_OK && !next) continue;
+        if (rc == SQLITE_OK && !*stmt) {
+            *stmt = next;
+            continue;
+        }
+        rc = *stmt ? fail(call, SQLITE_ERROR, "more than one statement") : fail(call, rc, sqlite3_errmsg(call.db));
+        sqlite3_finalize(next);
         sqlite3_finalize(*stmt);
         *stmt = nullptr;
-        return fail(call, SQLITE_ERROR, "more than one statement");
+        return rc;
     }
     return SQLITE_OK;
 }
@@ -184,7 +197,7 @@ int find_entry(const Call &call, StatementCache *cache, const char *sql, size_t 
     cache->statistics.misses++;
     sqlite3_stmt *stmt = nullptr;
     const int rc = prepare_text(call, sql, size, SQLITE_PREPARE_PERSISTENT, &stmt);
-    if (rc) return rc;
+    if (rc || !stmt) return rc;
     auto *entry = static_cast<Entry *>(sqlite3_malloc64(sizeof(Entry) + size));
     if (!entry) {
         sqlite3_finalize(stmt);
@@ -205,19 +218,34 @@ int find_entry(const Call &call, StatementCache *cache, const char *sql, size_t 
     return SQLITE_OK;
 }
 
-/// The slot of a format's plan. The pointer finds it, the text proves it: a caller may use one buffer twice.
-PlanSlot *find_plan(StatementCache *cache, const char *format)
+PlanSlot *slot_of(StatementCache *cache, const char *format)
 {
     const auto number = reinterpret_cast<uintptr_t>(format);
-    PlanSlot *slot = &cache->plans[((number >> 3) ^ (number >> 13)) & (kPlanSlots - 1)];
-    if (slot->format == format && strcmp(slot->plan->format, format) == 0) return slot;
+    return &cache->plans[((number >> 3) ^ (number >> 13)) & (kPlanSlots - 1)];
+}
+
+/// Puts a format's plan into its slot. The pointer finds it, the text proves it: a caller may use one
+/// buffer twice. False when there is no memory.
+bool fill(PlanSlot *slot, const char *format)
+{
+    if (slot->format == format && strcmp(slot->plan->format, format) == 0) return true;
     Plan *plan = make_plan(format);
-    if (!plan) return nullptr;
+    if (!plan) return false;
     if (slot->entry) slot->entry->owner = nullptr;
     sqlite3_free(slot->plan);
-    *slot = {format, plan, nullptr};
-    return slot;
+    *slot = {format, plan, nullptr, false};
+    return true;
 }
+
+/// While a plan is used its slot stays as it is: preparing may call back into this library (a virtual
+/// table reads its own tables when it is connected), and another format may share the slot.
+struct SlotInUse {
+    explicit SlotInUse(PlanSlot *s) : slot(s) { slot->busy = true; }
+    SlotInUse(const SlotInUse &) = delete;
+    SlotInUse &operator=(const SlotInUse &) = delete;
+    ~SlotInUse() { slot->busy = false; }
+    PlanSlot *slot;
+};
 
 void read_values(const Plan *plan, Value *values, va_list args)
 {
@@ -225,15 +253,15 @@ void read_values(const Plan *plan, Value *values, va_list args)
         Value &value = values[i];
         value = {};
         switch (plan->conversions[i].argument) {
-        case Argument::int32:
-        case Argument::character: value.number = va_arg(args, int); break;
-        case Argument::uint32: value.number = va_arg(args, unsigned); break;
-        case Argument::int64: value.number = va_arg(args, long long); break;
-        case Argument::uint64:
-            value.wide = va_arg(args, unsigned long long);
-            value.number = static_cast<int64_t>(value.wide);
-            break;
-        case Argument::text: value.text = va_arg(args, const char *); break;
+            case Argument::int32:
+            case Argument::character: value.number = va_arg(args, int); break;
+            case Argument::uint32: value.number = va_arg(args, unsigned); break;
+            case Argument::int64: value.number = va_arg(args, long long); break;
+            case Argument::uint64:
+                value.wide = va_arg(args, unsigned long long);
+                value.number = static_cast<int64_t>(value.wide);
+                break;
+            case Argument::text: value.text = va_arg(args, const char *); break;
         }
     }
 }
@@ -251,29 +279,34 @@ bool splice(const Conversion &conversion, const Value &value, Buffer *out)
     const char *text = scratch;
     if (is_wide(conversion, value))
         sqlite3_snprintf(sizeof scratch, scratch, "%llu", static_cast<sqlite3_uint64>(value.wide));
-    else if (conversion.letter == 's')
-        text = value.text ? value.text : "";
-    else if (conversion.letter == 'c')
-        sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
+    else if (conversion.letter == 's') text = value.text ? value.text : "";
+    else if (conversion.letter == 'c') sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
     else if (conversion.letter == 'q' || conversion.letter == 'Q')
         text = owned = sqlite3_mprintf(conversion.letter == 'q' ? "%q" : "%Q", value.text);
-    else
-        sqlite3_snprintf(sizeof scratch, scratch, "%lld", static_cast<sqlite3_int64>(value.number));
+    else sqlite3_snprintf(sizeof scratch, scratch, "%lld", static_cast<sqlite3_int64>(value.number));
     if (!text) {
         out->failed = true;
         return true;
     }
     const size_t size = strlen(text);
-    out->append(text, size);
-    char previous = '\0';
+    char previous = out->last();
     Lexical state = conversion.state;
-    bool whole = true;
+    bool whole = size > 0 || conversion.letter != 'c';
     for (size_t i = 0; i < size && whole; i++) {
-        if (state == Lexical::code && strchr("?:@#", text[i])) whole = false;
+        if (state == Lexical::code && is_parameter(previous, text[i])) whole = false;
         state = follow(state, &previous, text + i, 1);
     }
+    out->append(text, size);
     sqlite3_free(owned);
     return whole && state == conversion.state;
+}
+
+/// Whether spliced text and the text after it would make one token that neither of them is.
+bool joins(const Conversion &conversion, char before, char after)
+{
+    if (conversion.state == Lexical::line_comment || conversion.state == Lexical::block_comment) return true;
+    return conversion.state == Lexical::code && ((before == '-' && after == '-') || (before == '/' && after == '*') ||
+                                                 (after == '$' && is_parameter(before, after)));
 }
 
 /// Builds the statement's text. False when this call has to go through SQLite's formatter.
@@ -290,9 +323,11 @@ bool build_text(const Plan *plan, const Value *values, Buffer *out)
             char parameter[16];
             sqlite3_snprintf(sizeof parameter, parameter, "?%u", number);
             out->append(parameter);
-        } else if (!splice(conversion, values[i], out)) {
-            return false;
+            continue;
         }
+        if (!splice(conversion, values[i], out)) return false;
+        const bool more = i + 1 < plan->count ? plan->conversions[i + 1].literal : plan->tail;
+        if (more && joins(conversion, out->last(), *literal)) return false;
     }
     out->append(literal, plan->tail);
     return true;
@@ -307,14 +342,10 @@ int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Va
         number++;
         if (is_wide(conversion, values[i])) continue;
         int rc;
-        if (conversion.argument != Argument::text)
-            rc = sqlite3_bind_int64(stmt, number, values[i].number);
-        else if (values[i].text)
-            rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
-        else
-            rc = sqlite3_bind_null(stmt, number);
-        // A range error is no failure: text that was spliced in may have ended the statement's values early.
-        if (rc != SQLITE_OK && rc != SQLITE_RANGE) return fail(call, rc, sqlite3_errmsg(call.db));
+        if (conversion.argument != Argument::text) rc = sqlite3_bind_int64(stmt, number, values[i].number);
+        else if (values[i].text) rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
+        else rc = sqlite3_bind_null(stmt, number);
+        if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
     return SQLITE_OK;
 }
@@ -329,48 +360,61 @@ int prepare_plain(const Call &call, Statement *statement, const char *format, va
     return rc;
 }
 
+/// The statement for a plan that binds values, from the cache. `*found` stays null, without a failure, when
+/// the call has to go through SQLite's formatter.
+int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, const Value *values, Entry **found)
+{
+    const Plan *plan = slot->plan;
+    bool fixed = plan->bound == plan->count;
+    for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = !is_wide(plan->conversions[i], values[i]);
+    if (fixed && slot->entry && !slot->entry->busy) {
+        *found = slot->entry;
+        cache->statistics.hits++;
+        touch(cache, *found);
+        return SQLITE_OK;
+    }
+    Buffer text;
+    if (!build_text(plan, values, &text)) return SQLITE_OK;
+    if (text.failed) return fail(call, SQLITE_NOMEM, "out of memory");
+    const int rc = find_entry(call, cache, text.data ? text.data : "", text.size, found);
+    if (rc == SQLITE_OK && *found && fixed && !(*found)->owner) {
+        if (slot->entry) slot->entry->owner = nullptr;
+        slot->entry = *found;
+        (*found)->owner = &slot->entry;
+    }
+    return rc;
+}
+
 int prepare_cached(const Call &call, StatementCache *cache, Statement *statement, const char *format, va_list args)
 {
-    PlanSlot *slot = find_plan(cache, format);
-    if (!slot) return fail(call, SQLITE_NOMEM, "out of memory");
-    const Plan *plan = slot->plan;
-    if (plan->plain) return prepare_plain(call, statement, format, args);
+    PlanSlot *slot = slot_of(cache, format);
+    if (slot->busy) return prepare_plain(call, statement, format, args);
+    if (!fill(slot, format)) return fail(call, SQLITE_NOMEM, "out of memory");
+    if (slot->plan->plain) return prepare_plain(call, statement, format, args);
+    const SlotInUse in_use(slot);
 
     Value values[kMaxConversions];
     va_list again;
     va_copy(again, args);
-    read_values(plan, values, again);
+    read_values(slot->plan, values, again);
     va_end(again);
-
-    bool fixed = plan->bound == plan->count;
-    for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = !is_wide(plan->conversions[i], values[i]);
-
-    Entry *entry = fixed ? slot->entry : nullptr;
-    if (entry && !entry->busy) {
-        cache->statistics.hits++;
-        touch(cache, entry);
-    } else {
-        Buffer text;
-        if (!build_text(plan, values, &text)) return prepare_plain(call, statement, format, args);
-        if (text.failed) return fail(call, SQLITE_NOMEM, "out of memory");
-        // SQLite refuses a value in a few places (in a CREATE statement, say): what it then says of the
-        // plain text is what counts.
-        const char *ignored = nullptr;
-        Call quiet = call;
-        quiet.text = &ignored;
-        int rc = find_entry(quiet, cache, text.data ? text.data : "", text.size, &entry);
-        if ((rc & 0xFF) == SQLITE_NOMEM) return fail(call, rc, "out of memory");
-        if (rc || !entry) return prepare_plain(call, statement, format, args);
-        if (fixed && !entry->owner) {
-            if (slot->entry) slot->entry->owner = nullptr;
-            slot->entry = entry;
-            entry->owner = &slot->entry;
-        }
+    Entry *entry = nullptr;
+    int rc = find_statement(call, cache, slot, values, &entry);
+    if (rc == SQLITE_ERROR && slot->plan->bound) {
+        // SQLite refuses a value in a few places (for a table's name, say): what it then says of the plain
+        // text is what counts.
+        if (call.text) *call.text = nullptr;
+        rc = prepare_plain(call, statement, format, args);
+        slot->plan->plain = rc == SQLITE_OK;
+        return rc;
     }
+    if (rc) return rc;
+    if (!entry) return prepare_plain(call, statement, format, args);
     entry->busy = true;
     statement->stmt = entry->stmt;
-    statement->busy = &entry->busy;
-    return bind_values(call, entry->stmt, plan, values);
+    statement->cache = cache;
+    statement->entry = entry;
+    return bind_values(call, entry->stmt, slot->plan, values);
 }
 
 }  // namespace
@@ -395,19 +439,21 @@ int ask_hook(const Call &call, const char *sql)
 
 Statement::~Statement()
 {
-    if (busy) {
-        sqlite3_reset(stmt);
-        sqlite3_clear_bindings(stmt);  // they point into the caller's memory
-        *busy = false;
-    } else {
+    if (!entry) {
         sqlite3_finalize(stmt);
+        return;
     }
+    sqlite3_reset(stmt);
+    sqlite3_clear_bindings(stmt);  // they point into the caller's memory
+    entry->busy = false;
+    shrink(cache, cache->bound);  // the bound may have been lowered in the meantime
 }
 
 int prepare(const Call &call, Statement *statement, const char *format, va_list args)
 {
     if (call.text) *call.text = nullptr;
     if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
+    call.qbdb->internal->refused = nullptr;
     if (call.qbdb->internal->statement_hook) {
         va_list again;
         va_copy(again, args);
@@ -420,8 +466,7 @@ int prepare(const Call &call, Statement *statement, const char *format, va_list 
     }
     // Only the handle's own connection is sure to be closed after its statements are finalised.
     StatementCache *cache = call.db == call.qbdb->internal->db ? call.qbdb->internal->cache : nullptr;
-    return cache ? prepare_cached(call, cache, statement, format, args)
-                 : prepare_plain(call, statement, format, args);
+    return cache ? prepare_cached(call, cache, statement, format, args) : prepare_plain(call, statement, format, args);
 }
 
 int run(const Call &call, const char *sql)

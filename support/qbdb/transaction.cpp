@@ -14,12 +14,34 @@ int run(const Call &call, sqlite3_stmt *stmt, const char *sql)
     return sqlite3_reset(stmt) & 0xFF;
 }
 
-void roll_back(const Call &call)
+/// Where the handle notes that it began a transaction on a connection: its own, or one of the caller's.
+sqlite3 *&begun_on(qbdb_private *internal, const sqlite3 *db)
+{
+    return db == internal->db ? internal->begun : internal->begun_elsewhere;
+}
+
+int roll_back(const Call &call)
 {
     qbdb_private *internal = call.qbdb->internal;
-    internal->begun = nullptr;
+    int rc = SQLITE_OK;
     // SQLite itself rolls back after some failures (a full disk, an I/O error).
-    if (!sqlite3_get_autocommit(call.db)) run(call, internal->rollback, "ROLLBACK");
+    if (!sqlite3_get_autocommit(call.db)) rc = run(call, internal->rollback, "ROLLBACK");
+    internal->renew_rollback = internal->renew_rollback || call.db == internal->db;
+    if (sqlite3_get_autocommit(call.db)) begun_on(internal, call.db) = nullptr;
+    return rc;
+}
+
+/// A rollback that takes back a change of the schema makes all prepared statements prepare themselves again
+/// when they next run. The next rollback must not need memory, so it is prepared again before it is needed.
+int renew_rollback(qbdb_private *internal)
+{
+    sqlite3_stmt *stmt = nullptr;
+    const int rc = sqlite3_prepare_v3(internal->db, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &stmt, nullptr);
+    if (rc != SQLITE_OK) return rc & 0xFF;
+    sqlite3_finalize(internal->rollback);
+    internal->rollback = stmt;
+    internal->renew_rollback = false;
+    return SQLITE_OK;
 }
 
 }  // namespace
@@ -29,15 +51,22 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     (void)flags;
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
-    if (!sqlite3_get_autocommit(db)) return SQLITE_ERROR;
+    sqlite3 *&begun = begun_on(internal, db);
+    if (!sqlite3_get_autocommit(db)) {
+        internal->refused = begun == db ? db : nullptr;
+        return SQLITE_ERROR;
+    }
+    internal->refused = nullptr;
+    begun = nullptr;
     const bool read_only = db == internal->db ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
     // A transaction that starts by reading and then writes fails at once when another process wrote in
     // between, whatever the timeout: so the lock for writing is taken first.
     const char *sql = read_only ? "BEGIN" : "BEGIN IMMEDIATE";
     const Call call{qbdb, db, nullptr, file, line};
     if (const int rc = qdb::ask_hook(call, sql)) return static_cast<uint32_t>(rc);
-    const int rc = run(call, internal->begin, sql);
-    if (rc == SQLITE_OK) internal->begun = db;
+    int rc = internal->renew_rollback && db == internal->db ? renew_rollback(internal) : SQLITE_OK;
+    if (rc == SQLITE_OK) rc = run(call, internal->begin, sql);
+    if (rc == SQLITE_OK) begun = db;
     return static_cast<uint32_t>(rc);
 }
 
@@ -45,23 +74,26 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
 {
     (void)flags;
     qbdb_private *internal = qbdb->internal;
-    if (!db || internal->begun != db) return SQLITE_ERROR;
+    if (!db || begun_on(internal, db) != db) return SQLITE_ERROR;
+    internal->refused = nullptr;
     const Call call{qbdb, db, nullptr, file, line};
     int rc = qdb::ask_hook(call, "COMMIT");
     if (rc == SQLITE_OK) rc = run(call, internal->commit, "COMMIT");
-    if (rc == SQLITE_OK)
-        internal->begun = nullptr;
-    else
-        roll_back(call);
+    if (rc == SQLITE_OK) begun_on(internal, db) = nullptr;
+    else roll_back(call);
     return static_cast<uint32_t>(rc);
 }
 
 uint32_t qbdb_sql_rollback(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
 {
     (void)flags;
-    if (!db || qbdb->internal->begun != db) return SQLITE_OK;
+    qbdb_private *internal = qbdb->internal;
+    if (!db || begun_on(internal, db) != db) return SQLITE_OK;
+    // The rollback that ends a refused begin: the transaction that stood in its way is not its own.
+    const bool refused = internal->refused == db;
+    internal->refused = nullptr;
+    if (refused) return SQLITE_OK;
     const Call call{qbdb, db, nullptr, file, line};
     qdb::ask_hook(call, "ROLLBACK");
-    roll_back(call);
-    return SQLITE_OK;
+    return static_cast<uint32_t>(roll_back(call));
 }

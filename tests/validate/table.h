@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <set>
 
@@ -35,7 +36,7 @@ inline std::string shown(const std::optional<std::string> &text)
 
 inline void expect_row(const Check &check, const Row &row)
 {
-    const std::optional<Exact> copy = row.input ? std::optional<Exact>(*row.input) : std::nullopt;
+    const auto copy = row.input ? std::make_unique<Exact>(*row.input) : nullptr;
     const char *text = copy ? copy->get() : nullptr;
     const Outcome outcome = check.run(text);
     EXPECT_EQ(outcome.result, row.result) << check.name << " of " << shown(row.input);

@@ -138,7 +138,8 @@ void Call::judge(uint32_t rc, const ErrorInfo &err, const Database &database, ui
     if (failed && rc == kMinusOne)
         fail(rc, err, operation_.returns == QBOBJ_RETURNS_ANSWER ? "there is no answer" : "not found");
     if (failed) fail(rc, err, meaning_of(rc) ? meaning_of(rc) : "the operation failed and does not say why");
-    if (operation_.changes && database.rolled_back())
+    // An operation's success does not depend on the commit; the user's does.
+    if (rc == 0 && operation_.changes && database.rolled_back())
         throw Failure("the change could not be stored; the database is as it was");
 }
 

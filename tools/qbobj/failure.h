@@ -15,7 +15,11 @@ struct Failure : std::runtime_error {
     uint32_t line = 0;
 
     explicit Failure(const std::string &message) : std::runtime_error(message) {}
-    Failure(const std::string &where, const std::string &message) : std::runtime_error(where + ": " + message) {}
+    /// @param where What the message is about; may be empty.
+    Failure(const std::string &where, const std::string &message)
+        : std::runtime_error(where.empty() ? message : where + ": " + message)
+    {
+    }
 };
 
 }  // namespace qbcli

@@ -173,25 +173,30 @@ public:
     std::string take() { return std::move(text_); }
 
 private:
-    /// Whether a member is worth a line. An empty list says something only where lists were asked for.
-    static bool shown(const Json &record, const std::string &name, const Json &value, size_t indent)
+    /// A list with its counts, of which also the empty list is worth a line; a record has texts.
+    static bool is_counted_list(const Json &record)
     {
-        if (name == kKeyWord && repeats_a_field(record)) return false;
-        return !is_empty(value) || (value.is_array() && indent == 0);
+        return std::all_of(record.begin(), record.end(),
+                           [](const Json &value) { return value.is_number() || value.is_array(); });
     }
 
     void add_record(const Json &record, size_t indent)
     {
+        const bool with_empty_lists = indent == 0 && is_counted_list(record);
+        const auto shown = [&](const std::string &name, const Json &value) {
+            if (name == kKeyWord && repeats_a_field(record)) return false;
+            return !is_empty(value) || (value.is_array() && with_empty_lists);
+        };
         size_t longest = 0;
         bool any = false;
         for (const auto &[name, value] : record.items()) {
-            if (!shown(record, name, value, indent)) continue;
+            if (!shown(name, value)) continue;
             any = true;
             if (!value.is_structured() || value.empty()) longest = std::max(longest, display_width(name));
         }
         if (!any) text_ += std::string(indent, ' ') + kNothing + "\n";
         for (const auto &[name, value] : record.items())
-            if (shown(record, name, value, indent)) add_member(name, value, indent, longest);
+            if (shown(name, value)) add_member(name, value, indent, longest);
     }
 
     void add_member(const std::string &name, const Json &value, size_t indent, size_t longest)

@@ -1,0 +1,60 @@
+// Writing the directory settings.
+#include <cstring>
+
+#include "accounts/passwords.h"
+#include "accounts/report_line.h"
+#include "frame/pool.h"
+#include "frame/query.h"
+#include "frame/set_list.h"
+#include "validate/validate.h"
+
+namespace qb {
+namespace {
+
+uint32_t check_security(const CallContext *ctx, const Security *security)
+{
+    // Exactly these: "ADS" would be stored as it is and not be taken for the directory mode afterwards.
+    if (check_one_of(security->Security, Case::exact, {"user", "ads"})) return REPORT(ctx, 8, "Security is not valid");
+    if (check_short_name(security->workGroup)) return REPORT(ctx, 819, "Bad workgroup");
+    if (strcmp(security->Security, "ads") != 0) return 0;
+    if (check_host_name(security->Realm)) return REPORT(ctx, 820, "Bad realm (%s)", security->Realm);
+    if (is_set(security->passWordServer) && check_host_name(security->passWordServer))
+        return REPORT(ctx, 833, "Bad login server (%s)", security->passWordServer);
+    return 0;
+}
+
+}  // namespace
+
+uint32_t x_qbobj_setSecurity(CallContext *ctx, sqlite3 *db, Security *security)
+{
+    QB_ASSERT(security);
+    TRY(check_security(ctx, security));
+    SetList<512> set;
+    set.add("security=%Q", security->Security);
+    set.add("workgroup=%Q", security->workGroup);
+    set.add("realm=%Q", security->Realm);
+    set.add("orgunit=%Q", security->orgUnit);
+    set.add("restrict_ou=%Q", security->restrictOU);
+    set.add("no_sync_ads=%d", security->noSyncADS);
+    set.add("domain_admin_user=%Q", security->domainAdministrator);
+    set.add("password_server=%Q", security->passWordServer);
+    set.add("allow_trusted_domains=%d", security->displayTrustedUsers);
+    set.add("join_ads_failed=%d", security->joinDomainFailed);
+    set.add("idmap_backend=%Q", security->idmapBackend);
+    // Half of a directory's settings would be worse than the old ones.
+    if (set.dropped) return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", "the settings are too long");
+    if (auto bad = execute(ctx, db, "UPDATE service_cifs SET %s", static_cast<const char *>(set.text)))
+        return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", bad.text);
+    return 0;
+}
+
+uint32_t x_qbobj_setSecurityIdmapBackend(CallContext *ctx, sqlite3 *db, const char *backend)
+{
+    if (check_one_of(backend, Case::exact, {"tdb", "rid"}))
+        return REPORT_LINE(ctx, 8, "Invalid idmap_backend %s", backend);
+    if (auto bad = execute(ctx, db, "UPDATE service_cifs SET idmap_backend=%Q", backend))
+        return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", bad.text);
+    return 0;
+}
+
+}  // namespace qb

@@ -1,0 +1,37 @@
+// SSH public keys: workers, and what they share.
+#pragma once
+
+#include "frame/query.h"
+#include "qbobj/accounts.h"
+
+namespace qb {
+
+inline constexpr const char *kSshKeyTable = "ssh_public_key";
+/// Owner of the twins of the administrator's keys.
+inline constexpr int32_t kRootId = 0;
+/// How many keys are stored, twins included; the last one may bring its twin along.
+inline constexpr int32_t kMostSshKeys = 256;
+
+/// A key on one line, for the log.
+const char *one_line(const CallContext *ctx, const SshPublicKey *key);
+
+/// Fills the fields of a record from a row.
+void read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
+
+/// Title of root's twin of a key.
+uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title);
+
+/// Finds root's twin of one of the administrator's keys.
+uint32_t find_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id, SshPublicKey *root_key);
+
+/// Writes the login shell of a key's owner anew, because it depends on the keys.
+uint32_t refresh_owner_shell(CallContext *ctx, sqlite3 *db, int32_t user_id);
+
+uint32_t x_qbobj_addSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
+uint32_t x_qbobj_deleteSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
+uint32_t x_qbobj_setSshPublicKeyById(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
+uint32_t x_qbobj_getSshPublicKeyById(CallContext *ctx, sqlite3 *db, int32_t id, SshPublicKey *key);
+uint32_t x_qbobj_getSshPublicKeyTiedRootKeyById(CallContext *ctx, sqlite3 *db, int32_t id, SshPublicKey *key);
+uint32_t x_qbobj_getSshPublicKeyCollection(CallContext *ctx, sqlite3 *db, SshPublicKeyCollection *keys);
+
+}  // namespace qb

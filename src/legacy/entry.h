@@ -1,0 +1,43 @@
+// The frame of the older entry points. They differ from the operations: only their end is traced, with the
+// true duration, and a commit that fails is the caller's to know.
+#pragma once
+
+#include <time.h>
+
+#include <type_traits>
+
+#include "frame/frame.h"
+
+namespace qb {
+
+/// Traces the end of a call. The duration is in whole seconds, whatever its unit in the log says.
+template <class Value>
+void trace_entry(const Site &site, qbdb_t *qbdb, const char *key, Value value, uint32_t rc, time_t called)
+{
+    if (qbdb->log_level < 4) return;
+    const int code = static_cast<int>(rc);
+    const auto seconds = static_cast<unsigned long long>(time(nullptr) - called);
+    if constexpr (std::is_same_v<Value, const char *>)
+        qbdb_log(qbdb, site.file, site.line, 4, 0, "<<<< %s(%s,%s) .. rc=%d (%llums)\n", site.operation, key, value,
+                 code, seconds);
+    else
+        qbdb_log(qbdb, site.file, site.line, 4, 0, "<<<< %s(%s) .. rc=%d (%llums)\n", site.operation, key, code,
+                 seconds);
+}
+
+/// Runs a worker in one transaction. `value` is what a setter writes, or where a getter's answer goes.
+template <auto Worker, class Value>
+uint32_t entry(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, const char *key, Value value)
+{
+    const time_t called = time(nullptr);
+    *err = {};
+    CallContext ctx{qbdb, err};
+    uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
+    if (rc == 0) rc = Worker(&ctx, db, key, value);
+    if (rc) qbdb_sql_rollback(qbdb, db, 0, site.file, site.line);
+    else rc = qbdb_sql_commit(qbdb, db, 0, site.file, site.line);
+    trace_entry(site, qbdb, key, value, rc, called);
+    return rc;
+}
+
+}  // namespace qb

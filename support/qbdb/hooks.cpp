@@ -1,0 +1,48 @@
+// The hooks: how appliance code and tests take part.
+#include "handle.h"
+
+void qbdb_set_log_hook(qbdb_t *qbdb, qbdb_log_hook hook, void *context)
+{
+    qbdb->internal->log_hook = hook;
+    qbdb->internal->log_context = context;
+}
+
+void qbdb_set_statement_hook(qbdb_t *qbdb, qbdb_statement_hook hook, void *context)
+{
+    qbdb->internal->statement_hook = hook;
+    qbdb->internal->statement_context = context;
+}
+
+void qbdb_set_import_hook(qbdb_t *qbdb, qbdb_import_hook hook, void *context)
+{
+    qbdb->internal->import_hook = hook;
+    qbdb->internal->import_context = context;
+}
+
+void qbdb_set_service_hook(qbdb_t *qbdb, qbdb_service_hook hook, void *context)
+{
+    qbdb->internal->service_hook = hook;
+    qbdb->internal->service_context = context;
+}
+
+void qbdb_set_directory_hooks(qbdb_t *qbdb, const qbdb_directory_hooks *hooks)
+{
+    qbdb->internal->directory = hooks ? *hooks : qbdb_directory_hooks{};
+}
+
+int qbdb_import_nolock(qbdb_t *qbdb, sqlite3 *db, int selector)
+{
+    const qbdb_private *internal = qbdb->internal;
+    return internal->import_hook ? internal->import_hook(internal->import_context, qbdb, db, selector) : 0;
+}
+
+int qbdb_hf_stats_import(qbdb_t *qbdb, sqlite3 *db)
+{
+    return qbdb_import_nolock(qbdb, db, QBDB_IMPORT_HOME_FOLDERS);
+}
+
+int qbdb_service_update_setting_by_share(qbdb_t *qbdb, sqlite3 *db, const char *protocol)
+{
+    const qbdb_private *internal = qbdb->internal;
+    return internal->service_hook ? internal->service_hook(internal->service_context, qbdb, db, protocol) : 0;
+}

@@ -1,0 +1,350 @@
+// The program from outside: what it prints, where, and its exit status.
+#include <nlohmann/json.hpp>
+
+#include "cli/run.h"
+
+using nlohmann::json;
+using test::Program;
+using test::Result;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+TEST_F(Program, InitCreatesADatabaseOnceOnly)
+{
+    EXPECT_EQ(value("SELECT id FROM _volume"), "tank");
+    const Result again = run({"init", path});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.err, "qbobj: " + path + ": is an appliance database already\n");
+    const std::string bare = directory.path + "/bare.db";
+    EXPECT_EQ(run({"init", bare}).status, 0);
+    EXPECT_EQ(call({"-d", bare, "getLog"}).status, 1) << "a database is named once";
+}
+
+TEST_F(Program, CallsWithFieldsAndPrintsJsonIntoAPipe)
+{
+    const Result added = call({"addLog", "time=7", "severity=warning", "msgTag=LOGMSG_X"});
+    EXPECT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(added.out, "") << "an operation without outputs prints nothing";
+    const Result got = call({"getLog", "limit=10"});
+    ASSERT_EQ(got.status, 0) << got.err;
+    EXPECT_EQ(got.err, "");
+    EXPECT_EQ(json::parse(got.out), json::parse(R"({"entries":[{"LogId":1,"TimeStamp":7,"Severity":"warning",
+        "Category":"misc","MessageTag":"LOGMSG_X","MessageArgsXml":null}],"count":1,"total":1})"));
+    EXPECT_THAT(got.out, StartsWith("{\n  \"entries\": [\n"));
+}
+
+TEST_F(Program, TakesTheNameWithItsPrefixAndOptionsAnywhere)
+{
+    EXPECT_EQ(run({"qbobj_getLog", "--compact", "-d", path}).out, "{\"entries\":[],\"count\":0,\"total\":0}\n");
+    EXPECT_EQ(run({"--compact", "--database", path, "getLog"}).out, "{\"entries\":[],\"count\":0,\"total\":0}\n");
+}
+
+TEST_F(Program, TakesTheDatabaseFromTheEnvironment)
+{
+    setenv("QBOBJ_DB", path.c_str(), 1);
+    EXPECT_EQ(run({"getLog", "--compact"}).status, 0);
+    EXPECT_EQ(run({"-d", path + ".none", "getLog"}).status, 1) << "-d goes first";
+    unsetenv("QBOBJ_DB");
+    const Result none = run({"getLog"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_THAT(none.err, HasSubstr("Give -d FILE, or set QBOBJ_DB"));
+}
+
+TEST_F(Program, BareValuesFillArgumentsInOrder)
+{
+    ASSERT_EQ(call({"addLog", "7", "warning", "system", "LOGMSG_X"}).status, 0);
+    EXPECT_EQ(value("SELECT tstamp||severity||category||msg_tag FROM `$log`"), "7warningsystemLOGMSG_X");
+    ASSERT_EQ(call({"addLog", "severity=err", "8"}).status, 0) << "named ones are passed over";
+    EXPECT_EQ(value("SELECT tstamp||severity FROM `$log` WHERE id=2"), "8err");
+    ASSERT_EQ(call({"truncateLog", "0"}).status, 0);
+    EXPECT_EQ(value("SELECT group_concat(tstamp) FROM `$log`"), "8") << "the newest second stays";
+}
+
+TEST_F(Program, WordsThatAreCommandsAreValuesAfterAnOperation)
+{
+    ASSERT_EQ(call({"addLog", "1", "info", "misc", "LOGMSG_X", "list"}).status, 0);
+    EXPECT_EQ(value("SELECT msg_args_xml FROM `$log`"), "list");
+    ASSERT_EQ(call({"addLog", "1", "info", "misc", "LOGMSG_X", "getLog"}).status, 0);
+    EXPECT_EQ(value("SELECT msg_args_xml FROM `$log` WHERE id=2"), "getLog");
+}
+
+TEST_F(Program, DashesAfterTwoDashesAreValues)
+{
+    ASSERT_EQ(call({"addLog", "1", "info", "misc", "LOGMSG_X", "--", "--json"}).status, 0);
+    EXPECT_EQ(value("SELECT msg_args_xml FROM `$log`"), "--json");
+    ASSERT_EQ(call({"addLog", "-5"}).status, 0) << "a negative number is no option";
+    EXPECT_EQ(count(), "2");
+}
+
+TEST_F(Program, TakesJsonAsTextFromAFileAndFromStandardInput)
+{
+    for (int32_t i = 1; i <= 3; i++) ASSERT_EQ(call({"addLog", std::to_string(i)}).status, 0);
+    const std::string query = R"({"limit": 1, "order": 1})";
+    const std::string path_of_query = file("query.json", query);
+    const std::vector<std::pair<std::vector<std::string>, std::string>> forms = {
+        {{query}, ""},
+        {{"@" + path_of_query}, ""},
+        {{"-"}, query},
+        {{"@-"}, query},
+        {{"query=@" + path_of_query}, ""},
+        {{"query=-"}, query},
+        {{"query=" + query}, ""},
+        {{R"({"query": {"limit": 1, "order": 1}})"}, ""},
+        {{R"({"limit": 1})", "order=1"}, ""},
+        {{"query.limit=1", "query.order=1"}, ""},
+    };
+    for (const auto &[words, input] : forms) {
+        SCOPED_TRACE(words[0]);
+        std::vector<std::string> all = {"getLog", "--compact"};
+        all.insert(all.end(), words.begin(), words.end());
+        const Result result = call(all, input);
+        ASSERT_EQ(result.status, 0) << result.err;
+        const json got = json::parse(result.out);
+        ASSERT_EQ(got["entries"].size(), 1u);
+        EXPECT_EQ(got["entries"][0]["LogId"], 3);
+        EXPECT_EQ(got["total"], 3);
+    }
+}
+
+/// Words that are refused, and a part of the message.
+struct Refused {
+    std::vector<std::string> words;
+    std::string message;
+    std::string input = {};
+};
+
+TEST_F(Program, RefusesWhatItDoesNotUnderstandAndCallsNothing)
+{
+    ASSERT_EQ(call({"addLog", "1"}).status, 0);
+    std::string deep(40, '[');
+    deep.append(40, ']');
+    const std::vector<Refused> cases = {
+        {{"adLog", "1"}, "there is no operation adLog (did you mean addLog?)"},
+        {{"lits"}, "there is no operation lits (did you mean list?)"},
+        {{"quite-something-else"}, "there is no operation quite-something-else; \"qbobj list\" shows all"},
+        {{"addLog", "1", "--jsno"}, "addLog: there is no option --jsno (did you mean --json?)"},
+        {{"--jsno"}, "there is no option --jsno (did you mean --json?)"},
+        {{"addLog", "time=1", "severty=info"}, "addLog: there is no field severty (did you mean severity?)"},
+        {{"addLog", "time=1", "severity=info", "severity=info"}, "addLog: severity: is given twice"},
+        {{"addLog", R"({"time":1,"time":2})"}, "addLog: the JSON argument: time is given twice"},
+        {{"addLog", "severity=info"}, "addLog: the argument time (a number) is missing"},
+        {{"addLog", R"({"time":null})"}, "addLog: the argument time (a number) is missing"},
+        {{"truncateLog"}, "truncateLog: the argument keep (a number) is missing"},
+        {{"addLog", "time=1.5"}, "time: a whole number from -2147483648 to 2147483647 is needed, not \"1.5\""},
+        {{"addLog", "time="}, "time: a whole number from -2147483648 to 2147483647 is needed, not \"\""},
+        {{"addLog", "time=2147483648"}, "time: a whole number from -2147483648 to 2147483647 is needed"},
+        {{"addLog", "time=-2147483649"}, "time: a whole number"},
+        {{"addLog", "time=1x"}, "not \"1x\""},
+        {{"addLog", "time= 1"}, "not \" 1\""},
+        {{"addLog", "time=+1"}, "not \"+1\""},
+        {{"addLog", R"({"time":1.0})"}, "time: a whole number from -2147483648 to 2147483647 is needed, not 1.0"},
+        {{"addLog", R"({"time":"1"})"}, "time: a whole number"},
+        {{"addLog", R"({"time":true})"}, "not true"},
+        {{"addLog", R"({"time":99999999999999999999})"}, "time: a whole number"},
+        {{"addLog", R"({"time":1e999})"}, "malformed JSON: a number is too large for any field"},
+        {{"addLog", R"({"time":1,"severity":5})"}, "severity: a text is needed, not 5"},
+        {{"addLog", R"({"time":1,"severity":"\u0000"})"}, "severity: the text holds a NUL character"},
+        {{"addLog", "time=1", "severity=\xC3"}, "severity: the text is not valid UTF-8"},
+        {{"addLog", "time=1", "severity=\xED\xA0\x80"}, "severity: the text is not valid UTF-8"},
+        {{"addLog", "{\"severity\":\"\xC3\"}"}, "malformed JSON at line 1, column 15"},
+        {{"addLog", "{\"time\":1,\n \"severity\" 2}"}, "malformed JSON at line 2, column 13"},
+        {{"addLog", "{\"time\":1"}, "malformed JSON at line 1, column 10"},
+        {{"addLog", "-"}, "standard input: malformed JSON at line 1, column 1", ""},
+        {{"addLog", "-"}, "a JSON object or a JSON array is needed", "5"},
+        {{"addLog", "-"}, "standard input: nested deeper than 32 levels", deep},
+        {{"getLog", "-", "query=-"}, "standard input: it is read once", "{}"},
+        {{"addLog", "[1]"}, "a JSON object is needed: addLog takes no list"},
+        {{"addLog", "1", "a", "b", "c", "d", "e"}, "nothing is left that could take the bare value \"e\""},
+        {{"getLog", "query=5"}, "query: a record is written as JSON, query='{…}'"},
+        {{"getLog", "query=[]"}, "query: a JSON object (LogQuery) is needed"},
+        {{"getLog", "query.limt=5"}, "query.limt: LogQuery has no field limt (did you mean limit?)"},
+        {{"getLog", "query={\"limt\":5}"}, "query: there is no field limt (did you mean limit?)"},
+        {{"getLog", "limit.x=5"}, "limit.x: there is nothing inside to be named x"},
+        {{"getLog", "query={}", "limit=1", "limit=2"}, "limit: is given twice"},
+        {{"getLog", "limit=1", "query={}"}, "query: is given twice"},
+        {{"getLog", "entries=[]"}, "there is no field entries"},
+        {{"getLog", "@" + directory.path}, "Is a directory"},
+        {{"getLog", "@" + directory.path + "/none"}, "No such file or directory"},
+        {{"--read-only", "addLog", "1"}, "it changes the database, which --read-only forbids"},
+        {{"--table", "--compact", "getLog"}, "a table or JSON? --table excludes the other"},
+        {{"getLog", "--timeout", "soon"}, "--timeout"},
+        {{"completion", "fish"}, "fish"},
+        {{"describe"}, "NAME is required"},
+        {{"describe", "Usr"}, "there is no operation or type Usr (did you mean User?)"},
+        {{"list", "zzz"}, "no operation matches zzz"},
+        {{}, "which operation?"},
+    };
+    for (const Refused &refused : cases) {
+        SCOPED_TRACE(refused.message);
+        const Result result = call(refused.words, refused.input);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT(result.err, StartsWith("qbobj: "));
+        EXPECT_THAT(result.err, HasSubstr(refused.message));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    }
+    EXPECT_EQ(count(), "1") << "nothing was called";
+}
+
+TEST_F(Program, ShowsTheOperationsOwnFailure)
+{
+    const Result result = call({"addLog", "time=1", "severity=loud"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "qbobj: addLog: 8 Specified Severity (loud) is invalid.\n");
+    const Result as_json = call({"addLog", "time=1", "severity=loud", "-j"});
+    EXPECT_EQ(as_json.status, 1);
+    const json object = json::parse(as_json.err);
+    EXPECT_EQ(object["operation"], "addLog");
+    EXPECT_EQ(object["code"], 8);
+    EXPECT_EQ(object["message"], "Specified Severity (loud) is invalid.");
+    EXPECT_THAT(object["file"].get<std::string>(), MatchesRegex(".+\\.cpp"));
+    EXPECT_GT(object["line"], 0);
+    const json usage = json::parse(call({"addLog", "--json", "time=x"}).err);
+    EXPECT_EQ(usage["operation"], "addLog");
+    EXPECT_TRUE(usage["code"].is_null());
+}
+
+TEST_F(Program, ControlCharactersReachNoTerminal)
+{
+    const Result refused = call({"addLog", "time=1", "severity=\x1b[31m"});
+    EXPECT_EQ(refused.err, "qbobj: addLog: 8 Specified Severity (\\x1b[31m) is invalid.\n");
+    ASSERT_EQ(call({"addLog", "time=1", "argsXml=a\x1b]0;b\nc"}).status, 0);
+    const Result shown = call({"getLog", "--table"});
+    EXPECT_THAT(shown.out, HasSubstr("a\\x1b]0;b\\nc"));
+    EXPECT_EQ(shown.out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(Program, SaysWhyADatabaseCannotBeOpened)
+{
+    const std::string other = file("other.txt", "some other text, long enough to be looked at");
+    const Result no_file = run({"-d", path + ".none", "getLog"});
+    EXPECT_EQ(no_file.status, 1);
+    EXPECT_EQ(no_file.err, "qbobj: getLog: " + path + ".none: no such database\n");
+    const Result not_ours = run({"-d", other, "getLog"});
+    EXPECT_EQ(not_ours.status, 1);
+    EXPECT_EQ(not_ours.err, "qbobj: getLog: " + other + ": is not an appliance database\n");
+}
+
+TEST_F(Program, ReadsWhatMayOnlyBeRead)
+{
+    ASSERT_EQ(call({"addLog", "1"}).status, 0);
+    EXPECT_THAT(call({"--read-only", "getLog", "--compact"}).out, HasSubstr("\"total\":1"));
+}
+
+TEST_F(Program, SaysThatTheDatabaseIsLocked)
+{
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const Result locked = call({"addLog", "1", "--timeout", "30"});
+    EXPECT_EQ(locked.status, 1);
+    EXPECT_EQ(locked.err, "qbobj: addLog: 5 database is locked by another process (waited 30 ms; see --timeout)\n");
+    const json object = json::parse(call({"addLog", "1", "--timeout", "0", "--json"}).err);
+    EXPECT_EQ(object["code"], 5);
+    EXPECT_TRUE(object["file"].is_null());
+    sqlite3_close(other);
+    EXPECT_EQ(call({"addLog", "1", "--timeout", "30"}).status, 0);
+}
+
+TEST_F(Program, AFailedCommitIsNoSuccess)
+{
+    sqlite3 *other = nullptr;  // holds the log open, so that it grows and stays
+    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other,
+                           "PRAGMA wal_autocheckpoint=0; CREATE TABLE filler(x);"
+                           "INSERT INTO filler VALUES(zeroblob(100000))",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    const Result result = test::run_command({test::program(), "-d", path, "addLog", "1"}, "", [] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {90000, 90000};  // less than the log's size: nothing can be appended
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "qbobj: addLog: the change could not be stored; the database is as it was\n");
+    sqlite3_close(other);
+    EXPECT_EQ(count(), "0");
+}
+
+TEST_F(Program, AFullDiskBehindStandardOutputIsAFailure)
+{
+    const Result result =
+        test::run_command({test::program(), "-d", path, "getLog"}, "", [] { dup2(open("/dev/full", O_WRONLY), 1); });
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "qbobj: getLog: the result cannot be written: No space left on device\n");
+}
+
+TEST_F(Program, TracesOnStandardErrorOnlyWhenAsked)
+{
+    EXPECT_EQ(call({"getLog", "limit=3"}).err, "");
+    const Result traced = call({"getLog", "limit=3", "--trace", "--compact"});
+    EXPECT_THAT(traced.err, MatchesRegex("(.|\n)*[a-z0-9_]+\\.cpp:[0-9]+: \\[4\\] >>>> qbobj_getLog\\(\\)\n(.|\n)*"));
+    EXPECT_THAT(traced.err, HasSubstr("[5]  i limit = 3\n"));
+    EXPECT_EQ(traced.out, "{\"entries\":[],\"count\":0,\"total\":0}\n");
+    const Result calls = call({"getLog", "--log-level", "4"});
+    EXPECT_THAT(calls.err, HasSubstr("<<<< qbobj_getLog() ==> rc=0"));
+    EXPECT_THAT(calls.err, Not(HasSubstr("LogQuery")));
+    EXPECT_THAT(call({"addLog", "1", "loud", "--log-level=2"}).err,
+                HasSubstr("[2] Specified Severity (loud) is invalid.\nqbobj: addLog: 8"));
+}
+
+TEST_F(Program, ListsOperations)
+{
+    const Result all = run({"list"});
+    ASSERT_EQ(all.status, 0);
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        EXPECT_THAT(all.out, HasSubstr("  " + std::string(row->name).substr(strlen("qbobj_")) + " "));
+        EXPECT_THAT(all.out, HasSubstr(row->summary));
+    }
+    EXPECT_THAT(run({"list", "*elet*"}).out, AllOf(HasSubstr("deleteLog"), Not(HasSubstr("getLog"))));
+    EXPECT_THAT(run({"list", "system LOG"}).out, HasSubstr("addLog")) << "a word of the family";
+    EXPECT_THAT(run({"list", "--types", "LogE*"}).out, "LogEntry\n");
+    const json rows = json::parse(run({"list", "truncateLog", "--json"}).out);
+    ASSERT_EQ(rows.size(), 1u);
+    EXPECT_EQ(rows[0]["name"], "truncateLog");
+    EXPECT_EQ(rows[0]["arguments"][0]["name"], "keep");
+}
+
+TEST_F(Program, DescribesEveryOperationAndType)
+{
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        SCOPED_TRACE(row->name);
+        const Result described = run({"describe", row->name});
+        EXPECT_EQ(described.status, 0) << described.err;
+        for (uint32_t i = 0; i < row->count; i++) EXPECT_THAT(described.out, HasSubstr(row->arguments[i].name));
+    }
+    const Result operation = run({"describe", "addLog"});
+    EXPECT_THAT(operation.out,
+                StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
+    EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
+    EXPECT_THAT(operation.out, HasSubstr("  8    an argument is missing, malformed, or refers to nothing\n"));
+    EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
+    const Result user = run({"describe", "User"});
+    EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));
+    EXPECT_THAT(user.out, HasSubstr("UserQuota           list of Quota\n"));
+    const Result share = run({"describe", "Share"});
+    EXPECT_THAT(share.out, HasSubstr("key                       text, the key word"));
+    EXPECT_THAT(share.out, HasSubstr("unsigned 64-bit number, may be absent\n"));
+    const json fields = json::parse(run({"describe", "User", "--json"}).out)["fields"];
+    size_t count = 0;
+    while (qbobj_find_type("User")[count + 1].kind != '.') count++;
+    EXPECT_EQ(fields.size(), count);
+}
+
+TEST_F(Program, ExplainsItself)
+{
+    const Result help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    for (const char *part :
+         {"Usage:", "OPERATION [ARGUMENT]", "init", "describe", "completion", "QBOBJ_DB", "First steps"})
+        EXPECT_THAT(help.out, HasSubstr(part));
+    EXPECT_THAT(run({"--version"}).out, MatchesRegex("qbobj [0-9]+\\.[0-9]+\\.[0-9]+ \\(SQLite 3\\.[0-9.]+\\)\n"));
+    EXPECT_THAT(run({"init", "--help"}).out, HasSubstr("--volume"));
+}
+
+}  // namespace
