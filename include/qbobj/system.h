@@ -32,28 +32,31 @@ struct NetworkInterface {
     const char *Subnet;   /**< Network mask; stored as given when the interface is added, never changed. */
 };
 
-/** LogEntry. */
+/** One entry of the system log. */
 struct LogEntry {
-    struct LogEntry *next; /**< Next element of the list, or null. */
-    int32_t LogId; /**< */
-    int32_t TimeStamp; /**< */
-    const char *Severity; /**< */
-    const char *Category; /**< */
-    const char *MessageTag; /**< */
-    const char *MessageArgsXml; /**< */
+    struct LogEntry *next;      /**< Next element of the list, or null. */
+    int32_t LogId;              /**< Number of the entry; later entries have higher ones. */
+    int32_t TimeStamp;          /**< When it happened, in seconds since the epoch. */
+    const char *Severity;       /**< A QBLOG_SEVERITY_ word. */
+    const char *Category;       /**< A QBLOG_CATEGORY_ word, or "apps". */
+    const char *MessageTag;     /**< Name of the message's translatable text, "LOGMSG_...". */
+    const char *MessageArgsXml; /**< The message's arguments as XML text, or null. */
 };
 
-/** LogQuery. */
+/** Which entries of the system log to read or delete. All zero: all entries, oldest first. */
 struct LogQuery {
-    int32_t limit; /**< */
-    int32_t offset; /**< */
-    int32_t order; /**< */
-    int32_t timestamp_min; /**< */
-    int32_t timestamp_max; /**< */
-    const char *severity; /**< */
-    const char *severity_in; /**< */
-    const char *category_in; /**< */
-    const char *msg_tag; /**< */
+    int32_t limit;           /**< Most entries to read; 0 or below: no limit. */
+    int32_t offset;          /**< Entries to skip first; counts only together with a limit. */
+    int32_t order;           /**< Non-zero: newest first, that is by falling number. */
+    int32_t timestamp_min;   /**< Only entries after this second; 0: no bound. */
+    int32_t timestamp_max;   /**< Only entries before this second; 0: no bound. */
+    const char *severity;    /**< Least severity: "info", "notice", "warn...", "err...", "crit...", "alert" or
+                                  "emerg", case ignored; any other word and null select all. */
+    const char *severity_in; /**< Severities as a ready SQL list ("'err','crit'"), or null; not for deleting.
+                                  It goes into the statement as it is: never text from outside. */
+    const char *category_in; /**< Categories as a ready SQL list, or null; as for the severities, but also for
+                                  deleting. */
+    const char *msg_tag;     /**< Exact message tag, or null; not for deleting. */
 };
 
 /** An uninterruptible power supply: its configuration, what it told of itself, its last reading. */

@@ -145,7 +145,7 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
 
     LogEntry *read = nullptr;
     TRY(fill_entries(ctx, rows, &read));
-    *List<LogEntry>(entries).tail = read;
+    List<LogEntry>(entries).link(read);
     *count = matching;
     *total = all;
     TRACE(ctx, "%s() rc=%d nrow=%d\n", "x_qbobj_getLog", 0, rows.count);

@@ -44,6 +44,19 @@ TEST_F(Lists, AppendsToAListThatIsNotEmpty)
     EXPECT_THAT(ids(head), ElementsAre(9, 8, 1, 2));
 }
 
+TEST_F(Lists, LinksAWholeList)
+{
+    ResourceId second{nullptr, 2};
+    ResourceId first{&second, 1};
+    ResourceId *head = nullptr;
+    List<ResourceId> list(&head);
+    list.link(&first);
+    list.append(&ctx)->resource_id = 3;
+    list.link(nullptr);
+    list.append(&ctx)->resource_id = 4;
+    EXPECT_THAT(ids(head), ElementsAre(1, 2, 3, 4));
+}
+
 TEST_F(Lists, NothingAppendedNothingChanged)
 {
     ResourceId only{nullptr, 8};

@@ -200,9 +200,13 @@ TEST(Secrets, CoverEveryFieldNamedLikeAPassword)
 TEST(Operations, AreFoundWithAndWithoutThePrefix)
 {
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
-        ASSERT_EQ(strncmp(row->name, "qbobj_", 6), 0) << row->name;
         EXPECT_EQ(qbobj_find_operation(row->name), row) << row->name;
-        EXPECT_EQ(qbobj_find_operation(row->name + 6), row) << row->name;
+        // The older entry points have no prefix; being asked for with one is fine.
+        const bool legacy = strcmp(row->family, "legacy") == 0;
+        const std::string prefix = "qbobj_";
+        EXPECT_EQ(std::string(row->name).rfind(prefix, 0) == 0, !legacy) << row->name;
+        const std::string other = legacy ? prefix + row->name : std::string(row->name).substr(prefix.size());
+        EXPECT_EQ(qbobj_find_operation(other.c_str()), row) << other;
     }
     EXPECT_EQ(qbobj_find_operation(nullptr), nullptr);
     EXPECT_EQ(qbobj_find_operation(""), nullptr);
