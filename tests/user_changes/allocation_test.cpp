@@ -118,7 +118,7 @@ TEST_F(Allocations, TheNameMap)
     expect_each_noticed(4, [&] {
         maps = {};
         const uint32_t rc = qbobj_getSmbUserNameMapCollection(qbdb, db, &maps, &err);
-        if (rc) EXPECT_EQ(maps.SmbUserNameMap, nullptr);
+        EXPECT_EQ(maps.SmbUserNameMap == nullptr, rc != 0);
         return rc;
     });
     EXPECT_EQ(test::elements(maps.SmbUserNameMap).size(), 2u);
