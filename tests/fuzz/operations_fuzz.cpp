@@ -5,6 +5,7 @@
 // here. Pointers that an operation requires are given, as its contract asks for; everything else is up to
 // the input: how long a chain is, what a text holds, which sub-record is missing.
 #include <fcntl.h>
+#include <sanitizer/lsan_interface.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -343,7 +344,6 @@ struct Database {
     {
         scratch = access("/dev/shm", W_OK) == 0 ? "/dev/shm/qbobj-fuzz-XXXXXX" : "/tmp/qbobj-fuzz-XXXXXX";
         require(mkdtemp(scratch.data()), "no directory");
-        std::atexit(remove_scratch);
         char why[256] = "";
         const std::string path = scratch + "/fuzz.db";
         if (qbdb_open(path.c_str(), QBDB_OPEN_CREATE, "tank", &qbdb, &db, why, sizeof why)) fail(why);
@@ -368,6 +368,14 @@ struct Database {
         qbdb_set_statement_hook(qbdb, see, this);
         sqlite3_wal_hook(db, written, this);  // in place of the automatic checkpoint
     }
+
+    ~Database()
+    {
+        qbdb_close(qbdb);
+        remove_scratch();
+    }
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
 
     static int see(void *self, const char *sql, const char *, uint32_t, const char **)
     {

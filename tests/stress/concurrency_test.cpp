@@ -61,7 +61,7 @@ struct Shared {
     std::atomic<bool> stop{false};
     std::atomic<long> done[kKinds]{};
     std::atomic<long> failed{0};
-    char failure[256] = "";
+    char failure[512] = "";
     Latencies reads;
     Latencies writes;
 
