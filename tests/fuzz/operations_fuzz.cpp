@@ -342,6 +342,9 @@ struct Database {
 
     Database()
     {
+        // The pool is mapped memory, in which the sanitizer does not look for pointers: what the handle owns
+        // would look lost to it.
+        const __lsan::ScopedDisabler disabler;
         scratch = access("/dev/shm", W_OK) == 0 ? "/dev/shm/qbobj-fuzz-XXXXXX" : "/tmp/qbobj-fuzz-XXXXXX";
         require(mkdtemp(scratch.data()), "no directory");
         char why[256] = "";

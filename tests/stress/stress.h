@@ -27,7 +27,7 @@ inline constexpr bool kThreadSanitizer = kSanitizer && kSanitizer[0] == 'T';
 inline long amount(const char *variable, long ordinary, long sanitized)
 {
     if (const char *given = getenv(variable)) return atol(given);
-    if (!kSanitizer) return ordinary;
+    if (!kSanitizer || sanitized == ordinary) return ordinary;
     printf("%s: %ld instead of %ld under %s\n", variable, sanitized, ordinary, kSanitizer);
     return sanitized;
 }
