@@ -361,7 +361,8 @@ TEST_F(Program, DescribesEveryOperationAndType)
     EXPECT_THAT(operation.out,
                 StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
     EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
-    EXPECT_THAT(operation.out, HasSubstr("  8    an argument is missing, malformed, or refers to nothing\n"));
+    EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
+    EXPECT_THAT(run({"describe", "addUser"}).out, HasSubstr("  801, 802, 8"));
     EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));
