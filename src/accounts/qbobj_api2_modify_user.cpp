@@ -24,7 +24,7 @@ struct Change {
     int32_t ads;
     int32_t id = 0;
     StoredUser stored{};
-    const char *stored_group = "";   // name, read for a user that may have an alias
+    const char *stored_group = "";   // name of the primary group
     const char *name = nullptr;      // from now on
     const char *home = nullptr;      // from now on, when the record names the user
     const char *old_name = nullptr;  // only when it changes

@@ -116,6 +116,33 @@ TEST_F(Calls, BuildRecordsOfPairs)
     EXPECT_EQ(scene.calls, 2);
 }
 
+TEST_F(Calls, WhatIsNamedGoesOverWhatADocumentSays)
+{
+    const std::string document =
+        R"({"UserName":"anna","Email":"old","HomeFolderSettings":[{"SizeLimit":5,"PrevVersions":1}],
+        "TimeMachineQuota":[],"UserQuota":[{"HardMB":1},{"HardMB":2}]})";
+    scene.fill = [](const QbobjValue *values) {
+        const auto *user = static_cast<const User *>(values[0].p);
+        EXPECT_STREQ(user->UserName, "anna");
+        EXPECT_STREQ(user->Email, "new");
+        EXPECT_EQ(user->HomeFolderSettings->SizeLimit, 6u);
+        EXPECT_EQ(user->HomeFolderSettings->PrevVersions, 1);
+        EXPECT_EQ(user->TimeMachineQuota->CapacityMB, 7);
+        EXPECT_EQ(user->UserQuota, nullptr);
+    };
+    for (const std::string &document_form : {document, "[" + document + "]", "@" + file("user.json", document)})
+        run(kUser, {"Email=new", "HomeFolderSettings.SizeLimit=6", "TimeMachineQuota.CapacityMB=7", "UserQuota=[]",
+                    document_form});
+    EXPECT_EQ(scene.calls, 3);
+    scene.calls = 0;
+    EXPECT_EQ(message(kUser, {document, "UserQuota.HardMB=3"}),
+              "user.UserQuota: which of the document's 2 elements is meant?");
+    EXPECT_EQ(message(kUser, {R"([{"UserName":"a"},{"UserName":"b"}])", "Email=x"}),
+              "user: which of the document's 2 elements is meant?");
+    EXPECT_EQ(message(kUser, {document, "Email=x", "Email=y"}), "Email: is given twice");
+    EXPECT_EQ(message(kUser, {document, document}), "UserName: is given twice");
+}
+
 TEST_F(Calls, AChainComesBackInTheFormInWhichItWasGiven)
 {
     const Json one = run(kUser, {"UserName=anna"});

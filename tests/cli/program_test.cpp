@@ -314,9 +314,8 @@ TEST_F(Program, WhatAReadPrintsCanBeChangedAndWrittenBack)
     ASSERT_EQ(call({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, "Secret-123\n").status, 0);
     const std::string hash = value("SELECT passwd FROM `$user` WHERE uname='anna'");
     const std::string id = std::to_string(json::parse(call({"getUID", "anna"}).out)["id"].get<int>());
-    json user = json::parse(call({"getUser", "UserId=" + id}).out);
-    user["Email"] = "anna@example.org";
-    const Result changed = call({"modifyUser", "-"}, user.dump());
+    const std::string user = call({"getUser", "UserId=" + id}).out;
+    const Result changed = call({"modifyUser", "-", "Email=anna@example.org"}, user);
     ASSERT_EQ(changed.status, 0) << changed.err;
     EXPECT_EQ(value("SELECT email FROM `$user` WHERE uname='anna'"), "anna@example.org");
     EXPECT_EQ(value("SELECT passwd FROM `$user` WHERE uname='anna'"), hash) << "the mask leaves the password as it is";
@@ -362,7 +361,8 @@ TEST_F(Program, DescribesEveryOperationAndType)
     EXPECT_THAT(operation.out,
                 StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
     EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
-    EXPECT_THAT(operation.out, HasSubstr("  8    an argument is missing, malformed, or refers to nothing\n"));
+    EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
+    EXPECT_THAT(run({"describe", "addUser"}).out, HasSubstr("  801, 802, 8"));
     EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));

@@ -189,6 +189,12 @@ test::Result collect_from_pipe(const std::string &input, const std::vector<std::
     return result;
 }
 
+TEST(Prompt, ASecretMayGoOverADocument)
+{
+    EXPECT_THAT(collect_from_pipe("abcd\n", {R"({"UserName":"anna","NewPassword":null})", "NewPassword=-"}).out,
+                HasSubstr("NewPassword=dcba"));
+}
+
 TEST(Prompt, ReadsALineEachWhereThereIsNoTerminal)
 {
     const test::Result both = collect_from_pipe("olda\nnewb\nrest", {"OldPassword=-", "NewPassword=-"});

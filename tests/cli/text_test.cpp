@@ -179,6 +179,13 @@ TEST(LayOut, SaysThatThereIsNothing)
     EXPECT_EQ(lay_out(nullptr, 0), "(none)\n");
 }
 
+TEST(LayOut, ShowsMaskedColumnsLast)
+{
+    const Json user = {{"Password", "●●●●●●●●"}, {"Email", "a@b"}, {"UserName", "anna"}};
+    EXPECT_EQ(lay_out({user, user}, 0),
+              "UserName  Email  Password\nanna      a@b    ●●●●●●●●\nanna      a@b    ●●●●●●●●\n");
+}
+
 TEST(LayOut, NeverExceedsTheWidth)
 {
     Json row;
@@ -196,7 +203,7 @@ TEST(LayOut, NeverExceedsTheWidth)
             start = end + 1;
         }
     }
-    EXPECT_THAT(lay_out(rows, 80), HasSubstr("(15 more columns: --json shows all)\n"));
+    EXPECT_THAT(lay_out(rows, 80), HasSubstr("(16 more columns: --json shows all)\n"));
     EXPECT_THAT(lay_out(rows, 80), testing::StartsWith("TheName "));
 }
 

@@ -60,7 +60,7 @@ TEST_F(Allocations, CheckingAList)
 {
     test::ListFile file;
     std::string text = "anna\tstaff\t\tsecret\n\nbob\tcrew\t\t\n";
-    for (int i = 0; i < 40; i++) text += "user" + std::to_string(i) + "\tstaff\t\t\n";  // the set of names grows
+    for (int i = 0; i < 80; i++) text += "user" + std::to_string(i) + "\tstaff\t\t\n";  // the set of names grows
     file.write(text);
     UserCollection users{};
     GroupCollection groups{};
@@ -68,7 +68,7 @@ TEST_F(Allocations, CheckingAList)
     known.UserName = "known";
     UserCollection existing{};
     existing.User = &known;
-    expect_each_noticed(80, [&] {
+    expect_each_noticed(160, [&] {
         users = {};
         groups = {};
         const uint32_t rc = qbobj_checkUserList(qbdb, db, &users, &groups, &existing, nullptr, &err);
@@ -78,7 +78,7 @@ TEST_F(Allocations, CheckingAList)
         }
         return rc;
     });
-    EXPECT_EQ(test::elements(users.User).size(), 42u);
+    EXPECT_EQ(test::elements(users.User).size(), 82u);
 }
 
 TEST_F(Allocations, Changing)

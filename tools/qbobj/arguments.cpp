@@ -51,6 +51,28 @@ bool takes_array(const QbobjArgument &argument)
            (argument.chain || argument.kind == QBOBJ_KIND_LIST || is_bare_list(argument.type));
 }
 
+/// Puts what is named over what a document says, field by field.
+void lay_over(Json &base, Json &named, const std::string &where)
+{
+    if (base.is_array() && base.size() == 1 && named.is_object()) return lay_over(base.front(), named, where);
+    if (base.is_array() && base.size() > 1 && named.is_object())
+        throw Failure(where, "which of the document's " + std::to_string(base.size()) + " elements is meant?");
+    if (!base.is_object() || !named.is_object()) {
+        base = std::move(named);
+        return;
+    }
+    for (auto &[name, value] : named.get_ref<Json::object_t &>()) {
+        if (base.contains(name)) lay_over(base[name], value, where + "." + name);
+        else base[name] = std::move(value);
+    }
+}
+
+/// A member of a record, or of the one record of a list.
+Json &member(Json &value, const std::string &name)
+{
+    return value.is_array() ? value.front()[name] : value[name];
+}
+
 char number_kind(const QbobjArgument &argument)
 {
     return argument.kind == QBOBJ_KIND_UINT64 ? 'n' : 'i';
@@ -91,6 +113,11 @@ void Arguments::take(const std::vector<std::string> &words)
         else if (const auto name = pair_name(word)) take_pair(*name, std::string_view(word).substr(name->size() + 1));
         else bare.push_back(word);
     }
+    for (size_t i = 0; i < operation_.count; i++) {
+        if (given_[i] && named_[i]) lay_over(*given_[i], *named_[i], operation_.arguments[i].name);
+        else if (named_[i]) given_[i] = std::move(named_[i]);
+        named_[i].reset();
+    }
     for (const std::string &text : bare) take_bare(text);
 }
 
@@ -105,7 +132,7 @@ Json Arguments::document_from(std::string_view source)
 void Arguments::take_pair(std::string_view name, std::string_view value)
 {
     const Target target = resolve(split(name), std::string(name));
-    set(target, value_from_text(target, value));
+    set(named_, target, value_from_text(target, value));
 }
 
 /// An object names fields as pairs do; an array is the list that the operation takes.
@@ -116,7 +143,7 @@ void Arguments::take_document(Json document, bool visible)
         if (visible && target.field && qbobj_is_secret(target.type, target.field) && !value.is_null() &&
             value != masked_password)
             refuse_visible_secret(target.label);
-        set(target, std::move(value));
+        set(given_, target, std::move(value));
     };
     if (document.is_object()) {
         for (auto &[name, value] : document.get_ref<Json::object_t &>()) {
@@ -142,7 +169,7 @@ void Arguments::take_bare(const std::string &text)
         const QbobjArgument &argument = operation_.arguments[i];
         if (!is_input(argument) || !is_scalar(argument) || given_[i]) continue;
         const Target target{i, {}, nullptr, nullptr, false, argument.name};
-        return set(target, value_from_text(target, text));
+        return set(given_, target, value_from_text(target, text));
     }
     throw Failure("nothing is left that could take the bare value \"" + text + "\"; write Field=value");
 }
@@ -240,10 +267,10 @@ const QbobjField *Arguments::Target::type_of_value(const QbobjOperation &operati
     return field ? field->subtype : nullptr;
 }
 
-void Arguments::set(const Target &target, Json value)
+void Arguments::set(Values &values, const Target &target, Json value)
 {
     const auto refuse_second = [&] { throw Failure(target.label, "is given twice"); };
-    std::optional<Json> &given = given_[target.argument];
+    std::optional<Json> &given = values[target.argument];
     if (target.path.empty()) {
         if (given) refuse_second();
         given = std::move(value);
@@ -269,7 +296,7 @@ void Arguments::ask_for_secrets()
         const PrivateText secret = input_.secret(target.label, confirmed);
         check_text(secret, target.label);
         Json *value = &*given_[target.argument];
-        for (const std::string &name : target.path) value = &(*value)[name];
+        for (const std::string &name : target.path) value = &member(*value, name);
         *value = std::string_view(secret);
     }
 }

@@ -23,7 +23,8 @@ public:
     Arguments &operator=(const Arguments &) = delete;
 
     /// Takes words: Field=value, JSON text, @file, "-" for JSON on standard input, and bare values that
-    /// fill the scalar arguments that are left, in their order.
+    /// fill the scalar arguments that are left, in their order. What is named by itself goes over what a
+    /// document says of it, so that a record can be read, changed and written back.
     void take(const std::vector<std::string> &words);
     /// Takes one JSON document that nobody could read over the caller's shoulder.
     void take(Json document) { take_document(std::move(document), false); }
@@ -55,11 +56,13 @@ private:
     Json value_from_text(const Target &target, std::string_view text);
     Json structure_from_text(const Target &target, const QbobjField *type, std::string_view text);
     Json document_from(std::string_view source);
-    void set(const Target &target, Json value);
+    using Values = std::array<std::optional<Json>, QBOBJ_MAX_ARGUMENTS>;
+    static void set(Values &values, const Target &target, Json value);
 
     const QbobjOperation &operation_;
     StandardInput &input_;
-    std::array<std::optional<Json>, QBOBJ_MAX_ARGUMENTS> given_;
+    Values given_;  // at first what documents say, in the end everything
+    Values named_;
     std::vector<Target> secrets_;
 };
 

@@ -127,6 +127,19 @@ std::string usage(const QbobjOperation &operation)
     return text;
 }
 
+std::string codes_text(const QbobjOperation &operation)
+{
+    std::string general;
+    std::string own;
+    for (const uint32_t code : codes_of(operation)) {
+        const std::string number = std::to_string(code);
+        if (const char *meaning = meaning_of(code)) general += "  " + number + "  " + meaning + "\n";
+        else own += (own.empty() ? "" : ", ") + number;
+    }
+    if (!own.empty()) own = "  " + own + "\n     a conflict or a limit; the message says which\n";
+    return general.empty() && own.empty() ? "" : "\nCodes\n" + general + own;
+}
+
 std::string operation_text(const QbobjOperation &operation)
 {
     std::string text = short_name(operation) + ": " + operation.summary + "\n\n  " + usage(operation) + "\n\n";
@@ -142,14 +155,7 @@ std::string operation_text(const QbobjOperation &operation)
                 kind_word(argument) + (argument.optional ? ", may be left out" : "") + "\n";
         if (argument.type) text += std::string(longest + 16, ' ') + "(qbobj describe " + argument.type->name + ")\n";
     }
-    const std::vector<uint32_t> codes = codes_of(operation);
-    if (!codes.empty()) text += "\nCodes\n";
-    for (const uint32_t code : codes) {
-        const char *meaning = meaning_of(code);
-        text += "  " + padded(std::to_string(code), 5) +
-                (meaning ? meaning : "a rule of its own: the message says which") + "\n";
-    }
-    return text;
+    return text + codes_text(operation);
 }
 
 Json operation_json(const QbobjOperation &operation)

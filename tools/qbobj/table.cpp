@@ -13,7 +13,8 @@ namespace {
 
 constexpr size_t kGap = 2;              // blanks between columns
 constexpr size_t kWidestSqueezed = 40;  // widths that a cell is cut to when a table is too wide
-constexpr size_t kNarrowestSqueezed = 12;
+constexpr size_t kNarrowestSqueezed = 20;
+constexpr int kLastRank = 3;
 constexpr const char *kNothing = "(none)";
 
 bool is_empty(const Json &value)
@@ -32,11 +33,11 @@ std::string cell_text(const Json &value)
     return value.dump();
 }
 
-/// What a person looks for first: names, then ids, then the rest; what a record was called before, and
-/// the database's own key, last.
+/// What a person looks for first: names, then ids, then the rest; what a record was called before, the
+/// database's own key, and what is masked, last.
 int rank(std::string_view name)
 {
-    if (name == "resource_id" || name.starts_with('_') || name.starts_with("Old")) return 3;
+    if (name == "resource_id" || name.starts_with('_') || name.starts_with("Old")) return kLastRank;
     if (name.ends_with("Name")) return 0;
     if (name.ends_with("Id") || name.ends_with("ID") || name == kKeyWord) return 1;
     return 2;
@@ -52,6 +53,11 @@ struct Column {
     bool empty() const
     {
         return std::all_of(cells.begin(), cells.end(), [](const std::string &cell) { return cell.empty(); });
+    }
+    int order() const
+    {
+        const bool masked = std::find(cells.begin(), cells.end(), masked_password) != cells.end();
+        return masked ? kLastRank : rank(name);
     }
 };
 
@@ -88,7 +94,7 @@ public:
         for (Column &column : columns_) column.cells.resize(height_);
         std::erase_if(columns_, [](const Column &column) { return column.empty(); });
         std::stable_sort(columns_.begin(), columns_.end(),
-                         [](const Column &a, const Column &b) { return rank(a.name) < rank(b.name); });
+                         [](const Column &a, const Column &b) { return a.order() < b.order(); });
     }
 
     std::string text(size_t indent, size_t width)
@@ -131,6 +137,7 @@ private:
         while (widest > kNarrowestSqueezed && widest != SIZE_MAX && total(widest, all) > width) widest--;
         size_t count = all;
         while (count > 1 && total(widest, count) > width) count--;
+        while (count < all && widest < kWidestSqueezed && total(widest + 1, count) <= width) widest++;
         if (count == 1) widest = std::min(widest, width);
         columns_.resize(count, Column(""));
         for (Column &column : columns_) column.width = std::min(column.width, widest);
