@@ -28,16 +28,22 @@ Failure count_maps(CallContext *ctx, sqlite3 *db, const char *unix_name, const c
                         TABLE_SMB_USERNAME_MAP, unix_name, type);
 }
 
+/// Copies a cell, which may be NULL. False without memory.
+bool copy_cell(const CallContext *ctx, const Rows &rows, int row, int column, const char **text)
+{
+    *text = rows.text(ctx, row, column);
+    return *text || !rows.cell(row, column);
+}
+
 uint32_t fill_maps(CallContext *ctx, const Rows &rows, SmbUserNameMap **head)
 {
     List<SmbUserNameMap> list(head);
     for (int i = 0; i < rows.count; i++) {
         SmbUserNameMap *map = list.append(ctx);
-        if (!map) return REPORT_LINE(ctx, 2, "Failed to allocate resource.");
+        if (!map || !copy_cell(ctx, rows, i, 1, &map->UnixUserName) || !copy_cell(ctx, rows, i, 2, &map->SmbUserName) ||
+            !copy_cell(ctx, rows, i, 3, &map->Type))
+            return REPORT_LINE(ctx, 2, "Failed to allocate resource.");
         map->resource_id = map->Id = rows.int32(i, 0);
-        map->UnixUserName = rows.text(ctx, i, 1);
-        map->SmbUserName = rows.text(ctx, i, 2);
-        map->Type = rows.text(ctx, i, 3);
     }
     return 0;
 }

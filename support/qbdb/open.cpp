@@ -3,10 +3,12 @@
 #include <apr_general.h>
 #include <apr_strings.h>
 #include <pthread.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -19,6 +21,9 @@ namespace {
 
 constexpr uint32_t kApplicationId = 0x51424F42;  // stands in the file's header
 constexpr size_t kPoolKeptFree = 4u << 20;       // bytes that an emptied pool keeps for its next use
+constexpr int64_t kBriefWaitUs = 100;
+constexpr int64_t kShortestNapUs = 20;
+constexpr int64_t kLongestNapUs = 500;
 constexpr const char *kExists = "is an appliance database already";
 
 struct Opening {
@@ -45,8 +50,10 @@ int64_t now_us()
     return now.tv_sec * 1000000 + now.tv_nsec / 1000;
 }
 
-/// Waits for another process's lock. Locks are short as a rule, so the first waits are, too; the wait
-/// grows with the time already spent and the caller gives up at the timeout.
+/// Waits for another process's lock. A lock is held for some ten microseconds as a rule, which is less than
+/// the shortest nap: so the processor is only offered to others at first. The naps after that grow with the
+/// time already spent, but stay short, so that a caller who has waited long still asks often and gets its
+/// turn. The caller gives up at the timeout.
 int wait_for_lock(void *context, int count)
 {
     auto *internal = static_cast<qbdb_private *>(context);
@@ -55,10 +62,11 @@ int wait_for_lock(void *context, int count)
     const int64_t waited = now - internal->waiting_since_us;
     const int64_t left = static_cast<int64_t>(internal->timeout_ms) * 1000 - waited;
     if (left <= 0) return 0;
-    int64_t pause = waited / 8;
-    if (pause < 20) pause = 20;
-    if (pause > 1000) pause = 1000;
-    if (pause > left) pause = left;
+    if (waited < kBriefWaitUs) {
+        sched_yield();
+        return 1;
+    }
+    const int64_t pause = std::min(std::clamp<int64_t>(waited / 16, kShortestNapUs, kLongestNapUs), left);
     const timespec nap = {0, static_cast<long>(pause * 1000)};
     nanosleep(&nap, nullptr);
     return 1;

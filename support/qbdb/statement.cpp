@@ -197,7 +197,7 @@ int find_entry(const Call &call, StatementCache *cache, const char *sql, size_t 
     cache->statistics.misses++;
     sqlite3_stmt *stmt = nullptr;
     const int rc = prepare_text(call, sql, size, SQLITE_PREPARE_PERSISTENT, &stmt);
-    if (rc || !stmt) return rc;
+    if (rc) return rc;
     auto *entry = static_cast<Entry *>(sqlite3_malloc64(sizeof(Entry) + size));
     if (!entry) {
         sqlite3_finalize(stmt);

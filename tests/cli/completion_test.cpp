@@ -1,6 +1,7 @@
 // Completion: the candidates, and the bash function in a real bash.
 #include <sstream>
 
+#include "arguments.h"
 #include "cli/run.h"
 
 using test::Program;
@@ -48,7 +49,7 @@ TEST_F(Completion, OffersCommandsAndOperations)
     const auto first = candidates({""});
     for (const char *command : {"init", "list", "describe", "completion"}) EXPECT_THAT(first, Contains(command));
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        EXPECT_THAT(first, Contains(std::string(row->name).substr(strlen("qbobj_"))));
+        EXPECT_THAT(first, Contains(qbcli::short_name(*row)));
     EXPECT_THAT(first, Not(Contains("complete"))) << "that one is the scripts' own";
     EXPECT_EQ(candidates({"-d", path, "--json", "--timeout", "5", ""}), first);
 }

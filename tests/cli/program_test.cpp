@@ -1,6 +1,7 @@
 // The program from outside: what it prints, where, and its exit status.
 #include <nlohmann/json.hpp>
 
+#include "arguments.h"
 #include "cli/run.h"
 
 using nlohmann::json;
@@ -293,12 +294,51 @@ TEST_F(Program, TracesOnStandardErrorOnlyWhenAsked)
                 HasSubstr("[2] Specified Severity (loud) is invalid.\nqbobj: addLog: 8"));
 }
 
+TEST_F(Program, KeepsPasswordsToItself)
+{
+    const std::vector<std::string> add = {"addUser", "UserName=anna", "GroupName=users", "Password=-", "--trace"};
+    const Result added = call(add, "Secret-123\n");
+    ASSERT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(json::parse(added.out)["Password"], "●●●●●●●●");
+    EXPECT_THAT(added.err, HasSubstr("s Password = ●●●●●●●●\n"));
+    EXPECT_THAT(added.out + added.err, Not(HasSubstr("Secret-123")));
+    const Result again = call(add, "Secret-123\n");
+    EXPECT_EQ(again.status, 1);
+    EXPECT_THAT(again.err, testing::EndsWith("qbobj: addUser: 801 User (anna) already exists.\n"));
+    EXPECT_EQ(call({"addUser", "UserName=bert", "GroupName=users", "Password=Secret-123"}).status, 1);
+    EXPECT_EQ(value("SELECT COUNT(*) FROM `$user` WHERE uname='bert'"), "0");
+}
+
+TEST_F(Program, WhatAReadPrintsCanBeChangedAndWrittenBack)
+{
+    ASSERT_EQ(call({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, "Secret-123\n").status, 0);
+    const std::string hash = value("SELECT passwd FROM `$user` WHERE uname='anna'");
+    const std::string id = std::to_string(json::parse(call({"getUID", "anna"}).out)["id"].get<int>());
+    json user = json::parse(call({"getUser", "UserId=" + id}).out);
+    user["Email"] = "anna@example.org";
+    const Result changed = call({"modifyUser", "-"}, user.dump());
+    ASSERT_EQ(changed.status, 0) << changed.err;
+    EXPECT_EQ(value("SELECT email FROM `$user` WHERE uname='anna'"), "anna@example.org");
+    EXPECT_EQ(value("SELECT passwd FROM `$user` WHERE uname='anna'"), hash) << "the mask leaves the password as it is";
+}
+
+TEST_F(Program, AnswersAreResultsAndMinusOneIsNotFound)
+{
+    EXPECT_EQ(call({"getUID", "admin", "--compact"}).out, "{\"id\":98}\n");
+    EXPECT_EQ(call({"isMemberOfGroup", "admin", "admin", "--compact"}).out, "{\"result\":0}\n");
+    const Result nobody = call({"getUID", "somebody-else"});
+    EXPECT_EQ(nobody.status, 1);
+    EXPECT_EQ(nobody.out, "");
+    EXPECT_EQ(nobody.err, "qbobj: getUID: not found\n");
+    EXPECT_EQ(json::parse(call({"getUID", "somebody-else", "-j"}).err)["code"], -1);
+}
+
 TEST_F(Program, ListsOperations)
 {
     const Result all = run({"list"});
     ASSERT_EQ(all.status, 0);
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
-        EXPECT_THAT(all.out, HasSubstr("  " + std::string(row->name).substr(strlen("qbobj_")) + " "));
+        EXPECT_THAT(all.out, HasSubstr("  " + qbcli::short_name(*row) + " "));
         EXPECT_THAT(all.out, HasSubstr(row->summary));
     }
     EXPECT_THAT(run({"list", "*elet*"}).out, AllOf(HasSubstr("deleteLog"), Not(HasSubstr("getLog"))));

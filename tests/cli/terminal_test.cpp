@@ -61,6 +61,21 @@ TEST_F(Terminal, CutsLongCellsAndDropsWhatDoesNotFit)
     EXPECT_THAT(show({"getLog"}, 250).out, HasSubstr(tag));
 }
 
+TEST_F(Terminal, AsksForThePasswordOfANewUser)
+{
+    const test::Result added = show({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, 80,
+                                    {{"Password: ", "Secret-123\n"}, {"Password again: ", "Secret-123\n"}});
+    EXPECT_EQ(added.status, 0);
+    EXPECT_THAT(added.out, StartsWith("Password: \nPassword again: \n"));
+    EXPECT_THAT(added.out, HasSubstr("\nUserName        anna\n"));
+    EXPECT_THAT(added.out, HasSubstr("\nPassword        ●●●●●●●●\n"));
+    EXPECT_THAT(added.out, Not(HasSubstr("Secret-123")));
+    EXPECT_THAT(value("SELECT passwd FROM `$user` WHERE uname='anna'"), StartsWith("$"));
+    const test::Result refused = show({"addUser", "UserName=bert", "GroupNam=users", "Password=-"});
+    EXPECT_EQ(refused.out, "qbobj: addUser: there is no field GroupNam (did you mean GroupName?)\n")
+        << "before it asks";
+}
+
 TEST_F(Terminal, FailsAsElsewhere)
 {
     const test::Result result = show({"addLog", "1", "loud"});

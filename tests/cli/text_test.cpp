@@ -158,11 +158,17 @@ TEST(LayOut, ShowsAListAsATable)
 
 TEST(LayOut, LeavesOutAKeyWordThatRepeatsAField)
 {
-    const Json same = Json::parse(R"([{"key":"7","ShareId":"7","ShareName":"media"}])");
-    EXPECT_EQ(lay_out(same, 0), "ShareName  ShareId\nmedia      7\n");
-    const Json other = Json::parse(R"([{"key":"a@b","Name":"a"}])");
-    EXPECT_EQ(lay_out(other, 0), "Name  key\na     a@b\n");
-    EXPECT_EQ(lay_out(same[0], 0), "ShareId    7\nShareName  media\n");
+    const Json same = Json::parse(R"({"key":"7","ShareId":"7","ShareName":"media"})");
+    EXPECT_EQ(lay_out({same, same}, 0), "ShareName  ShareId\nmedia      7\nmedia      7\n");
+    EXPECT_EQ(lay_out(same, 0), "ShareId    7\nShareName  media\n");
+    const Json other = Json::parse(R"({"key":"a@b","Name":"a"})");
+    EXPECT_EQ(lay_out({other, other}, 0), "Name  key\na     a@b\na     a@b\n");
+    EXPECT_EQ(lay_out(other, 0), "key   a@b\nName  a\n");
+}
+
+TEST(LayOut, ShowsAListOfOneAsItsRecord)
+{
+    EXPECT_EQ(lay_out(Json::parse(R"([{"Name":"tank","Size":5}])"), 0), "Name  tank\nSize  5\n");
 }
 
 TEST(LayOut, SaysThatThereIsNothing)

@@ -611,7 +611,7 @@ TEST_F(Statements, PreparingMayCallBack)
 
     const auto memory = std::make_unique<char[]>(1 << 20);
     char *outer = memory.get();
-    strcpy(outer, "SELECT COUNT(*) + %d FROM own_table WHERE a<>%d");
+    strcpy(outer, "SELECT COUNT(*) + %d FROM own_table WHERE a<>%Q");
     char *shared = nullptr;
     for (char *at = outer + 4096; at < outer + (1 << 20) - 64 && !shared; at += 8)
         if (plan_slot(at) == plan_slot(outer)) shared = at;
@@ -620,11 +620,12 @@ TEST_F(Statements, PreparingMayCallBack)
 
     Inner inner{this, shared, {}};
     ASSERT_EQ(sqlite3_create_module(db, "own_table", &module, &inner), SQLITE_OK);
-    EXPECT_EQ(scalar(outer, 3, 4), "3");
+    EXPECT_EQ(scalar(outer, 3, "x"), "3");
     EXPECT_THAT(inner.answers, testing::Contains("42"));
     EXPECT_THAT(inner.answers, testing::Contains("8"));
-    EXPECT_EQ(scalar(outer, 5, 4), "5");
     EXPECT_EQ(scalar(shared, 6, 8), "48");
+    EXPECT_EQ(scalar(outer, 5, "x"), "5");
+    EXPECT_EQ(scalar(shared, 7, 8), "56");
 }
 
 // ---- The statement hook

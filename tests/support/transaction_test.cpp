@@ -259,9 +259,9 @@ TEST_F(Transactions, ManyProcessesTakeTurns)
 {
     constexpr int kProcesses = 4;
     constexpr int kRounds = 25;
-    std::vector<pid_t> children;
-    for (int i = 0; i < kProcesses; i++) {
-        const pid_t child = fork();
+    pid_t children[kProcesses];
+    for (pid_t &child : children) {
+        child = fork();
         if (child == 0) {
             qbdb_t *own = nullptr;
             sqlite3 *own_db = nullptr;
@@ -278,7 +278,6 @@ TEST_F(Transactions, ManyProcessesTakeTurns)
             qbdb_close(own);
             _exit(0);
         }
-        children.push_back(child);
     }
     for (const pid_t child : children) {
         int status = 0;

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <cstdio>
 
-#include "users/allocations.h"
+#include "fixture/allocations.h"
 #include "users/users.h"
 
 using namespace test;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "input.h"
@@ -24,6 +25,8 @@ public:
     /// Takes words: Field=value, JSON text, @file, "-" for JSON on standard input, and bare values that
     /// fill the scalar arguments that are left, in their order.
     void take(const std::vector<std::string> &words);
+    /// Takes one JSON document that nobody could read over the caller's shoulder.
+    void take(Json document) { take_document(std::move(document), false); }
     /// Asks for the secrets that were given as "-": last of all, when everything else is known to be right.
     void ask_for_secrets();
     /// What was given for an argument; none when nothing was, or null.

@@ -118,10 +118,16 @@ std::string Call::run(Database &database, uint32_t timeout_ms)
 {
     database.hide(secrets());
     ErrorInfo err{};
-    returned_ = operation_.call(database.handle(), database.connection(), values_.data(), &err);
+    invoke(database.handle(), database.connection(), &err);
     judge(returned_, err, database, timeout_ms);
     if (err.code == 0) return "";
     return std::to_string(err.code) + " " + redacted(err.message ? err.message : "", secrets());
+}
+
+uint32_t Call::invoke(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err)
+{
+    returned_ = operation_.call(qbdb, db, values_.data(), err);
+    return returned_;
 }
 
 /// Throws when a returned value means failure.

@@ -28,6 +28,9 @@ public:
     /// out argument and "result" for the returned value. Discarded when the operation gives nothing.
     Json outcome() const;
 
+    /// Calls the operation and nothing else: what comes back is the caller's to judge.
+    uint32_t invoke(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err);
+
     /// Secrets among the values.
     const std::vector<std::string_view> &secrets() const { return arena_.secrets(); }
 

@@ -11,7 +11,8 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init, add_list, add_describe, add_completion};
+constexpr void (*kCommands[])(CommandLine &) = {add_init, add_list, add_describe, add_completion,
+                                              add_import_users};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"
@@ -88,7 +89,7 @@ void set_up(CommandLine &line, const std::vector<std::string> &words)
     add_options(line);
     for (const auto add : kCommands) add(line);
     for (CLI::App *command : app.get_subcommands(nullptr)) {
-        command->footer("");  // the examples are not each command's
+        if (command->get_footer() == app.get_footer()) command->footer("");  // the examples are not each command's
         if (!command->get_group().empty()) command->group("Commands");
     }
     for (const std::string &word : std::set<std::string>(words.begin(), words.end()))

@@ -29,6 +29,7 @@ void add_init(CommandLine &line);
 void add_list(CommandLine &line);
 void add_describe(CommandLine &line);
 void add_completion(CommandLine &line);
+void add_import_users(CommandLine &line);
 /// @}
 /// Adds an operation as a sub-command.
 void add_operation(CommandLine &line, const std::string &name);

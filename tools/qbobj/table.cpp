@@ -163,6 +163,7 @@ public:
     void add(const Json &value, size_t indent)
     {
         if (value.is_object()) return add_record(value, indent);
+        if (value.is_array() && value.size() == 1) return add(value.front(), indent);
         if (value.is_array() && !value.empty()) {
             text_ += Table(value).text(indent, width_);
             return;
@@ -204,7 +205,7 @@ private:
         text_.append(indent, ' ').append(name);
         if (value.is_structured() && !value.empty()) {
             text_ += '\n';
-            return add(value.is_array() && value.size() == 1 ? value.front() : value, indent + kGap);
+            return add(value, indent + kGap);
         }
         text_.append(longest - display_width(name) + kGap, ' ');
         text_ += value.is_structured() ? kNothing : cell_text(value);

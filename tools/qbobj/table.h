@@ -7,8 +7,9 @@
 
 namespace qbcli {
 
-/// Lays a value out, each line ended. Columns that are empty in every row and fields without a value are
-/// left out. A table that is too wide loses width in its long cells first, then its last columns.
+/// Lays a value out, each line ended. A list of one is shown as its one record. Columns that are empty in every row and
+/// fields without a value are left out. A table that is too wide loses width in its long cells first, then its last
+/// columns.
 /// @param width Columns of the terminal; 0 for no limit.
 std::string lay_out(const Json &value, size_t width);
 

@@ -1,0 +1,189 @@
+// Common ground of the anomaly tests: a populated appliance on which every operation is called by its row
+// in the operation table and its set-ups, watched from the statement hook.
+//
+// No call leaves anything behind: when one gets as far as COMMIT, the database as it would be stored is
+// looked at, and then the COMMIT is refused. So one database serves all calls, and any two can be compared.
+#pragma once
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "anomaly/setups.h"
+#include "call.h"
+#include "fixture/fixture.h"
+#include "user_changes/list_file.h"
+
+namespace test {
+
+/// A directory that knows one user and one group.
+struct Directory {
+    static int32_t uid(void *, const char *name)
+    {
+        return strcmp(name, "EXAMPLE\\fred") == 0 ? 10010 : strcmp(name, "EXAMPLE\\live") == 0 ? 10011 : -1;
+    }
+    static int32_t gid(void *, const char *name) { return strcmp(name, "EXAMPLE\\domain users") == 0 ? 10020 : -1; }
+    static int user_name(void *, int32_t uid, char *name, size_t size)
+    {
+        return uid == 10010 || uid == 10011 ? snprintf(name, size, "EXAMPLE\\%s", uid == 10010 ? "fred" : "live") <= 0 : 1;
+    }
+    static int group_name(void *, int32_t gid, char *name, size_t size)
+    {
+        return gid == 10020 ? snprintf(name, size, "EXAMPLE\\domain users") <= 0 : 1;
+    }
+    static void install(qbdb_t *qbdb)
+    {
+        const qbdb_directory_hooks hooks{nullptr, uid, gid, user_name, group_name};
+        qbdb_set_directory_hooks(qbdb, &hooks);
+    }
+};
+
+inline std::string name_of(const Setup &setup)
+{
+    return std::string(setup.operation) + (*setup.label ? std::string(" (") + setup.label + ")" : "");
+}
+
+inline const QbobjOperation &operation_of(const Setup &setup)
+{
+    const QbobjOperation *row = qbobj_find_operation(setup.operation);
+    if (!row) ADD_FAILURE() << "there is no operation " << setup.operation, abort();
+    return *row;
+}
+
+/// The records of one call, made anew from the set-up each time: operations write into them.
+struct Prepared {
+    qbcli::StandardInput input;
+    qbcli::Arguments arguments;
+    std::unique_ptr<qbcli::Call> call;
+
+    explicit Prepared(const Setup &setup) : arguments(operation_of(setup), input)
+    {
+        try {
+            arguments.take(qbcli::parse_json(setup.arguments, name_of(setup)));
+            call = std::make_unique<qbcli::Call>(operation_of(setup), arguments);
+        } catch (const std::exception &failure) {
+            ADD_FAILURE() << name_of(setup) << ": " << failure.what();
+            abort();
+        }
+    }
+    std::string outputs() const
+    {
+        const qbcli::Json json = call->outcome();
+        return json.is_discarded() ? "" : json.dump();
+    }
+};
+
+/// Whether a code stands in an operation's list.
+inline bool documents(const QbobjOperation &operation, uint32_t code)
+{
+    return (" " + std::string(operation.codes) + " ").find(" " + std::to_string(code) + " ") != std::string::npos;
+}
+
+/// Everything in a database, page by page; inside a transaction with what it has written so far.
+inline std::string image_of(sqlite3 *db)
+{
+    sqlite3_int64 size = 0;
+    unsigned char *pages = sqlite3_serialize(db, "main", &size, 0);
+    if (!pages) return ADD_FAILURE() << "no image of the database", "";
+    std::string image(reinterpret_cast<char *>(pages), static_cast<size_t>(size));
+    sqlite3_free(pages);
+    return image;
+}
+
+inline void set_accounts(sqlite3 *db, Accounts accounts)
+{
+    const char *sql = accounts == Accounts::local       ? "UPDATE service_cifs SET security='user',no_sync_ads=0"
+                      : accounts == Accounts::directory ? "UPDATE service_cifs SET security='ads',no_sync_ads=0"
+                                                        : "UPDATE service_cifs SET security='ads',no_sync_ads=1";
+    EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+}
+
+/// What a call came to.
+struct Outcome {
+    uint32_t rc = 0;
+    uint32_t code = 0;     // of the error record
+    std::string message;   // of the error record
+    std::string outputs;
+    bool wrote_outputs = false;
+    bool committing = false;  // got as far as COMMIT
+    std::string stored;       // the database at COMMIT
+    std::vector<std::string> statements;
+};
+
+struct Anomaly : Database {
+    ListFile list;
+    std::function<void(bool)> pause = [](bool) {};  // what is made to fail has to leave the test's own work alone
+    std::string before;                             // the database that all calls of a set-up begin with
+
+    Anomaly()
+    {
+        list.write(kUserList);
+        sql(kPopulation);
+        Directory::install(qbdb);
+        qbdb_set_statement_hook(qbdb, see_statement, this);
+        qbdb_set_log_hook(qbdb, see_log, this);
+        qbdb_set_timeout(qbdb, 0);
+    }
+
+    void begin(const Setup &setup)
+    {
+        set_accounts(db, setup.accounts);
+        before = image_of(db);
+    }
+
+    /// Calls the operation. The n-th statement fails (0: none does), BEGIN and COMMIT counted.
+    Outcome run(const Setup &setup, int nth = 0, int rc = SQLITE_ERROR, const std::function<void(bool)> &around = {})
+    {
+        EXPECT_EQ(qbdb_request_begin(qbdb), 0);
+        Prepared prepared(setup);
+        const std::string outputs_before = prepared.outputs();
+        outcome_ = {};
+        nth_ = nth;
+        rc_ = rc;
+        ErrorInfo info{99, "unset", 99, "unset"};
+        if (around) around(true);
+        outcome_.rc = prepared.call->invoke(qbdb, db, &info);
+        if (around) around(false);
+        outcome_.code = info.code;
+        outcome_.message = info.message ? info.message : "";
+        outcome_.outputs = prepared.outputs();
+        outcome_.wrote_outputs = outcome_.outputs != outputs_before;
+        EXPECT_TRUE(sqlite3_get_autocommit(db)) << "a transaction is open";
+        return std::move(outcome_);
+    }
+
+private:
+    Outcome outcome_;
+    int nth_ = 0;
+    int rc_ = 0;
+
+    static void see_log(void *self, const char *, uint32_t, uint32_t, uint32_t, const char *)
+    {
+        (void)self;
+    }
+    static int see_statement(void *self, const char *sql, const char *, uint32_t, const char **text)
+    {
+        auto *anomaly = static_cast<Anomaly *>(self);
+        anomaly->pause(true);
+        const int rc = anomaly->judge(sql, text);
+        anomaly->pause(false);
+        return rc;
+    }
+    int judge(const std::string &sql, const char **text)
+    {
+        if (sql == "ROLLBACK") return 0;
+        outcome_.statements.push_back(sql);
+        *text = "injected";
+        if (static_cast<int>(outcome_.statements.size()) == nth_) return rc_;
+        if (sql != "COMMIT") return 0;
+        outcome_.committing = true;
+        outcome_.stored = image_of(db);
+        return SQLITE_FULL;
+    }
+};
+
+}  // namespace test
+
+/// Salts come from one place, so that two runs of a call leave the same database.
+extern "C" uint32_t __wrap_qbdb_rand(void);

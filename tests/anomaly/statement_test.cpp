@@ -1,0 +1,132 @@
+// Every statement of every operation fails, one at a time.
+#include <fstream>
+#include <sstream>
+
+#include "anomaly/anomaly.h"
+
+extern "C" uint32_t __wrap_qbdb_rand(void)
+{
+    return 4;
+}
+
+using namespace test;
+
+namespace {
+
+constexpr char kGolden[] = QBOBJ_SOURCE_DIR "/tests/anomaly/statement_failures.txt";
+
+/// A statement without its values.
+std::string shape(const std::string &sql)
+{
+    std::string text;
+    for (size_t i = 0; i < sql.size(); i++) {
+        const char c = sql[i];
+        if (c == '\'') {
+            for (i++; i < sql.size() && (sql[i] != '\'' || sql[i + 1] == '\''); i++) i += sql[i] == '\'';
+            text += "'…'";
+        } else if (c == '\n') {
+            text += ' ';
+        } else {
+            text += c;
+        }
+    }
+    return text.size() > 150 ? text.substr(0, 150) + " …" : text;
+}
+
+std::string result(const Outcome &outcome)
+{
+    const bool number = outcome.rc < 0x80000000;
+    std::string text = (number ? std::to_string(outcome.rc) : std::to_string(static_cast<int32_t>(outcome.rc)));
+    if (outcome.code) text += outcome.code == outcome.rc ? "" : " (error " + std::to_string(outcome.code) + ")";
+    text += outcome.message.empty() ? "" : " \"" + outcome.message + "\"";
+    return text;
+}
+
+struct Statements : Anomaly {
+    std::string table;
+
+    /// What the operation's row says of a call that lost a statement.
+    void check(const Setup &setup, const Outcome &outcome, const Outcome &reference, int n)
+    {
+        const QbobjOperation &operation = operation_of(setup);
+        const bool began = n > 1;
+        if (outcome.rc == reference.rc && outcome.committing) return;  // went on without it; the table shows it
+        if (operation.returns != QBOBJ_RETURNS_CODE) {
+            EXPECT_EQ(outcome.code, 0u);
+            EXPECT_EQ(outcome.message, "");
+            return;
+        }
+        if (!began) {
+            EXPECT_EQ(outcome.rc, static_cast<uint32_t>(SQLITE_BUSY));
+            EXPECT_EQ(outcome.code, 0u);
+            return;
+        }
+        if (outcome.rc == 0) return;
+        EXPECT_TRUE(documents(operation, outcome.rc)) << "the operation does not document " << outcome.rc;
+        EXPECT_EQ(outcome.code, outcome.rc);
+        EXPECT_NE(outcome.message, "");
+    }
+
+    void fail_one(const Setup &setup, const Outcome &reference, int n)
+    {
+        const std::string &statement = reference.statements[static_cast<size_t>(n - 1)];
+        SCOPED_TRACE(name_of(setup) + ", statement " + std::to_string(n) + ": " + statement);
+        std::string first;
+        for (const int rc : {SQLITE_ERROR, SQLITE_CONSTRAINT}) {
+            const Outcome outcome = run(setup, n, n == 1 ? SQLITE_BUSY : rc);
+            EXPECT_EQ(image_of(db), before);
+            check(setup, outcome, reference, n);
+            std::string line = result(outcome);
+            if (outcome.rc == 0 && outcome.committing)
+                line += outcome.stored == reference.stored ? " [goes on, stores all]"
+                        : outcome.stored == before         ? " [goes on, stores nothing]"
+                                                           : " [goes on, stores the rest]";
+            if (outcome.rc != 0 && outcome.wrote_outputs) line += " [outputs written]";
+            if (line != first)
+                table += (first.empty() ? "  " + std::to_string(n) + " " + shape(statement) + "\n" : "") +
+                         (first.empty() ? "      " : "      constraint: ") + line + "\n";
+            if (first.empty()) first = line;
+            expect_next_call_works(setup, reference);
+        }
+        failed++;
+    }
+
+    void expect_next_call_works(const Setup &setup, const Outcome &reference)
+    {
+        const Outcome next = run(setup);
+        EXPECT_EQ(next.rc, reference.rc) << next.message;
+        EXPECT_EQ(next.outputs, reference.outputs);
+        EXPECT_EQ(next.statements, reference.statements);
+        EXPECT_TRUE(next.stored == reference.stored);
+    }
+
+    size_t failed = 0;
+};
+
+TEST_F(Statements, EachFails)
+{
+    for (const Setup &setup : kSetups) {
+        SCOPED_TRACE(name_of(setup));
+        begin(setup);
+        const Outcome reference = run(setup);
+        EXPECT_EQ(reference.rc, setup.code) << reference.message;
+        table += name_of(setup) + " = " + result(reference) + "\n";
+        for (int n = 1; n <= static_cast<int>(reference.statements.size()); n++) fail_one(setup, reference, n);
+    }
+    printf("%zu statements of %zu calls failed\n", failed, std::size(kSetups));
+    if (getenv("QBOBJ_UPDATE_GOLDEN")) std::ofstream(kGolden) << table;
+    std::ifstream file(kGolden);
+    std::stringstream golden;
+    golden << file.rdbuf();
+    EXPECT_EQ(table, golden.str()) << "when the change is meant, run again with QBOBJ_UPDATE_GOLDEN=1";
+}
+
+TEST(Setups, EveryOperationHasOne)
+{
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
+        EXPECT_TRUE(std::any_of(std::begin(kSetups), std::end(kSetups),
+                                [&](const Setup &setup) { return qbobj_find_operation(setup.operation) == row; }))
+            << row->name;
+}
+
+}  // namespace

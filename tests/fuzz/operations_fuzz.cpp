@@ -1,0 +1,630 @@
+// Runs for 120 seconds in the test command.
+//
+// Calls of any operations with any arguments on a populated database. The tables of operations and fields
+// say what there is to call and what its records look like, so that a new operation is called without a word
+// here. Pointers that an operation requires are given, as its contract asks for; everything else is up to
+// the input: how long a chain is, what a text holds, which sub-record is missing.
+#include <fcntl.h>
+#include <sanitizer/lsan_interface.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "qbdb.h"
+#include "qbobj.h"
+
+namespace {
+
+const char *current = "before the first call";
+std::string scratch;  // the directory of the database
+
+void remove_scratch()
+{
+    for (const char *each : {"/fuzz.db", "/fuzz.db-wal", "/fuzz.db-shm"}) unlink((scratch + each).c_str());
+    rmdir(scratch.c_str());
+}
+
+[[noreturn]] void fail(const std::string &what)
+{
+    std::fprintf(stderr, "%s: %s\n", current, what.c_str());
+    remove_scratch();
+    std::abort();
+}
+
+void require(bool holds, const char *what)
+{
+    if (!holds) fail(what);
+}
+
+// ---- the input
+
+/// Takes the input apart; zeros when it is used up.
+struct Input {
+    const uint8_t *at;
+    const uint8_t *end;
+
+    bool empty() const { return at == end; }
+    uint8_t byte() { return empty() ? 0 : *at++; }
+    uint32_t below(uint32_t bound) { return byte() % bound; }
+    uint64_t number(int bytes)
+    {
+        uint64_t all = 0;
+        for (int i = 0; i < bytes; i++) all = all << 8 | byte();
+        return all;
+    }
+};
+
+/// Memory of one input's arguments. Each piece is an allocation of its own, so that reading past its end shows.
+struct Arena {
+    std::vector<void *> pieces;
+    Arena() = default;
+    Arena(const Arena &) = delete;
+    Arena &operator=(const Arena &) = delete;
+    ~Arena()
+    {
+        for (void *piece : pieces) std::free(piece);
+    }
+    void *zeroed(size_t size)
+    {
+        pieces.push_back(std::calloc(1, size));
+        return pieces.back();
+    }
+    const char *copy(const std::string &text)
+    {
+        auto *piece = static_cast<char *>(zeroed(text.size() + 1));
+        std::memcpy(piece, text.data(), text.size());
+        return piece;
+    }
+};
+
+// What the database knows, what the operations look for, and what has broken text handling before.
+constexpr const char *kWords[] = {
+    "",
+    "anna",
+    "bob",
+    "carl",
+    "dora",
+    "remote@example.com",
+    "users",
+    "admin",
+    "staff",
+    "sky-loft",
+    "guest",
+    "nobody",
+    "root",
+    "eth0",
+    "eth1",
+    "tank/media",
+    "tank/data",
+    "tank",
+    "info",
+    "warning",
+    "emerge",
+    "disk",
+    "misc",
+    "LOGMSG_DISK_ADDED",
+    "LOGMSG_",
+    "ads",
+    "user",
+    "tdb",
+    "rid",
+    "rsync",
+    "uname",
+    "LANGUAGE",
+    "WIDGETRY",
+    "ANTIVIRUS",
+    "a@b.com",
+    "host.example.com",
+    "10.0.0.1",
+    "255.255.255.0",
+    "00:11:22:33:44:55",
+    "dhcp",
+    "AAAAB3NzaC1",
+    "AAAAB3NzaC2",
+    "SINGLE_USER",
+    "TM_ON",
+    "HF_EXISTS",
+    "&&USER_WITH_ADMIN==1",
+    "||HF_SNAPSHOT_PROTECTION==1",
+    "||HF_SNAPSHOT_ACCESS==0",
+    "%",
+    "an%",
+    "_",
+    "'",
+    "''",
+    "x' OR '1'='1",
+    "%s%s%n%d",
+    "\"",
+    "/tank/media/x",
+    "/home/anna",
+    "\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F\xE2\x97\x8F",
+    "\xFF\xFE",
+    "\xC3",
+    "\xED\xA0\x80",
+    "\xF4\x90\x80\x80",
+    "\n",
+    " ",
+    "'info','err'",
+    "'disk','misc'",
+    "new-user",
+    "new-group",
+    "secret",
+    "$1$abcdefgh$0123456789012345678901",
+};
+constexpr int64_t kNumbers[] = {0,         1,         2,         -1,      -2,         -5,     96,    97,
+                                98,        99,        100,       101,     102,        103,    104,   200,
+                                201,       255,       32766,     32767,   32768,      65533,  65534, INT32_MAX,
+                                INT32_MIN, INT64_MAX, INT64_MIN, 1 << 30, 4294967295, 1000000};
+
+template <class T, size_t N>
+constexpr uint32_t count_of(const T (&)[N])
+{
+    return N;
+}
+
+/// Builds arguments out of the input.
+struct Builder {
+    Input &input;
+    Arena arena{};
+    int records = 0;  // built so far: a bound for the whole graph
+
+    explicit Builder(Input &from) : input(from) {}
+
+    std::string text()
+    {
+        const uint8_t form = input.byte();
+        if (form < 160) return kWords[input.below(count_of(kWords))];
+        if (form < 180) return "new" + std::to_string(input.below(40));
+        if (form < 200)
+            return std::string(kWords[input.below(count_of(kWords))]) + kWords[input.below(count_of(kWords))];
+        if (form < 210) return std::string(input.number(2), static_cast<char>('a' + form % 26));
+        if (form < 212) return std::string(100000, static_cast<char>(0x80 | input.byte()));
+        std::string bytes;
+        for (uint32_t left = input.below(48); left; left--)
+            if (const uint8_t each = input.byte()) bytes += static_cast<char>(each);
+        return bytes;
+    }
+
+    const char *string() { return arena.copy(text()); }
+
+    uint64_t number(int bytes)
+    {
+        const uint8_t form = input.byte();
+        if (form < 192) return static_cast<uint64_t>(kNumbers[form % count_of(kNumbers)]);
+        return form < 224 ? input.byte() : input.number(bytes);
+    }
+
+    /// Whether something that may be missing is missing.
+    bool missing() { return input.byte() < 64; }
+
+    void fill_field(char *record, const QbobjField &field, int depth)
+    {
+        char *at = record + field.position;
+        const bool optional = field.flags & QBOBJ_FIELD_OPTIONAL;
+        switch (field.kind) {
+            case 'i':
+            case 'u': {
+                const auto value = static_cast<uint32_t>(number(4));
+                std::memcpy(at, &value, sizeof value);
+                if (optional) std::memset(at - 4, missing(), 1);
+                break;
+            }
+            case 'l':
+            case 'n': {
+                const uint64_t value = number(8);
+                std::memcpy(at, &value, sizeof value);
+                if (optional) std::memset(at - 8, missing(), 1);
+                break;
+            }
+            case 's': {
+                const char *value = missing() ? nullptr : string();
+                std::memcpy(at, &value, sizeof value);
+                break;
+            }
+            default: {
+                void *value = depth == 0 || missing() ? nullptr : chain(field.subtype, depth - 1);
+                std::memcpy(at, &value, sizeof value);
+                break;
+            }
+        }
+    }
+
+    void *record(const QbobjField *type, int depth)
+    {
+        auto *made = static_cast<char *>(arena.zeroed(type->position));
+        records++;
+        if (type->flags & QBOBJ_TYPE_KEY_WORD) {
+            const char *key = missing() ? nullptr : string();
+            std::memcpy(made + sizeof(void *), &key, sizeof key);
+        }
+        for (const QbobjField *field = type + 1; field->kind != '.'; field++) fill_field(made, *field, depth);
+        return made;
+    }
+
+    /// A record, or a chain of them where the type has a link.
+    void *chain(const QbobjField *type, int depth)
+    {
+        uint32_t length = 1;
+        if (type->flags & QBOBJ_TYPE_LIST) {
+            const uint8_t form = input.byte();
+            length = form < 128 ? 1 : form < 250 ? 2 + form % 3 : 20 + input.below(200);
+        }
+        void *head = nullptr;
+        void **link = &head;
+        // The input may be used up long before a long chain is.
+        for (; length && records < 500; length--) {
+            void *made = record(type, depth);
+            *link = made;
+            link = static_cast<void **>(made);
+        }
+        return head ? head : arena.zeroed(type->position);
+    }
+};
+
+// ---- the outputs
+
+size_t touched = 0;
+
+void read_text(const char *text)
+{
+    if (text) touched += std::strlen(text);
+}
+
+const char *pointer_at(const void *place)
+{
+    const char *value = nullptr;
+    std::memcpy(&value, place, sizeof(void *));
+    return value;
+}
+
+/// Reads every field of a record and of what it leads to.
+void read_records(const QbobjField *type, const char *record)
+{
+    for (; record; record = type->flags & QBOBJ_TYPE_LIST ? pointer_at(record) : nullptr) {
+        if (type->flags & QBOBJ_TYPE_KEY_WORD) read_text(pointer_at(record + sizeof(void *)));
+        for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
+            const char *at = record + field->position;
+            if (field->kind == 's') read_text(pointer_at(at));
+            else if (field->kind == 'o') read_records(field->subtype, pointer_at(at));
+            else touched += static_cast<uint8_t>(*at);
+        }
+    }
+}
+
+// ---- the database
+
+constexpr const char *kPopulation =
+    "INSERT INTO share (id,name,zfs_name,type,path,volume_id,update_ts) VALUES "
+    "(1,'media','tank/media','folder','/tank/media','tank','x'),(2,'data','tank/data','folder','/tank/"
+    "data','tank','x');"
+    "INSERT INTO `$group` (id,gname,is_privileged,rid) VALUES (100,'staff',0,NULL),(101,'empty',0,NULL),"
+    "(102,'removed',-1,NULL),(-7,'domain users',0,513);"
+    "INSERT INTO `$user` "
+    "(id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,shell_access,rid)"
+    " VALUES (100,'anna','$1$abcdefgh$0123456789012345678901','a@b.com','/home/anna',99,'/bin/false',0,19000,0,0,NULL),"
+    "(101,'bob','','','/tank/home/bob',100,'/bin/bash',0,19000,0,1,NULL),"
+    "(102,'carl','!$1$abcdefgh$0123456789012345678901',NULL,NULL,NULL,NULL,0,NULL,1,0,NULL),"
+    "(103,'removed-user','*',NULL,'/home/x',99,'/bin/false',-1,19000,0,0,NULL),"
+    "(104,'remote@example.com','*',NULL,'/home/r',97,'/bin/false',0,19000,0,0,NULL),"
+    "(-5,'dora','*',NULL,'/home/dora',-7,'/bin/false',0,19000,0,0,1000);"
+    "UPDATE account_default SET next_uid=105;"
+    "INSERT INTO `$group_has_user` VALUES (100,100),(101,98);"
+    "INSERT INTO `$home_folder` VALUES (100,1,1000000,'.snap',1),(101,0,0,'',0);"
+    "INSERT INTO `_hf_zfs_stat` VALUES (100,4096);"
+    "INSERT INTO `$timemachine_quota` VALUES (96,1,100000),(100,1,1000);"
+    "WITH RECURSIVE n(i) AS (SELECT 1000 UNION ALL SELECT i+1 FROM n WHERE i<1012) INSERT INTO `$timemachine_quota` "
+    "SELECT i,1,1 FROM n;"
+    "INSERT INTO user_quota VALUES (100,1,80,100);INSERT INTO group_quota VALUES (100,1,80,100);"
+    "INSERT INTO _user_quota_stat VALUES (1,100,7);INSERT INTO _group_quota_stat VALUES (1,100,7);"
+    "INSERT INTO ssh_public_key VALUES (1,100,'rsync','ssh-rsa','AAAAB3NzaC1','c','f','t'),"
+    "(2,98,'','ssh-rsa','AAAAB3NzaC2','c','f','t'),(3,0,'','ssh-rsa','AAAAB3NzaC2','c','f','root_t');"
+    "INSERT INTO smb_username_map VALUES (1,'remote@example.com','alias','uname');"
+    "INSERT INTO network_if VALUES ('eth0','00:11:22:33:44:55','dhcp','10.0.0.1','','','','255.255.255.0'),"
+    "('eth1',NULL,NULL,NULL,NULL,NULL,NULL,NULL);"
+    "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml) VALUES (1,'info','disk','LOGMSG_A',NULL),"
+    "(2,'err','misc','LOGMSG_B','<a/>'),(3,'emerge','share','LOGMSG_C','');"
+    "INSERT INTO `$registry` VALUES ('LANGUAGE','x');";
+
+/// The populated database, and a copy of it in memory from which what an input changed is put back.
+struct Database {
+    qbdb_t *qbdb = nullptr;
+    sqlite3 *db = nullptr;
+    std::vector<std::string> tables;
+    std::set<std::string> changing;  // statements of the present input that may have changed something
+    bool committed = false;          // something was written since this was last set to false
+
+    Database()
+    {
+        // The pool is mapped memory, in which the sanitizer does not look for pointers: what the handle owns
+        // would look lost to it.
+        const __lsan::ScopedDisabler disabler;
+        scratch = access("/dev/shm", W_OK) == 0 ? "/dev/shm/qbobj-fuzz-XXXXXX" : "/tmp/qbobj-fuzz-XXXXXX";
+        require(mkdtemp(scratch.data()), "no directory");
+        char why[256] = "";
+        const std::string path = scratch + "/fuzz.db";
+        if (qbdb_open(path.c_str(), QBDB_OPEN_CREATE, "tank", &qbdb, &db, why, sizeof why)) fail(why);
+        qbdb_set_log_hook(
+            qbdb, [](void *, const char *, uint32_t, uint32_t, uint32_t, const char *) {}, nullptr);
+        static const qbdb_directory_hooks kDirectory{
+            nullptr, [](void *, const char *name) { return name[0] == 'd' ? 20000 : -1; },
+            [](void *, const char *name) { return name[0] == 'd' ? 20001 : -1; },
+            [](void *, int32_t uid, char *name, size_t size) {
+                return uid == -5 ? (snprintf(name, size, "dora"), 0) : 1;
+            },
+            [](void *, int32_t gid, char *name, size_t size) {
+                return gid == -7 ? (snprintf(name, size, "domain users"), 0) : 1;
+            }};
+        qbdb_set_directory_hooks(qbdb, &kDirectory);
+        exec(kPopulation);
+        exec("ATTACH ':memory:' AS kept");
+        tables = rows("SELECT name FROM main.sqlite_schema WHERE type='table'");
+        for (const std::string &table : tables)
+            exec("CREATE TABLE kept.\"" + (table == "sqlite_sequence" ? "sequence" : table) +
+                 "\" AS SELECT * FROM main.\"" + table + "\"");
+        qbdb_set_statement_hook(qbdb, see, this);
+        sqlite3_wal_hook(db, written, this);  // in place of the automatic checkpoint
+    }
+
+    ~Database()
+    {
+        qbdb_close(qbdb);
+        remove_scratch();
+    }
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
+
+    static int see(void *self, const char *sql, const char *, uint32_t, const char **)
+    {
+        static constexpr const char *kHarmless[] = {"SELECT", "BEGIN", "COMMIT", "ROLLBACK"};
+        for (const char *each : kHarmless)
+            if (strncmp(sql, each, strlen(each)) == 0) return 0;
+        static_cast<Database *>(self)->changing.insert(sql);
+        return 0;
+    }
+    static int written(void *self, sqlite3 *, const char *, int pages)
+    {
+        static_cast<Database *>(self)->committed = true;
+        if (pages > 2000)
+            sqlite3_wal_checkpoint_v2(static_cast<Database *>(self)->db, "main", SQLITE_CHECKPOINT_PASSIVE, nullptr,
+                                      nullptr);
+        return SQLITE_OK;
+    }
+
+    void exec(const std::string &sql)
+    {
+        char *why = nullptr;
+        if (sqlite3_exec(db, sql.c_str(), nullptr, nullptr, &why) != SQLITE_OK) fail((why ? why : "") + (": " + sql));
+    }
+    std::vector<std::string> rows(const std::string &sql)
+    {
+        std::vector<std::string> all;
+        sqlite3_stmt *stmt = nullptr;
+        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &stmt, nullptr) != SQLITE_OK) fail(sql + ": " + sqlite3_errmsg(db));
+        while (sqlite3_step(stmt) == SQLITE_ROW) {
+            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, 0));
+            all.emplace_back(text ? text : "NULL");
+        }
+        sqlite3_finalize(stmt);
+        return all;
+    }
+
+    static std::string kept(const std::string &table)
+    {
+        return "kept.\"" + (table == "sqlite_sequence" ? "sequence" : table) + "\"";
+    }
+
+    /// Puts back the tables that a statement of the input named. The log's ids count on in a table of SQLite's.
+    void restore()
+    {
+        if (changing.empty()) return;
+        exec("BEGIN IMMEDIATE");
+        for (const std::string &table : tables) {
+            bool named = table == "sqlite_sequence";
+            for (const std::string &sql : changing) named = named || sql.find(table) != std::string::npos;
+            if (!named) continue;
+            exec("DELETE FROM main.\"" + table + "\"");
+            exec("INSERT INTO main.\"" + table + "\" SELECT * FROM " + kept(table));
+        }
+        exec("COMMIT");
+        changing.clear();
+    }
+
+    /// Every row is the one that it was at the beginning: the next input meets what the first one met.
+    void check_restored()
+    {
+        for (const std::string &table : tables) {
+            const std::string name = "main.\"" + table + "\"";
+            require(rows("SELECT * FROM " + name + " EXCEPT SELECT * FROM " + kept(table)).empty() &&
+                        rows("SELECT * FROM " + kept(table) + " EXCEPT SELECT * FROM " + name).empty(),
+                    "the database was not put back");
+        }
+        require(rows("PRAGMA main.integrity_check") == std::vector<std::string>{"ok"}, "integrity_check");
+    }
+
+    void check_after_change()
+    {
+        require(rows("SELECT COUNT(*) FROM main.sqlite_schema WHERE type='table'")[0] == std::to_string(tables.size()),
+                "a table was left over or went");
+        require(rows("SELECT COUNT(*) FROM temp.sqlite_schema")[0] == "0", "a temporary table was left over");
+        require(atoi(rows("SELECT COUNT(*) FROM main.`$timemachine_quota`")[0].c_str()) <= 16, "too many allowances");
+        require(rows("SELECT COUNT(*) FROM main.account_default")[0] == "1", "not one row of account defaults");
+    }
+};
+
+Database &database()
+{
+    static Database one;
+    return one;
+}
+
+// ---- the calls
+
+/// The file of users that one operation reads: made for the call when there is none, by one process at a time.
+struct UserListFile {
+    static constexpr const char *kPath = "/tmp/user_list.txt";
+    int lock = -1;
+    bool made = false;
+
+    UserListFile(Builder &builder, const QbobjOperation &operation)
+    {
+        if (strcmp(operation.name, "qbobj_checkUserList") != 0) return;
+        lock = open("/tmp/user_list.txt.lock", O_CREAT | O_RDWR | O_CLOEXEC, 0666);
+        if (lock >= 0) flock(lock, LOCK_EX);
+        const int file = open(kPath, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+        made = file >= 0;
+        if (!made) return;
+        static constexpr const char *kBeginnings[] = {"", "export_list\n", "import_list\n", "User_Name\n"};
+        std::string text = kBeginnings[builder.input.below(count_of(kBeginnings))];
+        if (builder.input.byte() < 192) text += "User_Name\tGroup_Name\tEmail_Address\tPassword\n";
+        for (uint32_t lines = builder.input.below(6); lines; lines--) {
+            for (uint32_t fields = 2 + builder.input.below(4); fields; fields--) text += builder.text() + "\t";
+            text += "\n";
+        }
+        if (write(file, text.data(), text.size()) < 0) fail("the list of users cannot be written");
+        close(file);
+    }
+    ~UserListFile()
+    {
+        if (made) unlink(kPath);
+        if (lock >= 0) close(lock);
+    }
+    UserListFile(const UserListFile &) = delete;
+    UserListFile &operator=(const UserListFile &) = delete;
+};
+
+/// One argument's value and the place where an output goes.
+struct Slot {
+    QbobjValue value{.p = nullptr};
+    const char *record = nullptr;  // of a record argument
+    void *out = nullptr;           // of a list, a text or a number
+};
+
+Slot build_argument(Builder &builder, const QbobjArgument &argument)
+{
+    Slot slot;
+    if (argument.optional && builder.missing()) return slot;
+    const bool in = argument.direction == QBOBJ_IN;
+    switch (argument.kind) {
+        case QBOBJ_KIND_INT32:
+            if (in) slot.value.i = static_cast<int32_t>(builder.number(4));
+            else slot.value.p = builder.arena.zeroed(sizeof(int32_t));
+            break;
+        case QBOBJ_KIND_UINT64:
+            if (in) slot.value.n = builder.number(8);
+            else slot.value.p = builder.arena.zeroed(sizeof(uint64_t));
+            break;
+        case QBOBJ_KIND_STRING:
+            if (in) slot.value.s = builder.string();
+            else slot.out = slot.value.p = builder.arena.zeroed(sizeof(char *));
+            break;
+        case QBOBJ_KIND_RECORD:
+            slot.value.p = argument.direction == QBOBJ_OUT ? builder.arena.zeroed(argument.type->position)
+                                                           : builder.chain(argument.type, 2);
+            slot.record = static_cast<const char *>(slot.value.p);
+            break;
+        default:
+            slot.out = slot.value.p = builder.arena.zeroed(sizeof(void *));
+            if (argument.kind == QBOBJ_KIND_LIST && argument.direction != QBOBJ_OUT) {
+                void *head = builder.chain(argument.type, 2);
+                std::memcpy(slot.out, &head, sizeof head);
+            }
+    }
+    return slot;
+}
+
+void read_argument(const QbobjArgument &argument, const Slot &slot)
+{
+    if (slot.record) read_records(argument.type, slot.record);
+    if (!slot.out) return;
+    const char *value = pointer_at(slot.out);
+    if (argument.kind == QBOBJ_KIND_STRING) read_text(value);
+    else if (argument.kind == QBOBJ_KIND_LIST) read_records(argument.type, value);
+    else if (argument.kind == QBOBJ_KIND_XML) fail("a kind of argument that cannot be read yet");
+}
+
+bool is_documented(const QbobjOperation &operation, uint32_t rc)
+{
+    const std::string codes = std::string(" ") + operation.codes + " ";
+    return rc == 0 || codes.find(" " + std::to_string(rc) + " ") != std::string::npos;
+}
+
+void check_result(const QbobjOperation &operation, uint32_t rc, const ErrorInfo &err)
+{
+    constexpr uint32_t kNone = 0xFFFFFFFF;
+    switch (operation.returns) {
+        case QBOBJ_RETURNS_CODE:
+            if (!is_documented(operation, rc))
+                fail("undocumented code " + std::to_string(rc) + ": " + (err.message ? err.message : ""));
+            break;
+        case QBOBJ_RETURNS_FOUND: require(rc == 0 || rc == kNone, "neither found nor not found"); break;
+        case QBOBJ_RETURNS_ANSWER: require(rc <= 2 || rc == kNone, "no answer"); break;
+        case QBOBJ_RETURNS_COUNT: require(rc == kNone || rc <= INT32_MAX, "no count"); break;
+        case QBOBJ_RETURNS_ID: break;
+    }
+    if (err.code == 0) {
+        require(!err.message && !err.file && err.line == 0, "half an error record");
+        return;
+    }
+    if (rc && operation.returns == QBOBJ_RETURNS_CODE) require(err.code == rc, "another code than the record's");
+    require(err.message && *err.message && err.file && *err.file && err.line > 0, "an error record with gaps");
+    read_text(err.message);
+}
+
+void call(Database &database, Builder &builder, const QbobjOperation &operation)
+{
+    current = operation.name;
+    const UserListFile file(builder, operation);
+    Slot slots[QBOBJ_MAX_ARGUMENTS];
+    QbobjValue values[QBOBJ_MAX_ARGUMENTS];
+    for (uint32_t i = 0; i < operation.count; i++) {
+        slots[i] = build_argument(builder, operation.arguments[i]);
+        values[i] = slots[i].value;
+    }
+    // What stands in the caller's error record before the call is nobody's business.
+    ErrorInfo err{77, "before", 77, "before"};
+    database.committed = false;
+    const uint32_t rc = operation.call(database.qbdb, database.db, values, &err);
+
+    require(sqlite3_get_autocommit(database.db), "a transaction was left open");
+    check_result(operation, rc, err);
+    for (uint32_t i = 0; i < operation.count; i++) read_argument(operation.arguments[i], slots[i]);
+    const bool failed = operation.returns == QBOBJ_RETURNS_CODE && rc != 0;
+    if (!operation.changes) require(!database.committed, "an operation that reads wrote");
+    if (failed) require(!database.committed, "a call that failed left something behind");
+    if (database.committed) database.check_after_change();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    constexpr int kMostCalls = 6;
+    static uint32_t operations = 0;
+    static uint32_t runs = 0;
+    if (operations == 0)
+        while (qbobj_operations()[operations].name) operations++;
+
+    Database &known = database();
+    Input input{data, data + size};
+    const uint8_t mode = input.byte();
+    if (mode & 1) known.exec("UPDATE service_cifs SET security='ads',no_sync_ads=" + std::to_string(mode >> 1 & 1));
+    if (mode & 4) known.exec("UPDATE account_default SET private_time_machine=1");
+    if (mode & 7) known.changing.insert("service_cifs account_default");
+    known.qbdb->log_level = mode & 8 ? 5 : 2;  // with it every record is written to the log
+    Builder builder(input);
+    qbdb_request_begin(known.qbdb);
+    for (int i = 0; i < kMostCalls && !input.empty(); i++)
+        call(known, builder, qbobj_operations()[input.byte() % operations]);
+    known.restore();
+    if (++runs % 512 == 1) known.check_restored();
+    return 0;
+}

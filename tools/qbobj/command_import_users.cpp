@@ -1,0 +1,225 @@
+// qbobj importUsers: a list file of users is checked whole and then inserted whole, with the groups that it names.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "command_line.h"
+#include "failure.h"
+#include "input.h"
+#include "qbobj.h"
+
+namespace qbcli {
+namespace {
+
+/// The one place from which the library reads a list.
+constexpr char kListFile[] = "/tmp/user_list.txt";
+
+extern "C" void remove_list_file_and_end(int signal_number)
+{
+    unlink(kListFile);
+    signal(signal_number, SIG_DFL);
+    raise(signal_number);
+}
+
+/// The list at its place for as long as it is needed. The folder is everybody's, so the file must be ours: it
+/// is made new, no link is followed, nobody else may read it, and it goes away on every path, an interrupt included.
+class PlacedList {
+public:
+    explicit PlacedList(const PrivateText &text)
+    {
+        const int file = open(kListFile, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        if (file < 0 && errno == EEXIST)
+            throw Failure(kListFile, "is there already: another import runs, or one left it behind; remove it then");
+        if (file < 0) throw Failure(kListFile, strerror(errno));
+        for (const int signal_number : kSignals) old_.push_back(signal(signal_number, remove_list_file_and_end));
+        const bool written = write_all(file, text);
+        const int failure = errno;
+        if (close(file) == 0 && written) return;
+        remove();
+        throw Failure(kListFile, strerror(failure));
+    }
+    ~PlacedList() { remove(); }
+    PlacedList(const PlacedList &) = delete;
+    PlacedList &operator=(const PlacedList &) = delete;
+
+private:
+    static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+    std::vector<void (*)(int)> old_;
+
+    static bool write_all(int file, const PrivateText &text)
+    {
+        for (size_t done = 0; done < text.size();) {
+            const ssize_t size = write(file, text.data() + done, text.size() - done);
+            if (size < 0 && errno == EINTR) continue;
+            if (size < 0) return false;
+            done += static_cast<size_t>(size);
+        }
+        return true;
+    }
+
+    void remove()
+    {
+        unlink(kListFile);
+        for (size_t i = 0; i < old_.size(); i++) signal(kSignals[i], old_[i]);
+        old_.clear();
+    }
+};
+
+/// A bar on a terminal's standard error; silent elsewhere.
+class Progress {
+public:
+    Progress(std::string what, size_t whole) : what_(std::move(what)), whole_(whole), shown_(isatty(STDERR_FILENO))
+    {
+        draw();
+    }
+    ~Progress()
+    {
+        if (shown_) fputs("\r\033[K", stderr);
+    }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    void step()
+    {
+        done_ = std::min(done_ + 1, whole_);
+        const auto now = std::chrono::steady_clock::now();
+        if (now - drawn_ < std::chrono::milliseconds(50) && done_ < whole_) return;
+        drawn_ = now;
+        draw();
+    }
+
+private:
+    static constexpr size_t kWidth = 40;
+    std::string what_;
+    size_t whole_;
+    size_t done_ = 0;
+    bool shown_;
+    std::chrono::steady_clock::time_point drawn_{};
+
+    void draw() const
+    {
+        if (!shown_) return;
+        const size_t filled = whole_ ? kWidth * done_ / whole_ : 0;
+        fprintf(stderr, "\r%s [%s%s] %zu/%zu", what_.c_str(), std::string(filled, '#').c_str(),
+                std::string(kWidth - filled, '.').c_str(), done_, whole_);
+        fflush(stderr);
+    }
+};
+
+/// One database's import.
+class Import {
+public:
+    explicit Import(const Database &database) : qbdb_(database.handle()), db_(database.connection()) {}
+
+    /// Checks the whole list against the accounts that there are.
+    void check(const PrivateText &text)
+    {
+        AccountQuery local{};
+        UserCollection users{};
+        GroupCollection groups{};
+        judge("getUserCollection", qbobj_getUserCollection(qbdb_, db_, &users, &local, 0, &err_));
+        judge("getGroupCollection", qbobj_getGroupCollection(qbdb_, db_, &groups, &local, &err_));
+        const Progress progress("checking", 1);
+        const PlacedList placed(text);
+        judge("checkUserList", qbobj_checkUserList(qbdb_, db_, &users_, &groups_, &users, &groups, &err_));
+    }
+
+    size_t users() const { return length(users_.User); }
+
+    Json groups() const
+    {
+        Json names = Json::array();
+        for (const Group *group = groups_.Group; group; group = group->next) names.push_back(group->GroupName);
+        return names;
+    }
+
+    /// Adds the missing groups, then the users.
+    void insert()
+    {
+        if (groups_.Group) judge("addGroup", qbobj_addGroup(qbdb_, db_, groups_.Group, &err_));
+        Progress progress("importing", users());
+        qbdb_set_statement_hook(qbdb_, see_statement, &progress);
+        const uint32_t rc = qbobj_addUserList(qbdb_, db_, users_.User, &err_);
+        qbdb_set_statement_hook(qbdb_, nullptr, nullptr);
+        judge("addUserList", rc);
+    }
+
+private:
+    qbdb_t *qbdb_;
+    sqlite3 *db_;
+    ErrorInfo err_{};
+    UserCollection users_{};
+    GroupCollection groups_{};
+
+    static size_t length(const User *user)
+    {
+        size_t count = 0;
+        for (; user; user = user->next) count++;
+        return count;
+    }
+
+    static int see_statement(void *progress, const char *sql, const char *, uint32_t, const char **)
+    {
+        if (strncmp(sql, "INSERT INTO `$user`", 19) == 0) static_cast<Progress *>(progress)->step();
+        return 0;
+    }
+
+    void judge(const char *operation, uint32_t rc) const
+    {
+        if (rc == 0) return;
+        Failure failure(err_.message ? err_.message : sqlite3_errstr(static_cast<int>(rc)));
+        failure.operation = operation;
+        failure.code = rc;
+        failure.file = err_.file ? err_.file : "";
+        failure.line = err_.line;
+        throw failure;
+    }
+};
+
+void import_users(const Options &options, const std::string &path, bool dry_run)
+{
+    if (options.database.read_only && !dry_run) throw Failure("it changes the database, which --read-only forbids");
+    StandardInput input;
+    const PrivateText text = path == "-" ? input.document() : read_file(path);
+    const Database database = open_chosen_database(options);
+    Import import(database);
+    import.check(text);
+    if (!dry_run) import.insert();
+    Json outcome;
+    outcome["Users"] = import.users();
+    outcome["NewGroups"] = import.groups();
+    outcome["Imported"] = !dry_run;
+    print_outcome(outcome, options.output);
+}
+
+}  // namespace
+
+void add_import_users(CommandLine &line)
+{
+    struct Given {
+        std::string path;
+        bool dry_run = false;
+    };
+    const auto given = std::make_shared<Given>();
+    CLI::App *command = line.app.add_subcommand("importUsers", "Check and insert a list file of users");
+    command
+        ->add_option("FILE", given->path, "Lines of name, group, e-mail, password between tabs; - for standard input")
+        ->required();
+    command->add_flag("-n,--dry-run", given->dry_run, "Check the list and say what it would do");
+    command->footer(
+        "A line \"export_list\" says that the passwords below it are stored hashes, \"import_list\" that they are\n"
+        "clear text, as they are without either. The list is inserted whole or not at all; groups that it names and\n"
+        "that there are not are added first.");
+    command->fallthrough();
+    command->callback([&line, given] { import_users(line.options, given->path, given->dry_run); });
+}
+
+}  // namespace qbcli
