@@ -125,8 +125,9 @@ QBOBJ_API uint32_t qbobj_getLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, LogE
 QBOBJ_API uint32_t qbobj_deleteLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, ErrorInfo *err);
 
 /**
- * Cuts the log down to its newest entries. Entries of the same second are kept or go together, so
- * more than `keep` may stay.
+ * Cuts the log down to its newest entries: removes what is older than the entry that follows the
+ * `keep` newest. That entry stays, and so does everything of its second. A log of `keep` entries or
+ * fewer stays whole; with 0 or below the newest second stays.
  * @param qbdb Handle.
  * @param db   Connection.
  * @param keep Number of entries to keep.
