@@ -422,7 +422,7 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
 int fail(const Call &call, int rc, const char *text)
 {
     if (call.text) {
-        const char *copy = text ? apr_pstrdup(pool_of(call.qbdb), text) : nullptr;
+        const char *copy = text ? qdb::copy_text(pool_of(call.qbdb), text) : nullptr;
         *call.text = copy ? copy : "out of memory";
     }
     return rc & 0xFF;
