@@ -32,7 +32,7 @@ VALUES
     (101,'bob','$1$saltsalt$qjXMvbEw8oaL.CzflDtaK/','','/home/bob',99,'/bin/false',0,15000,1,0,NULL),
     (102,'clara','*','clara@example.com','/home/clara',NULL,'/bin/false',0,15000,0,0,NULL),
     (103,'dave@example.com','*','dave@example.com','/home/dave@example.com',97,'/bin/false',0,15000,0,0,NULL),
-    (104,'emil','*','','/home/emil',99,'/bin/false',-1,15000,0,0,NULL),
+    (95,'emil','*','','/home/emil',99,'/bin/false',-1,15000,0,0,NULL),
     (-10,'EXAMPLE\fred',NULL,NULL,'/home/fred',-20,'/bin/false',0,15000,0,0,1105),
     (10011,'EXAMPLE\live',NULL,NULL,'/home/live',-20,'/bin/false',0,15000,0,0,1106);
 INSERT INTO `$group_has_user` (user_id,group_id) VALUES(100,111),(101,110),(101,111);
