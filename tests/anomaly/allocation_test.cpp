@@ -3,7 +3,9 @@
 #include <dlfcn.h>
 
 #include <cerrno>
+#include <fstream>
 #include <map>
+#include <sstream>
 
 #include "anomaly/anomaly.h"
 #include "anomaly/memory.h"
@@ -106,7 +108,7 @@ constexpr uint32_t kMinusOne = 0xFFFFFFFF;
 
 struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
     long failed = 0;
-    long nth = 0;     // the allocation that fails
+    long nth = 0;                                  // the allocation that fails
     std::map<std::string, std::vector<long>> odd;  // answers that are neither failure by lack of memory nor success
 
     Allocations()
@@ -130,10 +132,37 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
         });
     }
 
+    void expect_next_call_works(const Trial &trial, const Outcome &reference)
+    {
+        const Outcome next = run_failing(trial, 0);
+        EXPECT_EQ(next.rc, reference.rc) << next.message;
+        EXPECT_EQ(next.outputs, reference.outputs);
+        EXPECT_TRUE(next.stored == reference.stored);
+    }
+
+    /// The answers that hide a lack of memory are known one by one; the list is to become shorter.
+    void compare_answers() const
+    {
+        const std::string path =
+            QBOBJ_SOURCE_DIR "/tests/anomaly/hidden_failures_" + std::string(GetParam().name) + ".txt";
+        std::string table;
+        for (const auto &[answer, where] : odd) {
+            table += answer + "\n";
+            printf("%s (%zu times, first allocation %ld)\n", answer.c_str(), where.size(), where[0]);
+        }
+        if (getenv("QBOBJ_UPDATE_GOLDEN")) std::ofstream(path) << table;
+        std::ifstream file(path);
+        std::stringstream golden;
+        golden << file.rdbuf();
+        EXPECT_EQ(table, golden.str()) << "when the change is meant, run again with QBOBJ_UPDATE_GOLDEN=1";
+    }
+
     void note(const Trial &trial, const std::string &what)
     {
+        const long held = memory.blocks;
         std::vector<long> &where = odd[name_of(trial) + ": " + what];
         where.push_back(nth);
+        memory.blocks = held;  // the note itself stays
     }
 
     void check(const Trial &trial, const Outcome &outcome, const Outcome &reference)
@@ -145,11 +174,11 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
             return;
         }
         bool known;
-        if (operation.returns != QBOBJ_RETURNS_CODE) {
+        if (outcome.statements.size() <= 1 && outcome.code == 0) {
+            known = outcome.rc == SQLITE_NOMEM;  // it could not begin
+        } else if (operation.returns != QBOBJ_RETURNS_CODE) {
             known = outcome.rc == kMinusOne || (operation.returns == QBOBJ_RETURNS_ANSWER && outcome.rc == 1);
             known = known && outcome.code == 0;
-        } else if (outcome.statements.size() <= 1 && outcome.code == 0) {
-            known = outcome.rc == SQLITE_NOMEM;  // it could not begin
         } else {
             known = (outcome.rc == 2 || outcome.rc == 5) && outcome.code == outcome.rc;
             EXPECT_EQ(outcome.message.empty(), outcome.code == 0);
@@ -168,30 +197,25 @@ TEST_P(Allocations, EachFails)
         run_failing(trial, 0);
         const Outcome reference = run_failing(trial, 0);
         EXPECT_EQ(reference.rc, after_refused_commit(trial, SQLITE_FULL)) << reference.message;
-        const long total = memory.count;
         const long blocks = memory.blocks;
         for (long n = 1;; n++) {
-            SCOPED_TRACE("allocation " + std::to_string(n) + " of " + std::to_string(total));
+            SCOPED_TRACE("allocation " + std::to_string(n));
             nth = n;
             const Outcome outcome = run_failing(trial, n);
             if (!memory.refused) {
-                EXPECT_GE(n, total);
+                EXPECT_GT(n, memory.count);
                 break;
             }
             failed++;
             check(trial, outcome, reference);
         }
         EXPECT_TRUE(image_of(db) == before);
-        const Outcome next = run_failing(trial, 0);
-        EXPECT_EQ(next.rc, reference.rc) << next.message;
-        EXPECT_EQ(next.outputs, reference.outputs);
-        EXPECT_TRUE(next.stored == reference.stored);
+        expect_next_call_works(trial, reference);
         if (kHeapIsOurs) {
-            EXPECT_LE(memory.blocks, blocks + 8) << "something was not given back";
+            EXPECT_LE(memory.blocks, blocks) << "something was not given back";
         }
     }
-    for (const auto &[answer, where] : odd)
-        ADD_FAILURE() << answer << " (" << where.size() << " times, first allocation " << where[0] << ")";
+    compare_answers();
     printf("%ld allocations failed\n", failed);
 }
 

@@ -27,7 +27,8 @@ struct Directory {
     static int32_t gid(void *, const char *name) { return strcmp(name, "EXAMPLE\\domain users") == 0 ? 10020 : -1; }
     static int user_name(void *, int32_t uid, char *name, size_t size)
     {
-        return uid == 10010 || uid == 10011 ? snprintf(name, size, "EXAMPLE\\%s", uid == 10010 ? "fred" : "live") <= 0 : 1;
+        return uid == 10010 || uid == 10011 ? snprintf(name, size, "EXAMPLE\\%s", uid == 10010 ? "fred" : "live") <= 0
+                                            : 1;
     }
     static int group_name(void *, int32_t gid, char *name, size_t size)
     {
@@ -115,8 +116,8 @@ inline void set_accounts(sqlite3 *db, Accounts accounts)
 /// What a call came to.
 struct Outcome {
     uint32_t rc = 0;
-    uint32_t code = 0;     // of the error record
-    std::string message;   // of the error record
+    uint32_t code = 0;    // of the error record
+    std::string message;  // of the error record
     std::string outputs;
     bool wrote_outputs = false;
     bool committing = false;  // got as far as COMMIT
@@ -171,10 +172,7 @@ private:
     int nth_ = 0;
     int rc_ = 0;
 
-    static void see_log(void *self, const char *, uint32_t, uint32_t, uint32_t, const char *)
-    {
-        (void)self;
-    }
+    static void see_log(void *self, const char *, uint32_t, uint32_t, uint32_t, const char *) { (void)self; }
     static int see_statement(void *self, const char *sql, const char *, uint32_t, const char **text)
     {
         auto *anomaly = static_cast<Anomaly *>(self);

@@ -12,11 +12,11 @@ enum class Source { none, pool, sqlite, heap };
 struct Memory {
     Source source = Source::none;
     bool watching = false;
-    bool forever = false;   // refuse everything from the n-th on
-    long nth = 0;           // the first to be refused; 0 refuses none
-    long count = 0;         // allocations seen
+    bool forever = false;  // refuse everything from the n-th on
+    long nth = 0;          // the first to be refused; 0 refuses none
+    long count = 0;        // allocations seen
     bool refused = false;
-    long blocks = 0;        // of the heap, taken and not given back, over the whole program
+    long blocks = 0;  // of the heap, taken and not given back, over the whole program
 
     bool refuse(Source from)
     {

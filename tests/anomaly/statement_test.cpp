@@ -133,9 +133,9 @@ TEST_F(Statements, EachFails)
 TEST(Trials, EveryOperationHasOne)
 {
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        EXPECT_TRUE(std::any_of(std::begin(kSetups), std::end(kSetups),
-                                [&](const Trial &setup) { return qbobj_find_operation(setup.operation) == row; }))
-            << row->name;
+        EXPECT_TRUE(std::any_of(std::begin(kSetups), std::end(kSetups), [&](const Trial &setup) {
+            return qbobj_find_operation(setup.operation) == row;
+        })) << row->name;
 }
 
 }  // namespace
