@@ -132,7 +132,7 @@ uint32_t check_user_line(ListCheck *check, char *const (&fields)[kFieldCount])
 
 uint32_t check_line(ListCheck *check, const char *text)
 {
-    char *line = apr_pstrdup(pool_of(check->ctx->qbdb), text);  // the fields end up in the records
+    char *line = copy_text(pool_of(check->ctx->qbdb), text);  // the fields end up in the records
     if (!line) return no_memory(check->ctx);
     char *fields[kFieldCount] = {};
     const int count = split(line, fields);

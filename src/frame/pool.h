@@ -3,6 +3,7 @@
 
 #include <apr_strings.h>
 
+#include <cstring>
 #include <new>
 
 #include "frame/report.h"
@@ -18,10 +19,20 @@ T *allocate(const CallContext *ctx)
     return block ? new (block) T{} : nullptr;
 }
 
-/// A copy of a text; null for null and without memory.
+/// A copy of a text; null for null and without memory. Not apr_pstrdup, which writes to the block without
+/// looking whether there is one.
+inline char *copy_text(apr_pool_t *pool, const char *text)
+{
+    if (!text) return nullptr;
+    const size_t size = strlen(text) + 1;
+    void *block = apr_palloc(pool, size);
+    return block ? static_cast<char *>(memcpy(block, text, size)) : nullptr;
+}
+
+/// A copy of a text in the pool of the call.
 inline const char *copy_text(const CallContext *ctx, const char *text)
 {
-    return text ? apr_pstrdup(pool_of(ctx->qbdb), text) : nullptr;
+    return copy_text(pool_of(ctx->qbdb), text);
 }
 
 /// Whether a string field was given a value.

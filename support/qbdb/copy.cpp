@@ -145,7 +145,7 @@ int qbdb_sql_compare_tables(qbdb_t *qbdb, sqlite3 *db, int flags, const char *co
         bool differs = false;
         if (const int bad = qdb::compare(call, table, copy, qdb::kAllRows, &differs)) return bad;
         if (!differs) return SQLITE_OK;
-        const char *name = apr_pstrdup(pool, table);
+        const char *name = qdb::copy_text(pool, table);
         if (!name) return SQLITE_NOMEM;
         apr_hash_set(hash, name, APR_HASH_KEY_STRING, name);
         return SQLITE_OK;

@@ -3,6 +3,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <cstring>
 
 #include "qbdb.h"
 
@@ -41,6 +42,22 @@ namespace qdb {
 inline apr_pool_t *pool_of(const qbdb_t *qbdb)
 {
     return qbdb->request_pool ? qbdb->request_pool : qbdb->pool;
+}
+
+/// A copy of `size` bytes as a text; null without memory. The pool library's own copying functions write
+/// to the block without looking whether there is one.
+inline char *copy_text(apr_pool_t *pool, const char *text, size_t size)
+{
+    auto *copy = static_cast<char *>(apr_palloc(pool, size + 1));
+    if (!copy) return nullptr;
+    memcpy(copy, text, size);
+    copy[size] = '\0';
+    return copy;
+}
+
+inline char *copy_text(apr_pool_t *pool, const char *text)
+{
+    return text ? copy_text(pool, text, strlen(text)) : nullptr;
 }
 
 /// Where a statement comes from and where its failure text goes.

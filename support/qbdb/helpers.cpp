@@ -105,7 +105,7 @@ constexpr struct {
 const char *qbdb_normalize_smb_path(qbdb_t *qbdb, const char *path)
 {
     if (!path) return nullptr;
-    char *normal = apr_pstrdup(qdb::pool_of(qbdb), path);
+    char *normal = qdb::copy_text(qdb::pool_of(qbdb), path);
     if (!normal) return nullptr;
     char *out = normal;
     for (const char *at = normal; *at; at++) {
@@ -137,7 +137,7 @@ const char *qbdb_i_to_dow(qbdb_t *qbdb, int32_t dow)
         memcpy(out, kDays[day][0], 4);
         out += 3;
     }
-    return apr_pstrdup(qdb::pool_of(qbdb), text);
+    return qdb::copy_text(qdb::pool_of(qbdb), text);
 }
 
 int qbdb_fs_get_attr_scanf(qbdb_t *, const char *dataset, const char *attr, const char *format, ...)
@@ -167,11 +167,12 @@ char **qbdb_csv_to_array(qbdb_t *qbdb, const char *csv)
     size_t count = 0;
     Item item;
     for (const char *at = csv ? csv : ""; next_item(&at, &item);) count++;
-    auto **items = static_cast<char **>(apr_pcalloc(pool, (count + 1) * sizeof(char *)));
+    auto **items = static_cast<char **>(apr_palloc(pool, (count + 1) * sizeof(char *)));
     if (!items) return nullptr;
+    items[count] = nullptr;
     size_t i = 0;
     for (const char *at = csv ? csv : ""; next_item(&at, &item); i++) {
-        items[i] = apr_pstrmemdup(pool, item.begin, item.size);
+        items[i] = qdb::copy_text(pool, item.begin, item.size);
         if (!items[i]) return nullptr;
     }
     return items;

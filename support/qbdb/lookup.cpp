@@ -94,7 +94,7 @@ int name_by_posix_id(const Directory &directory, const qbdb_t *qbdb, int32_t id,
     if (directory.name_by_id(qbdb->internal, id, buffer, sizeof buffer) != 0) return -1;
     buffer[sizeof buffer - 1] = '\0';
     if (!*buffer) return -1;
-    *name = apr_pstrdup(qdb::pool_of(qbdb), buffer);
+    *name = qdb::copy_text(qdb::pool_of(qbdb), buffer);
     return *name ? 0 : -1;
 }
 

@@ -235,7 +235,7 @@ int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
     const char *copy = nullptr;
     if (sqlite3_column_type(statement.stmt, 0) != SQLITE_NULL) {
         const auto *cell = reinterpret_cast<const char *>(sqlite3_column_text(statement.stmt, 0));
-        copy = cell ? apr_pstrdup(qdb::pool_of(qbdb), cell) : nullptr;
+        copy = cell ? qdb::copy_text(qdb::pool_of(qbdb), cell) : nullptr;
         if (!copy) return qdb::fail(call, SQLITE_NOMEM, "out of memory");
     }
     rc = qdb::finish(call, statement.stmt);

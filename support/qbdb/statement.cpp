@@ -422,10 +422,17 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
 int fail(const Call &call, int rc, const char *text)
 {
     if (call.text) {
-        const char *copy = text ? apr_pstrdup(pool_of(call.qbdb), text) : nullptr;
+        const char *copy = text ? qdb::copy_text(pool_of(call.qbdb), text) : nullptr;
         *call.text = copy ? copy : "out of memory";
     }
     return rc & 0xFF;
+}
+
+/// Whether SQLite itself has given the transaction up, as it does without memory or when the disk fails:
+/// what ran now would be stored at once and by itself.
+static bool is_lost(const Call &call)
+{
+    return call.qbdb->internal->begun == call.db && sqlite3_get_autocommit(call.db);
 }
 
 int ask_hook(const Call &call, const char *sql)
@@ -453,6 +460,7 @@ int prepare(const Call &call, Statement *statement, const char *format, va_list 
 {
     if (call.text) *call.text = nullptr;
     if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
+    if (is_lost(call)) return fail(call, SQLITE_ABORT, "the transaction has been rolled back");
     call.qbdb->internal->refused = nullptr;
     if (call.qbdb->internal->statement_hook) {
         va_list again;
@@ -473,6 +481,7 @@ int run(const Call &call, const char *sql)
 {
     if (call.text) *call.text = nullptr;
     if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
+    if (is_lost(call)) return fail(call, SQLITE_ABORT, "the transaction has been rolled back");
     if (const int rc = ask_hook(call, sql)) return rc;
     const int rc = sqlite3_exec(call.db, sql, nullptr, nullptr, nullptr);
     return rc ? fail(call, rc, sqlite3_errmsg(call.db)) : SQLITE_OK;

@@ -10,7 +10,7 @@ namespace test {
 enum class Accounts { local, directory, live };
 
 /// One call of an operation: its arguments by name, as JSON.
-struct Setup {
+struct Trial {
     const char *operation;  // without the prefix
     const char *label;      // tells the calls of one operation apart
     const char *arguments;
@@ -23,17 +23,18 @@ inline constexpr char kPopulation[] = R"sql(
 INSERT INTO share (id,name,zfs_name,type,comment,path,volume_id) VALUES
     (1,'media','tank/media','file','films','/tank/media','tank'), (2,'photos','tank/photos','file','','/tank/photos','tank');
 INSERT INTO cifs_share_option (share_id,available,cifs_hide_share) VALUES(1,1,1);
-INSERT INTO dlna_share_option (share_id,available,dlna_media_type) VALUES(1,1,'video');
+INSERT INTO dlna_share_option (share_id,available,access,media_type) VALUES(1,1,'rw',3);
 INSERT INTO `$group` (id,gname,is_privileged,rid) VALUES
     (110,'staff',0,NULL), (111,'editors',0,NULL), (112,'empty',0,NULL), (-20,'EXAMPLE\domain users',0,513);
 INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,shell_access,rid)
 VALUES
-    (100,'anna','$1$saltsalt$bmXt7wIBFwt0a0DqUYgNH0','anna@example.com','/home/anna',110,'/bin/bash',0,15000,0,1,NULL),
-    (101,'bob','$1$saltsalt$bmXt7wIBFwt0a0DqUYgNH0','','/home/bob',99,'/bin/false',0,15000,1,0,NULL),
+    (100,'anna','$1$saltsalt$qjXMvbEw8oaL.CzflDtaK/','anna@example.com','/home/anna',110,'/bin/bash',0,15000,0,1,NULL),
+    (101,'bob','$1$saltsalt$qjXMvbEw8oaL.CzflDtaK/','','/home/bob',99,'/bin/false',0,15000,1,0,NULL),
     (102,'clara','*','clara@example.com','/home/clara',NULL,'/bin/false',0,15000,0,0,NULL),
     (103,'dave@example.com','*','dave@example.com','/home/dave@example.com',97,'/bin/false',0,15000,0,0,NULL),
-    (104,'emil','*','','/home/emil',99,'/bin/false',-1,15000,0,0,NULL),
-    (-10,'EXAMPLE\fred',NULL,NULL,'/home/fred',-20,'/bin/false',0,15000,0,0,1105);
+    (95,'emil','*','','/home/emil',99,'/bin/false',-1,15000,0,0,NULL),
+    (-10,'EXAMPLE\fred',NULL,NULL,'/home/fred',-20,'/bin/false',0,15000,0,0,1105),
+    (10011,'EXAMPLE\live',NULL,NULL,'/home/live',-20,'/bin/false',0,15000,0,0,1106);
 INSERT INTO `$group_has_user` (user_id,group_id) VALUES(100,111),(101,110),(101,111);
 INSERT INTO `$home_folder` (user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions)
     VALUES(100,1,5000000,'snapshots',1),(101,0,0,'',0),(103,0,0,'',0);
@@ -69,7 +70,7 @@ inline constexpr char kUserList[] =
     "gina\tnewgroup\tgina@example.com\tsecret\nhans\tstaff\t\tsecret\n";
 
 /// The password of the stored hash is "password".
-inline constexpr Setup kSetups[] = {
+inline constexpr Trial kSetups[] = {
     {"getLog", "all", "{}"},
     {"getLog", "filtered page", R"({"query":{"limit":2,"offset":1,"severity":"warn","category_in":"'disk','share'","order":1}})"},
     {"deleteLog", "some", R"({"query":{"timestamp_max":2500,"category_in":"'disk'"}})"},
@@ -82,8 +83,8 @@ inline constexpr Setup kSetups[] = {
     {"addNetworkInterface", "", R"({"nif":{"Name":"eth2","Mac":"0:1:2:3:4:7","Protocol":"static","IP":"10.0.0.9",
         "DNS1":"10.0.0.1","DNS2":"","Gateway":"10.0.0.1","Subnet":"255.0.0.0"}})"},
     {"deleteNetworkInterface", "", R"({"name":"eth0"})"},
-    {"modifyNetworkInterface", "", R"({"nif":{"Name":"eth0","Mac":"0:1:2:3:4:8","Protocol":"dhcp","IP":"",
-        "DNS1":"","DNS2":"","Gateway":""}})"},
+    {"modifyNetworkInterface", "", R"({"nif":{"Name":"eth0","Mac":"0:1:2:3:4:8","Protocol":"static","IP":"10.0.0.8",
+        "DNS1":"10.0.0.8","DNS2":"10.0.0.8","Gateway":"10.0.0.8"}})"},
 
     {"getFolderAttribute", "share", R"({"path":"/tank/media"})"},
     {"getFolderAttribute", "below a home folder", R"({"path":"/home/anna/letters/old"})"},
@@ -115,7 +116,7 @@ inline constexpr Setup kSetups[] = {
     {"getUserHomeFolderTotalConsumedInByte", "", "{}"},
 
     {"getGID", "local", R"({"name":"staff"})"},
-    {"getGID", "directory", R"({"name":"EXAMPLE\\domain users"})", Accounts::directory},
+    {"getGID", "directory", R"({"name":"EXAMPLE\\domain users"})", Accounts::directory, 0xFFFFFFFF},
     {"getGroupName", "", R"({"id":110})"},
     {"getPrimaryGID", "", R"({"userName":"anna"})"},
     {"getPosixGID", "", R"({"name":"staff"})", Accounts::local, 110},
@@ -125,7 +126,7 @@ inline constexpr Setup kSetups[] = {
     {"isMemberOfGroup", "no", R"({"userName":"anna","groupName":"empty"})", Accounts::local, 1},
     {"getGroupCollection", "all", "{}"},
     {"getGroupCollection", "page", R"({"query":{"limit":1,"offset":1,"name_like":"%t%","order":-2}})"},
-    {"getGroup", "", R"({"group":{"resource_id":110}})", Accounts::local, 8},
+    {"getGroup", "", R"({"group":{"resource_id":110}})", Accounts::local, 5},
     {"getSystemGroup", "", R"({"group":{"GroupId":110}})"},
     {"addGroup", "two", R"({"group":[{"GroupName":"crew","SecondaryMember":[{"UserId":100},{"UserId":101}],
         "GroupQuota":[{"ShareId":"tank/media","HardMB":100}]},{"GroupId":200,"GroupName":"guests"}]})"},
@@ -152,9 +153,9 @@ inline constexpr Setup kSetups[] = {
         "Fingerprint":"11:22","Title":"bob"}})"},
     {"addSshPublicKey", "administrator", R"({"key":{"UserId":98,"ServeFor":"rsync","Type":"ssh-rsa","Key":"AAAAnew",
         "Comment":"c","Fingerprint":"11:22","Title":"t"}})"},
-    {"deleteSshPublicKey", "user", R"({"key":{"Id":3}})"},
-    {"deleteSshPublicKey", "administrator", R"({"key":{"Id":1}})"},
-    {"setSshPublicKeyById", "administrator", R"({"key":{"Id":1,"Title":"new","ServeFor":""}})"},
+    {"deleteSshPublicKey", "user", R"({"key":{"Id":3,"UserId":100}})"},
+    {"deleteSshPublicKey", "administrator", R"({"key":{"Id":1,"UserId":98}})"},
+    {"setSshPublicKeyById", "administrator", R"({"key":{"Id":1,"UserId":98,"Title":"new","ServeFor":""}})"},
     {"getSshPublicKeyById", "", R"({"id":3})"},
     {"getSshPublicKeyTiedRootKeyById", "", R"({"id":1})"},
     {"getSshPublicKeyCollection", "", "{}"},
@@ -167,9 +168,9 @@ inline constexpr Setup kSetups[] = {
         {"UserName":"hans","UserId":300,"GroupName":"staff","SysHash":"$1$abc$def"}]})"},
     {"addUser", "of the cloud", R"({"user":{"UserName":"ida@example.com","GroupName":"sky-loft","Password":"secret",
         "P2PUserName":"ida"}})"},
-    {"addUserList", "", R"({"user":[{"UserName":"gina","GroupName":"staff","Email":"g@example.com","Password":"hash"},
-        {"UserName":"hans","GroupName":"staff","Password":"hash"}]})"},
-    {"checkUserList", "", R"({"existingUsers":[{"UserName":"anna"}],"existingGroups":[{"GroupName":"staff"}]})"},
+    {"addUserList", "", R"({"user":[{"UserId":300,"UserName":"gina","GroupName":"staff","Email":"g@example.com","Password":"hash"},
+        {"UserId":301,"UserName":"hans","GroupName":"staff","Password":"hash"}]})"},
+    {"checkUserList", "", R"({"existingUsers":{"User":[{"UserName":"anna"}]},"existingGroups":{"Group":[{"GroupName":"staff"}]}})"},
 
     {"modifyUser", "quotas", R"({"user":{"resource_id":100,"UserQuota":[{"ShareId":"tank/media","HardMB":0},
         {"ShareId":"tank/photos","HardMB":30}],"TimeMachineQuota":{"Enabled":1,"CapacityMB":7},
