@@ -93,7 +93,7 @@ struct Calls : test::Program {
     }
 };
 
-const QbobjOperation kUser = operation({argument("user", QBOBJ_KIND_RECORD, QBOBJ_INOUT, "User", false, true)});
+const QbobjOperation kUser = operation({argument("user", QBOBJ_KIND_RECORD, QBOBJ_INOUT, "User", true, true)});
 
 TEST_F(Calls, BuildRecordsOfPairs)
 {
@@ -154,6 +154,9 @@ TEST_F(Calls, AChainComesBackInTheFormInWhichItWasGiven)
     EXPECT_EQ(run(kUser, {R"([{"UserName":"anna"}])"}).size(), 1u);
     EXPECT_EQ(run(kUser, {"[]"}), Json::array());
     EXPECT_EQ(scene.values[0].p, nullptr) << "an empty chain is null";
+    scene.calls = 0;
+    const auto needed = operation({argument("user", QBOBJ_KIND_RECORD, QBOBJ_INOUT, "User", false, true)});
+    EXPECT_EQ(message(needed, {"[]"}), "user: the list is empty");
     static User second{};
     scene.fill = [](const QbobjValue *values) { static_cast<User *>(values[0].p)->next = &second; };
     EXPECT_EQ(run(kUser, {"UserName=anna"}).size(), 2u) << "nothing is lost of a chain that the operation made";

@@ -106,6 +106,7 @@ void Call::bind_record(size_t index, const Json *given)
     } else if (given && given->is_array() && argument.chain) {
         cell.array = true;
         cell.p = list_from(arena_, argument.type, *given, argument.name);
+        if (!cell.p && !argument.optional) throw Failure(argument.name, "the list is empty");
     } else if (given) {
         cell.p = record_from(arena_, argument.type, *given, where);
     } else if (!argument.optional) {
