@@ -1,0 +1,40 @@
+// SQLite gives a transaction up by itself when memory or the disk fails in the wrong moment.
+#include "fixture/fixture.h"
+
+using namespace test;
+
+namespace {
+
+struct LostTransaction : Database {
+    void lose()
+    {
+        ASSERT_EQ(qbdb_sql_begin(qbdb, db, 0, "test", 1), 0u);
+        ASSERT_EQ(qbdb_sql_exec_mprintf(qbdb, db, nullptr, "test", 2, "INSERT INTO `$registry` VALUES('a','1')"), 0);
+        sql("ROLLBACK");
+    }
+};
+
+TEST_F(LostTransaction, NothingIsStoredByItself)
+{
+    const std::string before = content();
+    lose();
+    const char *why = nullptr;
+    EXPECT_EQ(qbdb_sql_exec_mprintf(qbdb, db, &why, "test", 3, "INSERT INTO `$registry` VALUES('b','2')"),
+              SQLITE_ABORT);
+    EXPECT_STREQ(why, "the transaction has been rolled back");
+    EXPECT_NE(qbdb_sql_duplicate_table(qbdb, db, 0, "$registry", "_copy"), 0);
+    EXPECT_NE(qbdb_sql_commit(qbdb, db, 0, "test", 4), 0u);
+    EXPECT_EQ(content(), before);
+}
+
+TEST_F(LostTransaction, TheNextOneWorks)
+{
+    lose();
+    EXPECT_EQ(qbdb_sql_rollback(qbdb, db, 0, "test", 3), 0u);
+    EXPECT_EQ(qbdb_sql_begin(qbdb, db, 0, "test", 4), 0u);
+    EXPECT_EQ(qbdb_sql_exec_mprintf(qbdb, db, nullptr, "test", 5, "INSERT INTO `$registry` VALUES('b','2')"), 0);
+    EXPECT_EQ(qbdb_sql_commit(qbdb, db, 0, "test", 6), 0u);
+    EXPECT_EQ(value("SELECT value FROM `$registry` WHERE key='b'"), "2");
+}
+
+}  // namespace
