@@ -364,7 +364,8 @@ struct Database {
         qbdb_set_directory_hooks(qbdb, &kDirectory);
         exec(kPopulation);
         exec("ATTACH ':memory:' AS kept");
-        tables = rows("SELECT name FROM main.sqlite_schema WHERE type='table'");
+        // Filling a table that counts its ids writes to SQLite's table of sequences: that one is put back last.
+        tables = rows("SELECT name FROM main.sqlite_schema WHERE type='table' ORDER BY name='sqlite_sequence'");
         for (const std::string &table : tables)
             exec("CREATE TABLE kept.\"" + (table == "sqlite_sequence" ? "sequence" : table) +
                  "\" AS SELECT * FROM main.\"" + table + "\"");
@@ -441,9 +442,9 @@ struct Database {
     {
         for (const std::string &table : tables) {
             const std::string name = "main.\"" + table + "\"";
-            require(rows("SELECT * FROM " + name + " EXCEPT SELECT * FROM " + kept(table)).empty() &&
-                        rows("SELECT * FROM " + kept(table) + " EXCEPT SELECT * FROM " + name).empty(),
-                    "the database was not put back");
+            if (!rows("SELECT * FROM " + name + " EXCEPT SELECT * FROM " + kept(table)).empty() ||
+                !rows("SELECT * FROM " + kept(table) + " EXCEPT SELECT * FROM " + name).empty())
+                fail("the database was not put back: " + table);
         }
         require(rows("PRAGMA main.integrity_check") == std::vector<std::string>{"ok"}, "integrity_check");
     }
@@ -625,6 +626,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     for (int i = 0; i < kMostCalls && !input.empty(); i++)
         call(known, builder, qbobj_operations()[input.byte() % operations]);
     known.restore();
-    if (++runs % 512 == 1) known.check_restored();
+    if (++runs % 64 == 1) known.check_restored();
     return 0;
 }
