@@ -333,8 +333,9 @@ bool build_text(const Plan *plan, const Value *values, Buffer *out)
     return true;
 }
 
-int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Value *values)
+int bind_values(const Call &call, Statement *statement, const Plan *plan, const Value *values)
 {
+    sqlite3_stmt *stmt = statement->stmt;
     int number = 0;
     for (uint32_t i = 0; i < plan->count; i++) {
         const Conversion &conversion = plan->conversions[i];
@@ -343,8 +344,10 @@ int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Va
         if (is_wide(conversion, values[i])) continue;
         int rc;
         if (conversion.argument != Argument::text) rc = sqlite3_bind_int64(stmt, number, values[i].number);
-        else if (values[i].text) rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
-        else rc = sqlite3_bind_null(stmt, number);
+        else if (values[i].text) {
+            statement->lends_text = true;
+            rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
+        } else rc = sqlite3_bind_null(stmt, number);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
     return SQLITE_OK;
@@ -414,7 +417,7 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
     statement->stmt = entry->stmt;
     statement->cache = cache;
     statement->entry = entry;
-    return bind_values(call, entry->stmt, slot->plan, values);
+    return bind_values(call, statement, slot->plan, values);
 }
 
 }  // namespace
@@ -451,7 +454,7 @@ Statement::~Statement()
         return;
     }
     sqlite3_reset(stmt);
-    sqlite3_clear_bindings(stmt);  // they point into the caller's memory
+    if (lends_text) sqlite3_clear_bindings(stmt);  // they point into the caller's memory
     entry->busy = false;
     shrink(cache, cache->bound);  // the bound may have been lowered in the meantime
 }
