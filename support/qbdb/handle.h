@@ -80,7 +80,7 @@ struct Statement {
     sqlite3_stmt *stmt = nullptr;
     StatementCache *cache = nullptr;
     Entry *entry = nullptr;   // the cache's entry; null for a statement of this one call
-    bool lends_text = false;  // bound texts that stay the caller's
+    bool holds_text = false;  // texts are bound
 
     Statement() = default;
     Statement(const Statement &) = delete;
