@@ -523,7 +523,7 @@ QBDB_API int qbdb_find_ssh_public_key_id(qbdb_t *qbdb, sqlite3 *db, int32_t id);
  * @param db      The connection.
  * @param user_id Id of the user.
  * @param key     Text of the key.
- * @return Non-zero when it has.
+ * @return Non-zero when it has; -1 when the table cannot be read, so that no key is stored twice.
  */
 QBDB_API int qbdb_find_ssh_public_key_user_id_key(qbdb_t *qbdb, sqlite3 *db, int32_t user_id, const char *key);
 

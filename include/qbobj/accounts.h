@@ -56,7 +56,7 @@ struct AdminPassword {
 struct UserPassword {
     struct UserPassword *next; /**< Next element of the list, or null. */
     int32_t UserId;            /**< Id of the user. */
-    const char *Password; /**< New password in clear text; empty for none, with which nobody can log in by password. */
+    const char *Password;      /**< New password in clear text; "" for none: qbobj_setMyPassword() then fails. */
 };
 
 /** A user's change of the own password; all three texts are required. */

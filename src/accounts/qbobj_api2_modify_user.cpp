@@ -6,7 +6,7 @@
 #include "accounts/user_changes.h"
 #include "frame/pool.h"
 #include "frame/set_list.h"
-#include "legacy/password.h"
+#include "validate/validate.h"
 #include "validate/validate_db.h"
 
 namespace qb {
@@ -113,7 +113,7 @@ uint32_t set_password(CallContext *ctx, Change *change)
     const User *given = change->given;
     const char *hash = given->SysHash;
     if (!is_set(hash)) {
-        if (!given->Password || is_mask(given->Password)) return 0;
+        if (!given->Password || is_password_mask(given->Password)) return 0;
         TRY(hash_given_password(ctx, given->Password, &hash));
     }
     change->set.add("passwd='%q'", hash);

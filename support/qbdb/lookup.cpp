@@ -149,9 +149,10 @@ int qbdb_find_ssh_public_key_id(qbdb_t *qbdb, sqlite3 *db, int32_t id)
 int qbdb_find_ssh_public_key_user_id_key(qbdb_t *qbdb, sqlite3 *db, int32_t user_id, const char *key)
 {
     int32_t found = 0;
-    qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
-                               "SELECT 1 FROM ssh_public_key WHERE user_id=%d AND key=%Q LIMIT 1", user_id, key);
-    return found;
+    const int rc =
+        qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
+                                   "SELECT 1 FROM ssh_public_key WHERE user_id=%d AND key=%Q LIMIT 1", user_id, key);
+    return rc ? -1 : found;
 }
 
 int32_t qbdb_get_number_of_ssh_public_key(qbdb_t *qbdb, sqlite3 *db)

@@ -202,7 +202,23 @@ TEST_F(SshKeys, AddThatCannotLookUpAddsNothing)
 {
     fail_statement(1, 1, "injected", "FROM `$user`");
     expect_failure(836, "User id 100 does not exist", [&] { return add(); });
+    fail_statement(1, 1, "injected", "WHERE user_id=100 AND key=");
+    expect_failure(837, "The SSH public key already exists", [&] { return add(); });
     fail_statement(1, 1, "injected", "SELECT COUNT(*) FROM ssh_public_key");
+    expect_failure(842, "The number of SSH public key overflows. Maximum is 256.", [&] { return add(); });
+}
+
+TEST_F(SshKeys, AddLooksAtUserKeyAndLimitInOrder)
+{
+    ASSERT_EQ(add(), 0u) << err.message;
+    fill(255);
+    key.UserId = 50;  // whom nobody knows either
+    expect_failure(802, "Cannot add ssh public key for system reserved user id 50", [&] { return add(); });
+    key.UserId = 102;
+    expect_failure(836, "User id 102 does not exist", [&] { return add(); });
+    key.UserId = 100;
+    expect_failure(837, "The SSH public key already exists", [&] { return add(); });
+    key.Key = "BBBB";
     expect_failure(842, "The number of SSH public key overflows. Maximum is 256.", [&] { return add(); });
 }
 
@@ -283,6 +299,8 @@ TEST_F(SshKeys, ChangeFailures)
     key.Id = 1;
     expect_failure(838, "Key id 1 does not exist", [&] { return change(); });
     ASSERT_EQ(add(), 0u) << err.message;
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(838, "Key id 1 does not exist", [&] { return change(); });
     key.Title = "tablet";
     fail_statement(1, 1, "injected", "UPDATE `ssh_public_key`");
     expect_plain_failure(5, "Failed DB Query for 'UPDATE ssh_public_key'. injected", [&] { return change(); });
@@ -359,6 +377,8 @@ TEST_F(SshKeys, RemoveFailures)
     key.Id = 1;
     expect_failure(838, "Key id 1 does not exist", [&] { return remove(); });
     ASSERT_EQ(add(), 0u) << err.message;
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(838, "Key id 1 does not exist", [&] { return remove(); });
     fail_statement(1, 1, "injected", "DELETE FROM `ssh_public_key`");
     expect_failure(5, "Failed DB Query for 'DELETE ssh_public_key'. injected", [&] { return remove(); });
     for (const char *part : {"SELECT shell_access", "serve_for='rsync'", "UPDATE '$user'"}) {

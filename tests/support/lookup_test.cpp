@@ -218,7 +218,7 @@ TEST_F(Lookups, Keys)
     sql("DROP TABLE ssh_public_key");
     EXPECT_EQ(qbdb_get_number_of_ssh_public_key(qbdb, db), INT32_MAX) << "a limit holds";
     EXPECT_FALSE(qbdb_find_ssh_public_key_id(qbdb, db, 2));
-    EXPECT_FALSE(qbdb_find_ssh_public_key_user_id_key(qbdb, db, 0, "AAA"));
+    EXPECT_TRUE(qbdb_find_ssh_public_key_user_id_key(qbdb, db, 0, "AAA")) << "no key is stored twice";
     EXPECT_NE(qbdb_delete_ssh_public_key_by_uid(qbdb, db, 98), 0);
 }
 
