@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <map>
 #include <optional>
-#include <set>
 #include <unordered_map>
 
 #include "anomaly/anomaly.h"
 #include "anomaly/failing_vfs.h"
+#include "stress/stress.h"
 
 using namespace test;
 
@@ -19,11 +19,11 @@ namespace {
 
 // ---- Files as bytes
 
-std::string bytes_of(const std::string &path)
+/// `bytes` may hold the same file of earlier, whose room is used again.
+std::string bytes_of(const std::string &path, std::string bytes = "")
 {
-    std::string bytes;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) return bytes;
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return "";
     struct stat status;
     EXPECT_EQ(fstat(file, &status), 0);
     bytes.resize(static_cast<size_t>(status.st_size));
@@ -32,14 +32,29 @@ std::string bytes_of(const std::string &path)
     return bytes;
 }
 
-void put_bytes(const std::string &path, const std::string &bytes)
+constexpr size_t kBlock = 4096;
+
+/// Calls with each block of `bytes` that is not the same in `others`.
+template <class Use>
+void each_difference(const std::string &bytes, const std::string &others, Use use)
+{
+    for (size_t at = 0; at < bytes.size(); at += kBlock) {
+        const std::string_view block = std::string_view(bytes).substr(at, kBlock);
+        if (at >= others.size() || block != std::string_view(others).substr(at, kBlock)) use(at, block);
+    }
+}
+
+/// Writes a file that holds `present`, so far as it is not the same already.
+void put_bytes(const std::string &path, const std::string &bytes, const std::string &present = "")
 {
     if (bytes.empty()) {
         unlink(path.c_str());
         return;
     }
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-    EXPECT_EQ(write(file, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    each_difference(bytes, present, [&](size_t at, std::string_view block) {
+        EXPECT_EQ(pwrite(file, block.data(), block.size(), static_cast<off_t>(at)), static_cast<ssize_t>(block.size()));
+    });
     EXPECT_EQ(ftruncate(file, static_cast<off_t>(bytes.size())), 0);
     close(file);
 }
@@ -48,43 +63,79 @@ void put_bytes(const std::string &path, const std::string &bytes)
 struct Files {
     std::string database, log, journal;
 
-    static Files at(const std::string &path)
+    static Files at(const std::string &path, std::string room = "")
     {
-        return {bytes_of(path), bytes_of(path + "-wal"), bytes_of(path + "-journal")};
+        return {bytes_of(path, std::move(room)), bytes_of(path + "-wal"), bytes_of(path + "-journal")};
     }
-    void put(const std::string &path) const
+    void put(const std::string &path, const std::string &present = "") const
     {
         unlink((path + "-shm").c_str());
-        put_bytes(path, database);
+        put_bytes(path, database, present);
         put_bytes(path + "-wal", log);
         put_bytes(path + "-journal", journal);
     }
 };
 
-/// Reads files as the next process would: what is in them, or why they are not in order. What two sets of
-/// the same bytes hold is read once.
+/// Reads files as the next process would: what is in them, or why they are not in order. The same bytes are
+/// read once.
 class Reader {
 public:
     Reader(std::string path, const char *vfs) : path_(std::move(path)), vfs_(vfs) {}
 
-    const std::string &content(const Files &files)
+    /// `like` is what the files began as; the same object for the same files.
+    const std::string &content(const Files &files, const Files &like)
     {
-        const std::hash<std::string> hash;
-        const auto key = std::to_string(hash(files.database)) + " " + std::to_string(hash(files.log)) + " " +
-                         std::to_string(hash(files.journal));
-        auto at = known_.find(key);
-        if (at == known_.end()) at = known_.emplace(key, read(files)).first;
-        return at->second;
+        Known &known = known_[&like];
+        std::string key = difference(files.database, like.database) + " log" + difference(files.log, like.log) +
+                          " journal" + difference(files.journal, "");
+        auto at = known.files.find(key);
+        if (at == known.files.end()) at = known.files.emplace(std::move(key), &recovered(files, known)).first;
+        return *at->second;
     }
-    size_t read() const { return known_.size(); }
 
 private:
-    std::string read(const Files &files)
+    struct Known {
+        std::unordered_map<std::string, const std::string *> files;  // by how they differ from what they began as
+        std::unordered_map<std::string, std::string> contents;       // by how the database differs from the first
+        std::string first;
+    };
+
+    static std::string difference(const std::string &bytes, const std::string &like)
     {
-        files.put(path_);
+        std::string text = std::to_string(bytes.size());
+        each_difference(bytes, like,
+                        [&](size_t at, std::string_view block) { (text += " " + std::to_string(at) + " ") += block; });
+        return text;
+    }
+
+    sqlite3 *open_copy() const
+    {
         sqlite3 *db = nullptr;
         EXPECT_EQ(sqlite3_open_v2(path_.c_str(), &db, SQLITE_OPEN_READWRITE, vfs_), SQLITE_OK);
         EXPECT_EQ(sqlite3_exec(db, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr), SQLITE_OK);
+        return db;
+    }
+
+    /// Lets SQLite make one file of them, as it does when a database is opened after a crash and closed again.
+    const std::string &recovered(const Files &files, Known &known)
+    {
+        files.put(path_, on_disk_);
+        sqlite3 *db = open_copy();
+        const int rc = sqlite3_exec(db, "BEGIN IMMEDIATE; COMMIT", nullptr, nullptr, nullptr);
+        EXPECT_EQ(rc, SQLITE_OK) << sqlite3_errmsg(db);
+        EXPECT_EQ(sqlite3_close(db), SQLITE_OK);
+        EXPECT_NE(::access((path_ + "-wal").c_str(), F_OK), 0);
+        on_disk_ = bytes_of(path_, std::move(on_disk_));
+        if (known.first.empty()) known.first = on_disk_;
+        std::string key = difference(on_disk_, known.first);
+        auto at = known.contents.find(key);
+        if (at == known.contents.end()) at = known.contents.emplace(std::move(key), content()).first;
+        return at->second;
+    }
+
+    std::string content() const
+    {
+        sqlite3 *db = open_copy();
         std::string text = joined(rows(db, "PRAGMA integrity_check"));
         text = text == "ok\n" ? "" : "DAMAGED " + text;
         text += joined(rows(db, "SELECT type,name,sql FROM sqlite_schema ORDER BY type,name"));
@@ -119,7 +170,8 @@ private:
 
     std::string path_;
     const char *vfs_;
-    std::unordered_map<std::string, std::string> known_;
+    std::string on_disk_;
+    std::map<const Files *, Known> known_;
 };
 
 // ---- What is refused, on what, for how long
@@ -127,16 +179,27 @@ private:
 /// How the database keeps its changes until they are in their place.
 enum class Journal { log, checkpoint, rollback };
 
+template <class... Requests>
+constexpr unsigned set_of(Requests... requests)
+{
+    return (0u | ... | (1u << static_cast<unsigned>(requests)));
+}
+
 struct Way {
     Journal journal;
     const char *name;
-    const char *text;
+    unsigned requests;  // that a call makes
 };
 
+using enum Request;
+
 constexpr Way kWays[] = {
-    {Journal::log, "log", "a write-ahead log that holds everything"},
-    {Journal::checkpoint, "checkpoint", "a write-ahead log that each commit empties"},
-    {Journal::rollback, "rollback", "a rollback journal"},
+    // A write-ahead log from which everything is read and to which everything is added.
+    {Journal::log, "log", set_of(read, write, sync, index_lock)},
+    // A write-ahead log that each commit empties into the database.
+    {Journal::checkpoint, "checkpoint", set_of(read, write, sync, truncate, file_size, index_lock)},
+    // A journal of what was there before, as on a file system that cannot share memory.
+    {Journal::rollback, "rollback", set_of(open, access, remove, read, write, sync, file_size, lock)},
 };
 
 struct Trouble {
@@ -161,6 +224,12 @@ constexpr Trouble kTroubles[] = {
     {"index_locked", {Request::index_lock, SQLITE_BUSY}},
 };
 
+/// Whether a result code is that of a refusal. Who never gets a lock of the index is told so in other words.
+bool tells(int rc, const Refusal &refusal)
+{
+    return rc == (refusal.rc & 0xFF) || (rc == SQLITE_PROTOCOL && refusal.request == Request::index_lock);
+}
+
 enum class Span { once, call, close };
 
 struct Case {
@@ -173,22 +242,28 @@ void PrintTo(const Case &each, std::ostream *out)
     *out << each.way.name << " " << each.trouble.name;
 }
 
+void PrintTo(const Trouble &trouble, std::ostream *out)
+{
+    *out << trouble.name;
+}
+
 std::vector<Case> cases()
 {
     std::vector<Case> all;
     for (const Way &way : kWays)
-        for (const Trouble &trouble : kTroubles) all.push_back({way, trouble});
+        for (const Trouble &trouble : kTroubles)
+            if (way.requests & set_of(trouble.refusal.request)) all.push_back({way, trouble});
     return all;
 }
 
 // ---- The figures
 
 struct Figures {
-    long calls = 0;    // with a refusal in them
-    long answered = 0; // as if nothing had happened
-    long failed = 0;   // and said so
-    long commits = 0;  // failed
-    long late = 0;     // failed commits that a process which dies then finds stored
+    long calls = 0;     // with a refusal in them
+    long answered = 0;  // as if nothing had happened
+    long failed = 0;    // and said so
+    long commits = 0;   // failed
+    long late = 0;      // failed commits that a process which dies then finds stored
 };
 
 struct Summary : testing::Environment {
@@ -279,12 +354,38 @@ private:
 
 // ---- The tests
 
+/// Fails without filling the error record.
+constexpr char kSilent[] = "getUserHomeFolderTotalConsumedInByte";
+
+/// Reports that the allowance could not be written, and succeeds.
+constexpr char kReportsAndGoesOn[] = "addUser";
+
+/// Answers that do not tell of the failure. The last one's statement is not looked at, which is its custom; the
+/// others take a look-up that failed for one that found nothing.
+constexpr std::string_view kHidden[] = {
+    "addSshPublicKey (administrator): fails with 836 \"User id 98 does not exist\"",
+    "addSshPublicKey (administrator): fails with 842 \"The number of SSH public key overflows. Maximum is 256.\"",
+    "addSshPublicKey (user): fails with 836 \"User id 101 does not exist\"",
+    "addSshPublicKey (user): fails with 842 \"The number of SSH public key overflows. Maximum is 256.\"",
+    "deleteSshPublicKey (administrator): fails with 838 \"Key id 1 does not exist\"",
+    "deleteSshPublicKey (user): fails with 838 \"Key id 3 does not exist\"",
+    "deleteUser (two): fails with 8 \"Cannot delete user ssh public key (user_name=anna)\"",
+    "deleteUserByName: fails with 8 \"Cannot delete user ssh public key (user_name=bob)\"",
+    "setAccountDefault: fails with 8 \"Invalid HomeVolumeId.\"",
+    "setAccountDefault: fails with 8 \"Invalid group name (staff). Not exist.\"",
+    "setMyPassword: fails with 8 \"Invalid UserName.\"",
+    "setSshPublicKeyById (administrator): fails with 838 \"Key id 1 does not exist\"",
+    "setServiceEntry (removed): stores something else 0 \"\"",
+};
+
 struct InputOutput : testing::TestWithParam<Case> {
-    TemporaryDirectory directory;
+    const stress::Directory directory;  // in memory, where there is room for it
     FailingFiles files;
     const std::string path = directory.path + "/appliance.db";
     Reader reader{directory.path + "/copy.db", files.undisturbed()};
     std::map<Accounts, Files> appliances;
+    const Files *start = nullptr;
+    std::string on_disk;  // the database's file
     std::map<std::string, long> odd;
     Figures &figures = summary.figures[std::string(GetParam().way.name) + " " + GetParam().trouble.name];
 
@@ -312,7 +413,22 @@ struct InputOutput : testing::TestWithParam<Case> {
         }
     }
 
-    const std::string &stored() { return reader.content(Files::at(path)); }
+    /// The database that a set-up begins with, in its place.
+    void put(const Trial &setup)
+    {
+        start = &appliances[setup.accounts];
+        start->put(path, on_disk);
+        on_disk = start->database;
+    }
+
+    /// What another process would read now.
+    const std::string &stored()
+    {
+        Files now = Files::at(path, std::move(on_disk));
+        const std::string &content = reader.content(now, *start);
+        on_disk = std::move(now.database);
+        return content;
+    }
 
     /// The next call of a handle.
     static void expect_next_call_works(const Handle &handle)
@@ -324,20 +440,22 @@ struct InputOutput : testing::TestWithParam<Case> {
     Reference refer(const Trial &setup)
     {
         Reference reference;
-        appliances[setup.accounts].put(path);
+        put(setup);
         reference.before = stored();
         {
             const Handle handle(path, GetParam().way.journal);
             expect_next_call_works(handle);
         }
         reference.before_and_next = stored();
-        appliances[setup.accounts].put(path);
+        put(setup);
         {
             Handle handle(path, GetParam().way.journal);
             files.start(GetParam().trouble.refusal, 0, false);
             reference.answer = handle.call(setup);
             files.stop();
             reference.requests = files.count(GetParam().trouble.refusal.request);
+            for (unsigned i = 0; i < kRequests; i++)
+                EXPECT_TRUE(files.count(static_cast<Request>(i)) == 0 || GetParam().way.requests & 1u << i) << i;
             EXPECT_EQ(reference.answer.rc, setup.code) << reference.answer.message;
             EXPECT_EQ(handle.failed_commits, 0);
             reference.after = stored();
@@ -359,13 +477,16 @@ struct InputOutput : testing::TestWithParam<Case> {
     {
         const QbobjOperation &operation = operation_of(setup);
         if (!worked && answer.code == 0) {  // it could not begin
-            const int rc = GetParam().trouble.refusal.rc & 0xFF;
-            if (answer.rc != static_cast<uint32_t>(rc)) note(setup, answer, "begins with");
+            if (!tells(static_cast<int>(answer.rc), GetParam().trouble.refusal)) note(setup, answer, "begins with");
             return;
         }
         bool known;
-        if (operation.returns == QBOBJ_RETURNS_CODE) known = answer.rc == 5 && answer.code == 5 && !answer.message.empty();
-        else known = (answer.rc == 0xFFFFFFFF || (operation.returns == QBOBJ_RETURNS_ANSWER && answer.rc == 1)) && answer.code == 0;
+        if (!strcmp(setup.operation, kSilent)) known = answer.rc == 5 && answer.code == 0;
+        else if (operation.returns != QBOBJ_RETURNS_CODE)
+            known = (answer.rc == 0xFFFFFFFF || (operation.returns == QBOBJ_RETURNS_ANSWER && answer.rc == 1)) &&
+                    answer.code == 0;
+        else if (answer.rc == 0 && !strcmp(setup.operation, kReportsAndGoesOn)) known = answer.code == 5;
+        else known = answer.rc == 5 && answer.code == 5 && !answer.message.empty();
         if (!known) note(setup, answer, "fails with");
     }
 
@@ -375,7 +496,7 @@ struct InputOutput : testing::TestWithParam<Case> {
                      (span == Span::once   ? ", once"
                       : span == Span::call ? ", to the end of the call"
                                            : ", until closed"));
-        appliances[setup.accounts].put(path);
+        put(setup);
         std::optional<Handle> handle;
         handle.emplace(path, GetParam().way.journal);
         files.start(GetParam().trouble.refusal, nth, span != Span::once);
@@ -383,9 +504,9 @@ struct InputOutput : testing::TestWithParam<Case> {
         if (span != Span::close) files.stop();
         EXPECT_TRUE(files.refused());
         const std::string &left = stored();  // by a process that dies now
-        if (span != Span::close) expect_next_call_works(*handle);
         const bool worked = handle->worked;
         const bool commit_failed = handle->failed_commits > 0;
+        if (span != Span::close) expect_next_call_works(*handle);
         handle.reset();
         files.stop();
         EXPECT_EQ(files.held(), 0);
@@ -399,7 +520,7 @@ struct InputOutput : testing::TestWithParam<Case> {
             EXPECT_NE(answer.rc, 0u);
             expected.rc = answer.rc;
         }
-        if (answer.rc != expected.rc || answer.code != expected.code) {
+        if (answer.rc != expected.rc || answer.code != expected.code || answer.message != expected.message) {
             figures.failed++;
             check_failure(setup, answer, worked);
             EXPECT_TRUE(left == reference.before);
@@ -421,19 +542,167 @@ struct InputOutput : testing::TestWithParam<Case> {
 
 TEST_P(InputOutput, EachFails)
 {
+    int setups = 0;
     for (const Trial &setup : kSetups) {
+        const bool changes = operation_of(setup).changes;
+        if (!changes && GetParam().way.journal == Journal::rollback) continue;
         std::optional<ListFile> list;
         if (!strcmp(setup.operation, "checkUserList")) list.emplace().write(kUserList);
         const Reference reference = refer(setup);
-        for (const Span span : {Span::once, Span::call, Span::close})
+        for (const Span span : {Span::once, Span::call, Span::close}) {
+            // A call that changes nothing leaves nothing for closing to do.
+            if (span == Span::close && (!changes || GetParam().way.journal == Journal::rollback)) continue;
             for (long n = 1; n <= reference.requests; n++) refuse(setup, reference, n, span);
+        }
+        setups += reference.requests > 0;
     }
-    for (const auto &[what, times] : odd) printf("ODD %s (%ld times)\n", what.c_str(), times);
-    printf("%s: %ld requests refused, %zu different states read\n", GetParam().trouble.name, figures.calls, reader.read());
+    EXPECT_GT(setups, 0);
+    for (const auto &[what, times] : odd)
+        if (std::find(std::begin(kHidden), std::end(kHidden), what) == std::end(kHidden))
+            ADD_FAILURE() << what << " (" << times << " times)";
 }
 
 INSTANTIATE_TEST_SUITE_P(, InputOutput, testing::ValuesIn(cases()), [](const auto &info) {
     return std::string(info.param.way.name) + "_" + info.param.trouble.name;
 });
+
+// ---- Opening
+
+/// What is found where a database is opened.
+struct Found {
+    const char *name;
+    unsigned mode;
+    bool log;   // the process before died
+    bool file;  // there is a database
+};
+
+constexpr Found kFound[] = {
+    {"closed", QBDB_OPEN_EXISTING, false, true},
+    {"abandoned", QBDB_OPEN_EXISTING, true, true},
+    {"closed, for reading", QBDB_OPEN_READONLY, false, true},
+    {"abandoned, for reading", QBDB_OPEN_READONLY, true, true},
+    {"nothing", QBDB_OPEN_CREATE, false, false},
+};
+
+struct Opening : testing::TestWithParam<Trouble> {
+    const stress::Directory directory;
+    FailingFiles files;
+    const std::string path = directory.path + "/appliance.db";
+    Reader reader{directory.path + "/copy.db", files.undisturbed()};
+    Figures &figures = summary.figures[std::string("opening ") + GetParam().name];
+
+    int open_database(unsigned mode, qbdb_t **qbdb, sqlite3 **db, std::string *why = nullptr) const
+    {
+        char text[256] = "";
+        sqlite3_randomness(0, nullptr);
+        const int rc = qbdb_open(path.c_str(), mode, "tank", qbdb, db, text, sizeof text);
+        if (why) *why = text;
+        return rc;
+    }
+
+    Files make(const Found &found) const
+    {
+        if (!found.file) return {};
+        qbdb_t *qbdb = nullptr;
+        sqlite3 *db = nullptr;
+        Files{}.put(path);
+        EXPECT_EQ(open_database(QBDB_OPEN_CREATE, &qbdb, &db), 0);
+        EXPECT_EQ(sqlite3_exec(db, kPopulation, nullptr, nullptr, nullptr), SQLITE_OK);
+        const Files open = Files::at(path);
+        qbdb_close(qbdb);
+        return found.log ? open : Files::at(path);
+    }
+
+    /// The database has to be usable, and to be what it would be without the failure.
+    void expect_usable(const Found &found, const Files &start, const std::string &expected, bool created)
+    {
+        qbdb_t *qbdb = nullptr;
+        sqlite3 *db = nullptr;
+        std::string why;
+        int rc = open_database(found.mode, &qbdb, &db, &why);
+        if (found.mode == QBDB_OPEN_CREATE && rc == SQLITE_CANTOPEN) {  // it was made whole before the failure
+            created = true;
+            rc = open_database(QBDB_OPEN_EXISTING, &qbdb, &db, &why);
+        }
+        EXPECT_EQ(rc, 0) << why << (created ? ", made by the first" : "");
+        if (rc == 0) {
+            ErrorInfo info{};
+            if (found.mode != QBDB_OPEN_READONLY) {
+                EXPECT_EQ(setRegistryEntry(qbdb, db, "next", "1", &info), 0u);
+            }
+        }
+        qbdb_close(qbdb);
+        EXPECT_EQ(files.held(), 0);
+        EXPECT_TRUE(reader.content(Files::at(path), start) == expected);
+    }
+
+    void refuse(const Found &found, const Files &start, const std::string &expected, long nth, bool on)
+    {
+        SCOPED_TRACE(std::string(found.name) + ", request " + std::to_string(nth) + (on ? " and all after it" : ""));
+        start.put(path);
+        qbdb_t *qbdb = nullptr;
+        sqlite3 *db = nullptr;
+        std::string why;
+        files.start(GetParam().refusal, nth, on);
+        const int rc = open_database(found.mode, &qbdb, &db, &why);
+        files.stop();
+        EXPECT_TRUE(files.refused());
+        figures.calls++;
+        (rc ? figures.failed : figures.answered)++;
+        EXPECT_TRUE(rc == 0 || tells(rc, GetParam().refusal)) << rc << " " << why;
+        EXPECT_EQ(rc == 0, qbdb != nullptr);
+        EXPECT_EQ(rc == 0, db != nullptr);
+        EXPECT_EQ(rc == 0, why.empty());
+        EXPECT_EQ(rc == 0, files.held() > 0);
+        qbdb_close(qbdb);
+        expect_usable(found, start, expected, rc == 0);
+    }
+};
+
+TEST_P(Opening, EachFails)
+{
+    for (const Found &found : kFound) {
+        const Files start = make(found);
+        start.put(path);
+        qbdb_t *qbdb = nullptr;
+        sqlite3 *db = nullptr;
+        files.start(GetParam().refusal, 0, false);
+        EXPECT_EQ(open_database(found.mode, &qbdb, &db), 0);
+        files.stop();
+        const long requests = files.count(GetParam().refusal.request);
+        qbdb_close(qbdb);
+        start.put(path);
+        if (found.mode == QBDB_OPEN_CREATE) {
+            EXPECT_EQ(open_database(found.mode, &qbdb, &db), 0);
+            qbdb_close(qbdb);
+        }
+        std::string expected = reader.content(Files::at(path), start);
+        if (found.mode != QBDB_OPEN_READONLY) {
+            EXPECT_EQ(open_database(QBDB_OPEN_EXISTING, &qbdb, &db), 0);
+            ErrorInfo info{};
+            EXPECT_EQ(setRegistryEntry(qbdb, db, "next", "1", &info), 0u);
+            qbdb_close(qbdb);
+            expected = reader.content(Files::at(path), start);
+        }
+        EXPECT_EQ(expected.find("DAMAGED"), std::string::npos);
+        for (const bool on : {false, true}) {
+            if (on && GetParam().refusal.rc == SQLITE_BUSY) continue;  // that is waiting until the time is over
+            for (long n = 1; n <= requests; n++) refuse(found, start, expected, n, on);
+        }
+    }
+    EXPECT_GT(figures.calls, 0);
+}
+
+/// Opening truncates nothing.
+std::vector<Trouble> opening_troubles()
+{
+    std::vector<Trouble> all;
+    for (const Trouble &trouble : kTroubles)
+        if (trouble.refusal.request != Request::truncate) all.push_back(trouble);
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(, Opening, testing::ValuesIn(opening_troubles()),
+                         [](const auto &info) { return info.param.name; });
 
 }  // namespace
