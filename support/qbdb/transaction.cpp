@@ -88,7 +88,7 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
         why = sqlite3_errmsg(db);
     }
     // Who does not look at the result finds it here.
-    if (qbdb->log_level > 1) qbdb_log(qbdb, file, line, 2, 0, "Failed to commit, rolled back. %s", why);
+    if (qbdb->log_level > 1) qbdb_log(qbdb, file, line, 2, 0, "Failed to commit, rolled back. %s\n", why);
     roll_back(call);
     return static_cast<uint32_t>(rc);
 }

@@ -165,8 +165,8 @@ TEST_F(Transactions, AFailedCommitIsLogged)
         EXPECT_EQ(commit(db), 0u);
         ASSERT_EQ(log.size(), level == 1 ? 0u : 2u);
         if (level == 1) continue;
-        EXPECT_EQ(log[0].text, "Failed to commit, rolled back. constraint failed");
-        EXPECT_EQ(log[1].text, "Failed to commit, rolled back. no room");
+        EXPECT_EQ(log[0].text, "Failed to commit, rolled back. constraint failed\n");
+        EXPECT_EQ(log[1].text, "Failed to commit, rolled back. no room\n");
         EXPECT_EQ(log[0].file, "f.cpp");
         EXPECT_EQ(log[0].line, 2u);
         EXPECT_EQ(log[0].level, 2u);
