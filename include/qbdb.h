@@ -254,8 +254,8 @@ QBDB_API void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t l
 QBDB_API uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
 
 /**
- * Commits the transaction that qbdb_sql_begin began. When that fails the transaction is rolled back:
- * nothing stays open.
+ * Commits the transaction that qbdb_sql_begin began. When that fails the transaction is rolled back,
+ * nothing stays open, and the reason is logged at level 2.
  * @param qbdb  The handle.
  * @param db    The connection.
  * @param flags 0.
