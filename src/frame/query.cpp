@@ -41,10 +41,7 @@ uint64_t Rows::uint64(int row, int column) const
 
 const char *Rows::text(const CallContext *ctx, int row, int column) const
 {
-    const char *text = cell(row, column);
-    const char *copy = copy_text(ctx, text);
-    if (text && !copy) short_of_memory = true;
-    return copy;
+    return copy_text(ctx, cell(row, column));
 }
 
 const char *Rows::word(const CallContext *ctx, int row, int column) const

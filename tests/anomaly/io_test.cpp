@@ -374,17 +374,6 @@ constexpr std::string_view kHidden[] = {
     // any failure to remove the keys is told so
     "deleteUser (two): fails with 8 \"Cannot delete user ssh public key (user_name=anna)\"",
     "deleteUserByName: fails with 8 \"Cannot delete user ssh public key (user_name=bob)\"",
-    // a look-up that failed is taken for one that found nothing
-    "addSshPublicKey (administrator): fails with 836 \"User id 98 does not exist\"",
-    "addSshPublicKey (administrator): fails with 842 \"The number of SSH public key overflows. Maximum is 256.\"",
-    "addSshPublicKey (user): fails with 836 \"User id 101 does not exist\"",
-    "addSshPublicKey (user): fails with 842 \"The number of SSH public key overflows. Maximum is 256.\"",
-    "deleteSshPublicKey (administrator): fails with 838 \"Key id 1 does not exist\"",
-    "deleteSshPublicKey (user): fails with 838 \"Key id 3 does not exist\"",
-    "setAccountDefault: fails with 8 \"Invalid HomeVolumeId.\"",
-    "setAccountDefault: fails with 8 \"Invalid group name (staff). Not exist.\"",
-    "setMyPassword: fails with 8 \"Invalid UserName.\"",
-    "setSshPublicKeyById (administrator): fails with 838 \"Key id 1 does not exist\"",
 };
 
 struct InputOutput : testing::TestWithParam<Case> {

@@ -96,7 +96,7 @@ TEST_F(Query, TextsAreCopiedIntoThePool)
             text[i] = rows.text(&ctx, i, 0);
             word[i] = rows.word(&ctx, i, 0);
         }
-        EXPECT_FALSE(rows.short_of_memory);
+        EXPECT_FALSE(ctx.short_of_memory);
     }
     EXPECT_STREQ(text[0], "a");
     EXPECT_EQ(text[1], nullptr);
