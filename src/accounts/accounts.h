@@ -15,6 +15,9 @@ inline constexpr int32_t kAdminId = 98;
 inline constexpr int32_t kDefaultGroupId = 99;
 /// How many users may have a Time Machine allowance.
 inline constexpr int32_t kMostTimeMachineUsers = 16;
+/// What is reported of a look-up that failed: a database that does not answer has not said that there is no
+/// such row.
+inline constexpr char kLookUpFailed[] = "Look-up failed.";
 
 /// Reads whether the CIFS service runs in directory mode (1) or not (0).
 uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads);

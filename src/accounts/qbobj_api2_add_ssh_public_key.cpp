@@ -10,7 +10,7 @@ uint32_t check_new_key(CallContext *ctx, sqlite3 *db, const SshPublicKey *key)
     if (key->UserId < kLowestId && key->UserId != kAdminId)
         return REPORT(ctx, 802, "Cannot add ssh public key for system reserved user id %d", key->UserId);
     const int user = qbdb_find_user_id(ctx->qbdb, db, key->UserId);
-    if (user < 0) return REPORT(ctx, 5, "Failed DB Query for user. %s", "Look-up failed.");
+    if (user < 0) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
     if (!user) return REPORT(ctx, 836, "User id %d does not exist", key->UserId);
     const int stored = qbdb_find_ssh_public_key_user_id_key(ctx->qbdb, db, key->UserId, key->Key);
     if (stored < 0) return key_lookup_failed(ctx);

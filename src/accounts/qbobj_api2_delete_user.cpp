@@ -73,7 +73,7 @@ uint32_t delete_by_name(CallContext *ctx, sqlite3 *db, User *user)
 {
     int32_t id = 0;
     const int32_t rc = check_name_id(ctx, db, NameCheck::local_user, user->UserName, &id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", "Look-up failed.");
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
     if (rc != kFound) return REPORT(ctx, 8, "Invalid resource_id (%d). Not exist.", id);
     StoredUser stored;
     TRY(read_stored_user(ctx, db, id, &stored));

@@ -64,7 +64,7 @@ uint32_t check_name_is_free(CallContext *ctx, sqlite3 *db, const Change *change)
     int32_t owner = 0;
     const int32_t rc =
         check_name_id(ctx, db, change->ads ? NameCheck::domain_user : NameCheck::local_user, change->name, &owner);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", "Look-up failed.");
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
     if (rc == kFound && owner != change->id)
         return REPORT(ctx, 801, "Cannot rename to user which already exists (%s).", change->name);
     return 0;
@@ -144,7 +144,7 @@ uint32_t set_access(CallContext *ctx, sqlite3 *db, Change *change)
     const User *given = change->given;
     const char *shell = nullptr;
     if (login_shell(ctx, db, change->id, given->ShellAccess, &shell))
-        return REPORT(ctx, 5, "Failed DB Query for ssh_public_key. %s", "Look-up failed.");
+        return REPORT(ctx, 5, "Failed DB Query for ssh_public_key. %s", kLookUpFailed);
     change->set.add("is_locked=%d", given->IsLocked);
     change->set.add("shell='%q'", shell);
     change->set.add("shell_access=%d", given->ShellAccess);

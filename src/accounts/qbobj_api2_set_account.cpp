@@ -1,4 +1,5 @@
 // Writing the defaults for new accounts.
+#include "accounts/accounts.h"
 #include "accounts/passwords.h"
 #include "frame/query.h"
 #include "validate/validate_db.h"
@@ -6,12 +7,10 @@
 namespace qb {
 namespace {
 
-constexpr char kNoAnswer[] = "Look-up failed.";
-
 uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *volume)
 {
     const int32_t rc = check_volume(ctx, db, volume);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for _volume. %s", kNoAnswer);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for _volume. %s", kLookUpFailed);
     return rc == kFound ? 0 : REPORT(ctx, 8, "Invalid HomeVolumeId.");
 }
 
@@ -20,7 +19,7 @@ uint32_t require_group(CallContext *ctx, sqlite3 *db, const char *name, int32_t 
 {
     int32_t rc = check_name_id(ctx, db, NameCheck::local_group, name, id);
     if (rc == kNotFound) rc = check_name_id(ctx, db, NameCheck::domain_group, name, id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for group. %s", kNoAnswer);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for group. %s", kLookUpFailed);
     return rc == kFound ? 0 : REPORT(ctx, 8, "Invalid group name (%s). Not exist.", name);
 }
 

@@ -44,7 +44,7 @@ uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id)
 
 uint32_t key_lookup_failed(CallContext *ctx)
 {
-    return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, "Look-up failed.");
+    return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, kLookUpFailed);
 }
 
 uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title)

@@ -14,9 +14,6 @@ namespace {
 
 constexpr size_t kAliasSize = 32;
 
-// A database that does not answer has not said that there is no such row.
-constexpr char kNoAnswer[] = "Look-up failed.";
-
 }  // namespace
 
 uint32_t check_given_user_name(CallContext *ctx, int32_t ads, const char *name, const char *too_long)
@@ -52,7 +49,7 @@ uint32_t hash_given_password(CallContext *ctx, const char *password, const char 
 uint32_t resolve_group(CallContext *ctx, sqlite3 *db, int32_t ads, const char *name, int32_t *id)
 {
     const int32_t rc = check_name_id(ctx, db, ads ? NameCheck::domain_group : NameCheck::local_group, name, id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for group. %s", kNoAnswer);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for group. %s", kLookUpFailed);
     if (rc != kFound) return REPORT(ctx, 8, "Invalid GroupName (%s)", name);
     return 0;
 }
@@ -61,7 +58,7 @@ uint32_t require_user(CallContext *ctx, sqlite3 *db, int32_t id, const char *too
 {
     if (id < 1) return REPORT(ctx, 8, too_low, id);
     const int32_t rc = check_id(ctx, db, IdCheck::user, id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kNoAnswer);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
     if (rc != kFound) return REPORT(ctx, 8, "Invalid resource_id (%d). Not exist.", id);
     return 0;
 }
@@ -95,7 +92,7 @@ uint32_t check_alias_clash(CallContext *ctx, sqlite3 *db, const char *user_name)
 {
     const char *owner = nullptr;
     const int32_t rc = check_name(ctx, db, NameCheck::alias, user_name, &owner);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for smb_username_map. %s", kNoAnswer);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for smb_username_map. %s", kLookUpFailed);
     if (rc == kFound && strcmp(or_empty(owner), user_name) != 0)
         return REPORT(ctx, 845,
                       "Cannot create or rename user. Username %s is already in use as an alias for Skyloft user %s.",
