@@ -356,13 +356,19 @@ TEST_F(Program, DescribesEveryOperationAndType)
         const Result described = run({"describe", row->name});
         EXPECT_EQ(described.status, 0) << described.err;
         for (uint32_t i = 0; i < row->count; i++) EXPECT_THAT(described.out, HasSubstr(row->arguments[i].name));
+        EXPECT_THAT(described.out, Not(HasSubstr("the message says why"))) << "a code without its meaning";
     }
     const Result operation = run({"describe", "addLog"});
     EXPECT_THAT(operation.out,
                 StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
     EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
     EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
-    EXPECT_THAT(run({"describe", "addUser"}).out, HasSubstr("  801, 802, 8"));
+    EXPECT_THAT(run({"describe", "addUser"}).out,
+                HasSubstr("Codes\n"
+                          "  5    a database statement failed\n"
+                          "  8    an argument is missing, malformed, or refers to nothing\n"
+                          "  801  the user name is taken\n"
+                          "  802  the user id is taken, or the system's own\n"));
     EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));
