@@ -169,7 +169,7 @@ std::vector<Case> write_cases(bool quick)
 {
     static constexpr char kRemoveUsers[] =
         "BEGIN; DELETE FROM `$user` WHERE uname GLOB 'new[0-9]*'; DELETE FROM `$home_folder` WHERE user_id<2000 OR "
-        "user_id>=3000; UPDATE account_default SET next_uid=100; COMMIT";
+        "user_id>=3000; UPDATE account_default SET next_uid=3000; COMMIT";
     std::vector<Case> cases;
     const auto bed = std::make_shared<LazyBed>(LazyBed{{.users = 1000}, nullptr});
     const int chained = quick ? 100 : 1000;

@@ -254,8 +254,8 @@ QBDB_API void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t l
 QBDB_API uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
 
 /**
- * Commits the transaction that qbdb_sql_begin began. When that fails the transaction is rolled back:
- * nothing stays open.
+ * Commits the transaction that qbdb_sql_begin began. When that fails the transaction is rolled back,
+ * nothing stays open, and the reason is logged at level 2.
  * @param qbdb  The handle.
  * @param db    The connection.
  * @param flags 0.
@@ -504,7 +504,7 @@ QBDB_API int qbdb_util_get_domain_gname_by_gid(qbdb_t *qbdb, sqlite3 *db, int32_
  * @param qbdb The handle.
  * @param db   The connection.
  * @param id   Id of the user.
- * @return Non-zero when it does.
+ * @return 1 when it does, 0 when not, -1 when the table cannot be read.
  */
 QBDB_API int qbdb_find_user_id(qbdb_t *qbdb, sqlite3 *db, int32_t id);
 
@@ -513,7 +513,7 @@ QBDB_API int qbdb_find_user_id(qbdb_t *qbdb, sqlite3 *db, int32_t id);
  * @param qbdb The handle.
  * @param db   The connection.
  * @param id   Row id of the key.
- * @return Non-zero when it does.
+ * @return 1 when it does, 0 when not, -1 when the table cannot be read.
  */
 QBDB_API int qbdb_find_ssh_public_key_id(qbdb_t *qbdb, sqlite3 *db, int32_t id);
 
@@ -523,7 +523,7 @@ QBDB_API int qbdb_find_ssh_public_key_id(qbdb_t *qbdb, sqlite3 *db, int32_t id);
  * @param db      The connection.
  * @param user_id Id of the user.
  * @param key     Text of the key.
- * @return Non-zero when it has.
+ * @return 1 when it has, 0 when not, -1 when the table cannot be read: who tests for 0 alone then stores no key twice.
  */
 QBDB_API int qbdb_find_ssh_public_key_user_id_key(qbdb_t *qbdb, sqlite3 *db, int32_t user_id, const char *key);
 
@@ -531,7 +531,7 @@ QBDB_API int qbdb_find_ssh_public_key_user_id_key(qbdb_t *qbdb, sqlite3 *db, int
  * Number of SSH public keys stored, the administrator's mirrored keys counted too.
  * @param qbdb The handle.
  * @param db   The connection.
- * @return The number; INT32_MAX when the table cannot be read, so that a limit holds.
+ * @return The number; -1 when the table cannot be read.
  */
 QBDB_API int32_t qbdb_get_number_of_ssh_public_key(qbdb_t *qbdb, sqlite3 *db);
 
@@ -561,7 +561,7 @@ QBDB_API int qbdb_valid_smb_username_map_type(const char *type);
  * Reads whether directory users are looked up live instead of being synchronised.
  * @param qbdb The handle.
  * @param db   The connection.
- * @return `service_cifs.no_sync_ads`; 0 when it cannot be read.
+ * @return 1 when `service_cifs.no_sync_ads` is set, 0 when not, -1 when it cannot be read.
  */
 QBDB_API int32_t qbdb_get_no_sync_ads(qbdb_t *qbdb, sqlite3 *db);
 

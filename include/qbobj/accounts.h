@@ -57,7 +57,7 @@ struct AdminPassword {
 struct UserPassword {
     struct UserPassword *next; /**< Next element of the list, or null. */
     int32_t UserId;            /**< Id of the user. */
-    const char *Password; /**< New password in clear text; empty for none, with which nobody can log in by password. */
+    const char *Password;      /**< New password in clear text; "" for none: qbobj_setMyPassword() then fails. */
 };
 
 /** A user's change of the own password; all three texts are required. */
@@ -553,7 +553,7 @@ QBOBJ_API uint32_t qbobj_modifyGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Er
  * @param db    Connection.
  * @param admin Out: the settings; not null.
  * @param err   Out: error record, not null.
- * @return 0; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t qbobj_getAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err);
 
@@ -564,7 +564,7 @@ QBOBJ_API uint32_t qbobj_getAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPasswo
  * @param db    Connection.
  * @param admin In: the settings; not null.
  * @param err   Out: error record, not null.
- * @return 0; 5 database failure; 8 a password that cannot be hashed (512 bytes or more).
+ * @return 0; 2 no memory; 5 database failure; 8 a password that cannot be hashed (512 bytes or more).
  */
 QBOBJ_API uint32_t qbobj_setAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPassword *admin, ErrorInfo *err);
 
@@ -575,7 +575,7 @@ QBOBJ_API uint32_t qbobj_setAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPasswo
  * @param db   Connection.
  * @param pw   In: the user and the password; not null. A chain is not followed.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure; 8 no password, or one that cannot be hashed (512 bytes or more).
+ * @return 0; 2 no memory; 5 database failure; 8 no password, or one that cannot be hashed (512 bytes or more).
  */
 QBOBJ_API uint32_t qbobj_setUserPassword(qbdb_t *qbdb, sqlite3 *db, UserPassword *pw, ErrorInfo *err);
 
@@ -586,8 +586,8 @@ QBOBJ_API uint32_t qbobj_setUserPassword(qbdb_t *qbdb, sqlite3 *db, UserPassword
  * @param db   Connection.
  * @param pw   In: the user, the old and the new password; not null. A chain is not followed.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure; 8 an empty field, a new password that cannot be hashed (512 bytes or
- *         more), an unknown user, or a wrong old password.
+ * @return 0; 2 no memory; 5 database failure; 8 an empty field, a new password that cannot be hashed (512 bytes
+ *         or more), an unknown user, or a wrong old password.
  */
 QBOBJ_API uint32_t qbobj_setMyPassword(qbdb_t *qbdb, sqlite3 *db, MyPassword *pw, ErrorInfo *err);
 
@@ -597,7 +597,7 @@ QBOBJ_API uint32_t qbobj_setMyPassword(qbdb_t *qbdb, sqlite3 *db, MyPassword *pw
  * @param db   Connection.
  * @param def  Out: the defaults; not null.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure, or there are no defaults in the database.
+ * @return 0; 2 no memory; 5 database failure, or there are no defaults in the database.
  */
 QBOBJ_API uint32_t qbobj_getAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDefault *def, ErrorInfo *err);
 
@@ -617,7 +617,7 @@ QBOBJ_API uint32_t qbobj_setAccountDefault(qbdb_t *qbdb, sqlite3 *db, AccountDef
  * @param db       Connection.
  * @param security Out: the settings; not null.
  * @param err      Out: error record, not null.
- * @return 0; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t qbobj_getSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err);
 
@@ -628,8 +628,8 @@ QBOBJ_API uint32_t qbobj_getSecurity(qbdb_t *qbdb, sqlite3 *db, Security *securi
  * @param db       Connection.
  * @param security In: the settings; not null.
  * @param err      Out: error record, not null.
- * @return 0; 5 database failure, or settings too long to be written at once (some 500 bytes); 8 neither
- *         "user" nor "ads"; 819 bad workgroup; with "ads" 820 bad realm, 833 bad login server.
+ * @return 0; 2 no memory; 5 database failure, or settings too long to be written at once (some 500 bytes); 8
+ *         neither "user" nor "ads"; 819 bad workgroup; with "ads" 820 bad realm, 833 bad login server.
  */
 QBOBJ_API uint32_t qbobj_setSecurity(qbdb_t *qbdb, sqlite3 *db, Security *security, ErrorInfo *err);
 
@@ -649,7 +649,7 @@ QBOBJ_API uint32_t qbobj_setSecurityIdmapBackend(qbdb_t *qbdb, sqlite3 *db, cons
  * @param db       Connection.
  * @param progress Out: the progress; not null.
  * @param err      Out: error record, not null.
- * @return 0; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t qbobj_getSecurityAdsProgress(qbdb_t *qbdb, sqlite3 *db, SecurityAdsProgress *progress,
                                                 ErrorInfo *err);
@@ -700,7 +700,7 @@ QBOBJ_API uint32_t qbobj_setSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, SshPubli
  * @param id   Id of the key.
  * @param key  Out: the key; its link is left alone. Not null.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure; 838 no such key.
+ * @return 0; 2 no memory; 5 database failure; 838 no such key.
  */
 QBOBJ_API uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key, ErrorInfo *err);
 
@@ -711,7 +711,7 @@ QBOBJ_API uint32_t qbobj_getSshPublicKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t 
  * @param id   Id of the administrator's key.
  * @param key  Out: root's key; its link is left alone. Not null.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure; 838 not a key of the administrator, or there is no twin.
+ * @return 0; 2 no memory; 5 database failure; 838 not a key of the administrator, or there is no twin.
  */
 QBOBJ_API uint32_t qbobj_getSshPublicKeyTiedRootKeyById(qbdb_t *qbdb, sqlite3 *db, int32_t id, SshPublicKey *key,
                                                         ErrorInfo *err);
@@ -746,11 +746,11 @@ QBOBJ_API uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, Ss
  *             are filled in as each user is created, and keep that when a later one fails; a user whose
  *             allowance failed gets no `resource_id`.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure, an unknown share of a quota, or no id is free; 8 a missing or bad name, a
- *         password that cannot be hashed (512 bytes or more), a bad e-mail address, an unknown group or
- *         volume, or an id out of range; 801 the name is taken, be it by a removed user; 802 the id is
- *         taken; 806 the name is too long; 809 it is reserved; 834 it is a remote user's; 843 too many
- *         Time Machine users; 845 the name is another user's alias.
+ * @return 0; 2 no memory; 5 database failure, an unknown share of a quota, or no id is free; 8 a missing or bad
+ *         name, a password that cannot be hashed (512 bytes or more), a bad e-mail address, an unknown group
+ *         or volume, or an id out of range; 801 the name is taken, be it by a removed user; 802 the id is
+ *         taken; 806 the name is too long; 809 it is reserved; 834 it is a remote user's; 843 too many Time
+ *         Machine users; 845 the name is another user's alias.
  */
 QBOBJ_API uint32_t qbobj_addUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInfo *err);
 

@@ -47,7 +47,7 @@ typedef struct FolderAttribute {
  * @param path Absolute path of the folder, without a slash at the end; null matches nothing.
  * @param attr Out: the answer; all zero with a null comment when the folder is neither, and on failure.
  * @param err  Out: error record.
- * @return 0, also when the folder is neither; 5 database failure.
+ * @return 0, also when the folder is neither; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t getFolderAttribute(qbdb_t *qbdb, sqlite3 *db, const char *path, FolderAttribute *attr,
                                       ErrorInfo *err);
@@ -73,7 +73,7 @@ QBOBJ_API uint32_t getServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, c
  * @param val  Its value; null removes it. A value for "LANGUAGE" becomes part of the statement as it is
  *             and must come from a trusted source.
  * @param err  Out: error record.
- * @return 0; 5 database failure; 8 language not supported (also a null one).
+ * @return 0; 2 no memory; 5 database failure; 8 language not supported (also a null one).
  */
 QBOBJ_API uint32_t setServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char *val, ErrorInfo *err);
 

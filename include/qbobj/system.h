@@ -120,7 +120,7 @@ QBOBJ_API uint32_t qbobj_getLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, LogE
  * @param db    Connection.
  * @param query The filter; null deletes all entries.
  * @param err   Out: error record, not null.
- * @return 0; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t qbobj_deleteLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, ErrorInfo *err);
 
@@ -204,8 +204,8 @@ QBOBJ_API uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const
  * @param nif  Name addresses the interface; the other fields are the new values. When no interface has
  *             the Name nothing happens.
  * @param err  Out: error record, not null.
- * @return 0, also when nothing was given or found; 5 database failure, or values of more than about 400
- *         bytes together; 8 no Name, or a bad field.
+ * @return 0, also when nothing was given or found; 2 no memory; 5 database failure, or values of more than
+ *         some 450 bytes together; 8 no Name, or a bad field.
  */
 QBOBJ_API uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err);
 

@@ -215,7 +215,7 @@ typedef struct QbobjType {
 QBOBJ_API const QbobjType *qbobj_types(void);
 
 /**
- * Looks a type up by its exact name.
+ * Looks a type of qbobj_types() up by its exact name.
  * @param name Name of the type; null finds nothing.
  * @return Its field table (static), or null.
  */

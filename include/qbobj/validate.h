@@ -106,7 +106,7 @@ QBOBJ_API int32_t qbobj_validate_ip(const char *ip);
 QBOBJ_API int32_t qbobj_validate_share_comment(const char *comment);
 
 /**
- * Looks up whether a share of a name exists.
+ * Looks up whether a share of a name exists; ASCII letters are compared without regard to case.
  *
  * Runs one query on the connection, outside or inside a transaction of the caller's; nothing is changed.
  *

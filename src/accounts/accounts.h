@@ -29,6 +29,9 @@ void build_page(const AccountQuery *query, PageClause &clause);
 /// Reads whether the CIFS service runs in directory mode (1) or not (0).
 uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads);
 
+/// Reads whether directory users are looked up live instead of being synchronised (not 0).
+uint32_t read_no_sync_ads(CallContext *ctx, sqlite3 *db, int32_t *no_sync);
+
 /// Appends a user's per-share quotas to a list.
 uint32_t read_user_quotas(CallContext *ctx, sqlite3 *db, int32_t user_id, Quota **head);
 

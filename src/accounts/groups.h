@@ -6,12 +6,12 @@
 
 namespace qb {
 
-uint32_t x_qbobj_getGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id);
-uint32_t x_qbobj_getGroupName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name);
-uint32_t x_qbobj_getPrimaryGID(CallContext *ctx, sqlite3 *db, const char *userName, int32_t *id);
-uint32_t x_qbobj_getPosixGID(CallContext *ctx, sqlite3 *db, const char *name);
-uint32_t x_qbobj_getPosixGIDbyGID(CallContext *ctx, sqlite3 *db, int32_t id);
-uint32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userName, const char *groupName);
+int32_t x_qbobj_getGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id);
+int32_t x_qbobj_getGroupName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name);
+int32_t x_qbobj_getPrimaryGID(CallContext *ctx, sqlite3 *db, const char *userName, int32_t *id);
+int32_t x_qbobj_getPosixGID(CallContext *ctx, sqlite3 *db, const char *name);
+int32_t x_qbobj_getPosixGIDbyGID(CallContext *ctx, sqlite3 *db, int32_t id);
+int32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userName, const char *groupName);
 uint32_t x_qbobj_getGroupCollection(CallContext *ctx, sqlite3 *db, GroupCollection *groups, AccountQuery *query);
 uint32_t x_qbobj_getGroup(CallContext *ctx, sqlite3 *db, Group *group);
 uint32_t x_qbobj_getSystemGroup(CallContext *ctx, sqlite3 *db, SystemGroup *group);

@@ -9,11 +9,15 @@ uint32_t check_new_key(CallContext *ctx, sqlite3 *db, const SshPublicKey *key)
 {
     if (key->UserId < kLowestId && key->UserId != kAdminId)
         return REPORT(ctx, 802, "Cannot add ssh public key for system reserved user id %d", key->UserId);
-    if (!qbdb_find_user_id(ctx->qbdb, db, key->UserId))
-        return REPORT(ctx, 836, "User id %d does not exist", key->UserId);
-    if (qbdb_find_ssh_public_key_user_id_key(ctx->qbdb, db, key->UserId, key->Key))
-        return REPORT(ctx, 837, "The SSH public key already exists");
-    if (qbdb_get_number_of_ssh_public_key(ctx->qbdb, db) >= kMostSshKeys)
+    const int user = qbdb_find_user_id(ctx->qbdb, db, key->UserId);
+    if (user < 0) return REPORT(ctx, 5, "Failed DB Query for user. %s", "Look-up failed.");
+    if (!user) return REPORT(ctx, 836, "User id %d does not exist", key->UserId);
+    const int stored = qbdb_find_ssh_public_key_user_id_key(ctx->qbdb, db, key->UserId, key->Key);
+    if (stored < 0) return key_lookup_failed(ctx);
+    if (stored) return REPORT(ctx, 837, "The SSH public key already exists");
+    const int32_t count = qbdb_get_number_of_ssh_public_key(ctx->qbdb, db);
+    if (count < 0) return key_lookup_failed(ctx);
+    if (count >= kMostSshKeys)
         return REPORT(ctx, 842, "The number of SSH public key overflows. Maximum is %d.", kMostSshKeys);
     return 0;
 }

@@ -188,9 +188,11 @@ uint32_t read_default_allowance(CallContext *ctx, sqlite3 *db, bool *given)
     return 0;
 }
 
-/// Inserts an allowance. False when that failed: it is reported, but the user stays.
-bool insert_allowance(CallContext *ctx, sqlite3 *db, int32_t id, const UserTimeMachineQuota *own)
+/// Inserts an allowance. False when that failed: it is reported, but the user stays, were it for lack of memory.
+bool insert_allowance(CallContext *call, sqlite3 *db, int32_t id, const UserTimeMachineQuota *own)
 {
+    CallContext apart = *call;
+    CallContext *ctx = &apart;
     if (own) {
         if (auto bad =
                 execute(ctx, db, "INSERT INTO '$timemachine_quota' (user_id,enabled,capacity_mb) VALUES (%d,%d,%d)", id,

@@ -1,4 +1,5 @@
 // Checking a list of users that waits in a file to be imported.
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -167,6 +168,7 @@ uint32_t x_qbobj_checkUserList(CallContext *ctx, sqlite3 *db, UserCollection *us
                        (!existingGroups || check.known_groups.add_all(existingGroups->Group, &Group::GroupName));
     if (!known) return no_memory(ctx);
     const File file(kListFile);
+    if (!file.stream && errno == ENOMEM) return no_memory(ctx);
     if (!file.stream) return REPORT(ctx, 1, "User file not exist");
     TRY(check_lines(&check, file.stream));
     if (check.users) List<User>(&users->User).link(check.users);

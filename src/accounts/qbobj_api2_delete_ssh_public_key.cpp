@@ -26,8 +26,7 @@ uint32_t x_qbobj_deleteSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey 
 {
     QB_ASSERT(key);
     TRACE(ctx, "%s: Deleting a key. %s\n", __func__, one_line(ctx, key));
-    if (!qbdb_find_ssh_public_key_id(ctx->qbdb, db, key->Id))
-        return REPORT(ctx, 838, "Key id %d does not exist", key->Id);
+    TRY(check_key_id(ctx, db, key->Id));
     if (key->UserId == kAdminId) TRY(delete_root_key(ctx, db, key->Id));
     TRY(delete_key(ctx, db, key->Id));
     return refresh_owner_shell(ctx, db, key->UserId);

@@ -15,16 +15,18 @@ uint32_t x_qbobj_getAccountDefault(CallContext *ctx, sqlite3 *db, AccountDefault
         return REPORT(ctx, 5, "Failed DB Query for account_default. %s", bad.text);
     if (rows.count == 0) return REPORT(ctx, 5, "DB may be corrupted? 'account_default' table is not populated.");
 
-    *def = {};
-    def->HomeVolumeId = rows.text(ctx, 0, 0);
-    def->DiskQuotaWarn = rows.int32(0, 1);
-    def->GroupId = rows.int32(0, 2);
-    def->DisallowPasswordChange = rows.int32(0, 3);
-    def->HomeFolderCapacityLimit = rows.uint64(0, 4);
-    def->GroupMembership = rows.text(ctx, 0, 5);
-    def->PrivateTimeMachine = rows.int32(0, 6);
-    def->PrivateTimeMachineSpace = rows.int32(0, 7);
-    def->SnapshotProtection = rows.int32(0, 8);
+    AccountDefault read{};
+    read.HomeVolumeId = rows.text(ctx, 0, 0);
+    read.DiskQuotaWarn = rows.int32(0, 1);
+    read.GroupId = rows.int32(0, 2);
+    read.DisallowPasswordChange = rows.int32(0, 3);
+    read.HomeFolderCapacityLimit = rows.uint64(0, 4);
+    read.GroupMembership = rows.text(ctx, 0, 5);
+    read.PrivateTimeMachine = rows.int32(0, 6);
+    read.PrivateTimeMachineSpace = rows.int32(0, 7);
+    read.SnapshotProtection = rows.int32(0, 8);
+    TRY_MEMORY(ctx);
+    *def = read;
     return 0;
 }
 

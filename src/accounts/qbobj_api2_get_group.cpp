@@ -9,7 +9,6 @@
 namespace qb {
 namespace {
 
-constexpr uint32_t kNothing = static_cast<uint32_t>(kNoId);  // as an operation's value
 constexpr uint32_t kMember = 0;
 constexpr uint32_t kNotMember = 1;
 
@@ -206,48 +205,48 @@ uint32_t x_qbobj_getSystemGroup(CallContext *ctx, sqlite3 *db, SystemGroup *grou
     return 0;
 }
 
-uint32_t x_qbobj_getGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
+int32_t x_qbobj_getGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
 {
     QB_ASSERT(id);
-    return find_group_id(ctx, db, name, id) ? 0 : kNothing;
+    return find_group_id(ctx, db, name, id) ? 0 : kNoId;
 }
 
-uint32_t x_qbobj_getPrimaryGID(CallContext *ctx, sqlite3 *db, const char *userName, int32_t *id)
+int32_t x_qbobj_getPrimaryGID(CallContext *ctx, sqlite3 *db, const char *userName, int32_t *id)
 {
     QB_ASSERT(id);
-    return find_primary_gid(ctx, db, userName, id) ? 0 : kNothing;
+    return find_primary_gid(ctx, db, userName, id) ? 0 : kNoId;
 }
 
-uint32_t x_qbobj_getPosixGID(CallContext *ctx, sqlite3 *db, const char *name)
+int32_t x_qbobj_getPosixGID(CallContext *ctx, sqlite3 *db, const char *name)
 {
     int32_t id = kNoId;
-    if (find_group_id(ctx, db, name, &id)) return static_cast<uint32_t>(posix_gid_of(ctx, db, id));
+    if (find_group_id(ctx, db, name, &id)) return posix_gid_of(ctx, db, id);
     int32_t ads = 0;
-    if (!find_ads_mode(ctx, db, &ads) || !ads) return kNothing;
+    if (!find_ads_mode(ctx, db, &ads) || !ads) return kNoId;
     const int32_t gid = qbdb_util_get_posix_gid_by_name(ctx->qbdb, db, name, nullptr);
-    return gid < 0 ? kNothing : static_cast<uint32_t>(gid);
+    return gid < 0 ? kNoId : gid;
 }
 
-uint32_t x_qbobj_getPosixGIDbyGID(CallContext *ctx, sqlite3 *db, int32_t id)
+int32_t x_qbobj_getPosixGIDbyGID(CallContext *ctx, sqlite3 *db, int32_t id)
 {
-    return static_cast<uint32_t>(posix_gid_of(ctx, db, id));
+    return posix_gid_of(ctx, db, id);
 }
 
-uint32_t x_qbobj_getGroupName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name)
+int32_t x_qbobj_getGroupName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name)
 {
     QB_ASSERT(name);
     const char *found = nullptr;
     if (auto bad = select_text(ctx, db, found, "SELECT G.gname FROM `$group` G WHERE G.id=%d", id)) {
         LOG_FAILURE(ctx, "Failed DB Query for 'group'. %s\n", bad.text);
         *name = "";
-        return kNothing;
+        return kNoId;
     }
     if (!found) found = name_of_unknown_id(ctx, id);
     *name = or_empty(found);
-    return found ? 0 : kNothing;
+    return found ? 0 : kNoId;
 }
 
-uint32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userName, const char *groupName)
+int32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userName, const char *groupName)
 {
     int32_t member = 0;
     Failure bad = select_int32(ctx, db, member,
@@ -261,7 +260,7 @@ uint32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *user
                            userName, groupName);
     if (bad) {
         LOG_FAILURE(ctx, "Failed DB Query for 'user' and 'group'. %s\n", bad.text);
-        return kNothing;
+        return kNoId;
     }
     return member ? kMember : kNotMember;
 }

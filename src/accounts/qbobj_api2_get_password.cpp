@@ -16,14 +16,17 @@ uint32_t x_qbobj_getAdminPassword(CallContext *ctx, sqlite3 *db, AdminPassword *
     if (auto bad = select_int32(ctx, db, access, "SELECT U.shell_access FROM `$user` U WHERE id=98"))
         return REPORT(ctx, 5, "Failed DB Query for $user. %s", bad.text);
 
-    *admin = {};
-    admin->ShellAccess = access;
-    if (recovery.count == 0) return 0;
-    admin->Question = recovery.text(ctx, 0, 0);
-    admin->Answer = recovery.text(ctx, 0, 1);
-    admin->Email = recovery.text(ctx, 0, 2);
-    admin->Enabled = recovery.int32(0, 3);
-    admin->Method = recovery.text(ctx, 0, 4);
+    AdminPassword read{};
+    read.ShellAccess = access;
+    if (recovery.count) {
+        read.Question = recovery.text(ctx, 0, 0);
+        read.Answer = recovery.text(ctx, 0, 1);
+        read.Email = recovery.text(ctx, 0, 2);
+        read.Enabled = recovery.int32(0, 3);
+        read.Method = recovery.text(ctx, 0, 4);
+    }
+    TRY_MEMORY(ctx);
+    *admin = read;
     return 0;
 }
 

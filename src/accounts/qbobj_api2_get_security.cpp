@@ -15,22 +15,25 @@ uint32_t x_qbobj_getSecurity(CallContext *ctx, sqlite3 *db, Security *security)
                           "S.idmap_backend FROM service_cifs S LIMIT 1"))
         return REPORT(ctx, 5, "Failed DB Query 'SELECT service_cifs'. (%s)", bad.text);
 
-    *security = {};
-    if (rows.count == 0) return 0;
-    security->Security = rows.text(ctx, 0, 0);
-    security->workGroup = rows.text(ctx, 0, 1);
-    security->Realm = rows.text(ctx, 0, 2);
-    security->orgUnit = rows.text(ctx, 0, 3);
-    security->restrictOU = rows.text(ctx, 0, 4);
-    security->noSyncADS = rows.int32(0, 5);
-    security->domainAdministrator = rows.text(ctx, 0, 6);
-    security->passWordServer = rows.text(ctx, 0, 7);
-    security->displayTrustedUsers = rows.int32(0, 8);
-    security->domainSid = rows.text(ctx, 0, 9);
-    security->domainGroupAdminGID = rows.int32(0, 10);
-    security->domainAdminUID = rows.int32(0, 11);
-    security->joinDomainFailed = rows.int32(0, 12);
-    security->idmapBackend = rows.text(ctx, 0, 13);
+    Security read{};
+    if (rows.count) {
+        read.Security = rows.text(ctx, 0, 0);
+        read.workGroup = rows.text(ctx, 0, 1);
+        read.Realm = rows.text(ctx, 0, 2);
+        read.orgUnit = rows.text(ctx, 0, 3);
+        read.restrictOU = rows.text(ctx, 0, 4);
+        read.noSyncADS = rows.int32(0, 5);
+        read.domainAdministrator = rows.text(ctx, 0, 6);
+        read.passWordServer = rows.text(ctx, 0, 7);
+        read.displayTrustedUsers = rows.int32(0, 8);
+        read.domainSid = rows.text(ctx, 0, 9);
+        read.domainGroupAdminGID = rows.int32(0, 10);
+        read.domainAdminUID = rows.int32(0, 11);
+        read.joinDomainFailed = rows.int32(0, 12);
+        read.idmapBackend = rows.text(ctx, 0, 13);
+    }
+    TRY_MEMORY(ctx);
+    *security = read;
     return 0;
 }
 
@@ -46,16 +49,19 @@ uint32_t x_qbobj_getSecurityAdsProgress(CallContext *ctx, sqlite3 *db, SecurityA
                           "I.total_group>0 THEN 50*I.curr_group/I.total_group ELSE 0 END FROM _ads_importer I LIMIT 1"))
         return REPORT(ctx, 5, "Failed DB Query 'SELECT _ads_importer'. (%s)", bad.text);
 
-    *progress = {};
-    if (rows.count == 0) return 0;
-    progress->State = rows.text(ctx, 0, 0);
-    progress->TotalUser = rows.int32(0, 1);
-    progress->CurrUser = rows.int32(0, 2);
-    progress->TotalGroup = rows.int32(0, 3);
-    progress->CurrGroup = rows.int32(0, 4);
-    progress->StartAt = rows.int32(0, 5);
-    progress->DoneAt = rows.int32(0, 6);
-    progress->Percent = rows.int32(0, 7);
+    SecurityAdsProgress read{};
+    if (rows.count) {
+        read.State = rows.text(ctx, 0, 0);
+        read.TotalUser = rows.int32(0, 1);
+        read.CurrUser = rows.int32(0, 2);
+        read.TotalGroup = rows.int32(0, 3);
+        read.CurrGroup = rows.int32(0, 4);
+        read.StartAt = rows.int32(0, 5);
+        read.DoneAt = rows.int32(0, 6);
+        read.Percent = rows.int32(0, 7);
+    }
+    TRY_MEMORY(ctx);
+    *progress = read;
     return 0;
 }
 

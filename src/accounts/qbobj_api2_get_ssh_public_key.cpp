@@ -15,7 +15,7 @@ uint32_t x_qbobj_getSshPublicKeyById(CallContext *ctx, sqlite3 *db, int32_t id, 
                    kSshKeyTable, id))
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, bad.text);
     if (rows.count == 0) return REPORT(ctx, 838, "None of row selected for resource_id=%d.", id);
-    read_ssh_key(ctx, rows, 0, key);
+    TRY(read_ssh_key(ctx, rows, 0, key));
     TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
     return 0;
 }
@@ -32,7 +32,7 @@ uint32_t x_qbobj_getSshPublicKeyTiedRootKeyById(CallContext *ctx, sqlite3 *db, i
                           kSshKeyTable, kSshKeyTable, id))
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, bad.text);
     if (rows.count == 0) return REPORT(ctx, 838, "No tied root key for key id=%d.", id);
-    read_ssh_key(ctx, rows, 0, key);
+    TRY(read_ssh_key(ctx, rows, 0, key));
     TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
     return 0;
 }
@@ -53,7 +53,7 @@ uint32_t x_qbobj_getSshPublicKeyCollection(CallContext *ctx, sqlite3 *db, SshPub
     for (int i = 0; i < rows.count; i++) {
         SshPublicKey *key = list.append(ctx);
         if (!key) return REPORT(ctx, 2, "Failed to allocate object.");
-        read_ssh_key(ctx, rows, i, key);
+        TRY(read_ssh_key(ctx, rows, i, key));
         TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
     }
     *List<SshPublicKey>(&keys->SshPublicKey).tail = head;

@@ -6,8 +6,6 @@
 namespace qb {
 namespace {
 
-constexpr uint32_t kNothing = 0xFFFFFFFF;  // -1, as an operation's value
-
 /// Where getUser's statement has its columns.
 constexpr UserColumns kColumns{.full_name = -1, .is_locked = 7, .group_id = 8, .shell_access = 9};
 
@@ -33,26 +31,29 @@ uint32_t resolve_user(CallContext *ctx, sqlite3 *db, const User *user, int32_t *
     int32_t ads = 0;
     TRY(read_ads_mode(ctx, db, &ads));
     *id = addressed_id(user);
-    const bool by_name = *id == 0 && ads && is_set(user->UserName) && qbdb_get_no_sync_ads(ctx->qbdb, db);
-    if (!by_name) return check_addressed_id(ctx, *id, ads);
+    int32_t live = 0;
+    if (*id == 0 && ads && is_set(user->UserName)) TRY(read_no_sync_ads(ctx, db, &live));
+    if (!live) return check_addressed_id(ctx, *id, ads);
     *id = qbdb_util_get_posix_uid_by_name(ctx->qbdb, db, user->UserName, nullptr);
     if (*id < 0)
         return REPORT(ctx, 832, "Invalid User (resource_id=%d, UserName=%s).", user->resource_id, user->UserName);
     return 0;
 }
 
-/// Appends the users of a result with the columns id and uname.
+/// Appends the users of a result with the columns id and uname, all or none.
 uint32_t append_names(CallContext *ctx, const Rows &rows, User **head)
 {
-    List<User> list(head);
+    User *read = nullptr;
+    List<User> list(&read);
     for (int i = 0; i < rows.count; i++) {
         User *user = list.append(ctx);
         if (!user) return REPORT(ctx, 2, "Failed to allocate resource.");
         user->resource_id = rows.int32(i, 0);
         user->UserId = user->resource_id;
         user->UserName = rows.word(ctx, i, 1);
-        if (!user->UserName) return REPORT(ctx, 2, "Failed to allocate resource.");
     }
+    TRY_MEMORY(ctx);
+    List<User>(head).link(read);
     return 0;
 }
 
@@ -144,57 +145,57 @@ uint32_t x_qbobj_getUserInGroupName(CallContext *ctx, sqlite3 *db, const char *g
     return rc;
 }
 
-uint32_t x_qbobj_getUID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
+int32_t x_qbobj_getUID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
 {
     QB_ASSERT(id);
     *id = kNoId;
     int32_t ads = 0;
-    if (!find_ads_mode(ctx, db, &ads)) return kNothing;
-    return find_user_id(ctx, db, ads, name, id) ? 0 : kNothing;
+    if (!find_ads_mode(ctx, db, &ads)) return kNoId;
+    return find_user_id(ctx, db, ads, name, id) ? 0 : kNoId;
 }
 
-uint32_t x_qbobj_getUserName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name)
+int32_t x_qbobj_getUserName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name)
 {
     QB_ASSERT(name);
     const char *found = nullptr;
     if (auto bad = select_text(ctx, db, found, "SELECT U.uname FROM `$user` U WHERE U.id=%d", id)) {
         LOG_FAILURE(ctx, "Failed DB Query for user. %s\n", bad.text);
         *name = "";
-        return kNothing;
+        return kNoId;
     }
     if (!found) found = name_of_unknown_id(ctx, id);
     *name = or_empty(found);
-    return found ? 0 : kNothing;
+    return found ? 0 : kNoId;
 }
 
-uint32_t x_qbobj_getPosixUID(CallContext *ctx, sqlite3 *db, const char *name)
+int32_t x_qbobj_getPosixUID(CallContext *ctx, sqlite3 *db, const char *name)
 {
     int32_t ads = 0;
-    if (!find_ads_mode(ctx, db, &ads)) return kNothing;
+    if (!find_ads_mode(ctx, db, &ads)) return kNoId;
     int32_t id = kNoId;
-    if (find_user_id(ctx, db, ads, name, &id)) return static_cast<uint32_t>(posix_uid_of(ctx, db, id));
-    if (!ads) return kNothing;
+    if (find_user_id(ctx, db, ads, name, &id)) return posix_uid_of(ctx, db, id);
+    if (!ads) return kNoId;
     const int32_t uid = qbdb_util_get_posix_uid_by_name(ctx->qbdb, db, name, nullptr);
-    return uid < 0 ? kNothing : static_cast<uint32_t>(uid);
+    return uid < 0 ? kNoId : uid;
 }
 
-uint32_t x_qbobj_getPosixUIDbyUID(CallContext *ctx, sqlite3 *db, int32_t id)
+int32_t x_qbobj_getPosixUIDbyUID(CallContext *ctx, sqlite3 *db, int32_t id)
 {
-    return static_cast<uint32_t>(posix_uid_of(ctx, db, id));
+    return posix_uid_of(ctx, db, id);
 }
 
-uint32_t x_qbobj_getPosixUIDGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid)
+int32_t x_qbobj_getPosixUIDGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid)
 {
     QB_ASSERT(uid);
     QB_ASSERT(gid);
     int32_t ads = 0;
     int32_t user = kNoId;
     int32_t group = kNoId;
-    if (!find_ads_mode(ctx, db, &ads) || !find_user_id(ctx, db, ads, name, &user)) return kNothing;
-    if (!find_primary_gid(ctx, db, name, &group)) return kNothing;
+    if (!find_ads_mode(ctx, db, &ads) || !find_user_id(ctx, db, ads, name, &user)) return kNoId;
+    if (!find_primary_gid(ctx, db, name, &group)) return kNoId;
     user = posix_uid_of(ctx, db, user);
     group = posix_gid_of(ctx, db, group);
-    if (user < 0 || group < 0) return kNothing;
+    if (user < 0 || group < 0) return kNoId;
     *uid = user;
     *gid = group;
     return 0;

@@ -22,7 +22,7 @@ uint32_t check_name_of_others(CallContext *ctx, sqlite3 *db, int32_t id, const c
 uint32_t rename_group(CallContext *ctx, sqlite3 *db, int32_t id, const char *name)
 {
     TRY(check_given_group_name(ctx, name));
-    SetList<256> set;
+    SetList<256> set(ctx);
     set.add("gname='%q'", name);
     TRY(check_name_of_others(ctx, db, id, name));
     const char *current = nullptr;

@@ -6,7 +6,7 @@
 #include "accounts/user_changes.h"
 #include "frame/pool.h"
 #include "frame/set_list.h"
-#include "legacy/password.h"
+#include "validate/validate.h"
 #include "validate/validate_db.h"
 
 namespace qb {
@@ -29,9 +29,9 @@ struct Change {
     const char *home = nullptr;      // from now on, when the record names the user
     const char *old_name = nullptr;  // only when it changes
     const char *old_home = nullptr;
-    SetList<512> set{};
+    SetList<512> set;
 
-    Change(const User *user, int32_t mode) : given(user), ads(mode) {}
+    Change(const CallContext *ctx, const User *user, int32_t mode) : given(user), ads(mode), set(ctx) {}
 };
 
 uint32_t find_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, const User *user, int32_t *id)
@@ -113,7 +113,7 @@ uint32_t set_password(CallContext *ctx, Change *change)
     const User *given = change->given;
     const char *hash = given->SysHash;
     if (!is_set(hash)) {
-        if (!given->Password || is_mask(given->Password)) return 0;
+        if (!given->Password || is_password_mask(given->Password)) return 0;
         TRY(hash_given_password(ctx, given->Password, &hash));
     }
     change->set.add("passwd='%q'", hash);
@@ -260,7 +260,7 @@ uint32_t move_snapshots(CallContext *ctx, sqlite3 *db, const Change *change)
 
 uint32_t modify_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, User *user)
 {
-    Change change(user, mode.ads);
+    Change change(ctx, user, mode.ads);
     TRY(find_user(ctx, db, mode, user, &change.id));
     TRY(read_stored(ctx, db, &change));
     TRY(set_name(ctx, db, &change));
@@ -285,7 +285,7 @@ uint32_t x_qbobj_modifyUser(CallContext *ctx, sqlite3 *db, User *user)
 {
     DirectoryMode mode;
     TRY(read_ads_mode(ctx, db, &mode.ads));
-    mode.no_sync = qbdb_get_no_sync_ads(ctx->qbdb, db);
+    TRY(read_no_sync_ads(ctx, db, &mode.no_sync));
     for (; user; user = user->next) TRY(modify_user(ctx, db, mode, user));
     return 0;
 }

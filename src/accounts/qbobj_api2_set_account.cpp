@@ -6,11 +6,22 @@
 namespace qb {
 namespace {
 
-/// A local group, else one of the directory or a system group: whichever has the name.
-bool find_group(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
+constexpr char kNoAnswer[] = "Look-up failed.";
+
+uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *volume)
 {
-    return check_name_id(ctx, db, NameCheck::local_group, name, id) == kFound ||
-           check_name_id(ctx, db, NameCheck::domain_group, name, id) == kFound;
+    const int32_t rc = check_volume(ctx, db, volume);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for _volume. %s", kNoAnswer);
+    return rc == kFound ? 0 : REPORT(ctx, 8, "Invalid HomeVolumeId.");
+}
+
+/// A local group, else one of the directory or a system group: whichever has the name.
+uint32_t require_group(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
+{
+    int32_t rc = check_name_id(ctx, db, NameCheck::local_group, name, id);
+    if (rc == kNotFound) rc = check_name_id(ctx, db, NameCheck::domain_group, name, id);
+    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for group. %s", kNoAnswer);
+    return rc == kFound ? 0 : REPORT(ctx, 8, "Invalid group name (%s). Not exist.", name);
 }
 
 }  // namespace
@@ -18,12 +29,11 @@ bool find_group(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
 uint32_t x_qbobj_setAccountDefault(CallContext *ctx, sqlite3 *db, AccountDefault *def)
 {
     QB_ASSERT(def);
-    if (check_volume(ctx, db, def->HomeVolumeId) != kFound) return REPORT(ctx, 8, "Invalid HomeVolumeId.");
+    TRY(require_volume(ctx, db, def->HomeVolumeId));
     if (def->DiskQuotaWarn < 1 || def->DiskQuotaWarn > 99) return REPORT(ctx, 8, "Invalid DiskQuotaWarn. 1-99.");
     // The group is chosen by name; the record's own id is not looked at.
     int32_t group_id = 0;
-    if (!find_group(ctx, db, def->GroupMembership, &group_id))
-        return REPORT(ctx, 8, "Invalid group name (%s). Not exist.", def->GroupMembership);
+    TRY(require_group(ctx, db, def->GroupMembership, &group_id));
     if (auto bad = execute(ctx, db,
                            "UPDATE account_default SET home_volume_id=%Q,diskquota_warn=%d,group_id=%d,"
                            "disallow_password_change=%d,home_folder_capacity_limit=%lu,group_membership=%Q,"

@@ -70,8 +70,9 @@ uint32_t x_qbobj_setMyPassword(CallContext *ctx, sqlite3 *db, MyPassword *pw)
     const char *hash = nullptr;
     if (check_password(ctx, pw->NewPassword, &hash)) return REPORT(ctx, 8, "Invalid NewPassword.");
     int32_t id = 0;
-    if (check_name_id(ctx, db, NameCheck::local_user, pw->UserName, &id) != kFound)
-        return REPORT(ctx, 8, "Invalid UserName.");
+    const int32_t known = check_name_id(ctx, db, NameCheck::local_user, pw->UserName, &id);
+    if (known == kCheckFailed) return REPORT(ctx, 5, "SQL Query fail. %s", "Look-up failed.");
+    if (known != kFound) return REPORT(ctx, 8, "Invalid UserName.");
     const char *stored = nullptr;
     if (auto bad = select_text(ctx, db, stored, "SELECT U.passwd FROM `$user` U WHERE id=%d", id))
         return REPORT(ctx, 5, "SQL Query fail. %s", bad.text);

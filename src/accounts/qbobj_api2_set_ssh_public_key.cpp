@@ -29,8 +29,7 @@ uint32_t x_qbobj_setSshPublicKeyById(CallContext *ctx, sqlite3 *db, SshPublicKey
 {
     QB_ASSERT(key);
     TRACE(ctx, "%s: Updating a key. %s\n", __func__, one_line(ctx, key));
-    if (!qbdb_find_ssh_public_key_id(ctx->qbdb, db, key->Id))
-        return REPORT(ctx, 838, "Key id %d does not exist", key->Id);
+    TRY(check_key_id(ctx, db, key->Id));
     TRY(update_key(ctx, db, key->Id, key->Title, key->ServeFor));
     if (key->UserId == kAdminId) TRY(update_root_key(ctx, db, __func__, key));
     return refresh_owner_shell(ctx, db, key->UserId);

@@ -62,7 +62,7 @@ uint32_t x_qbobj_getSmbUserNameMapCollection(CallContext *ctx, sqlite3 *db, SmbU
     return 0;
 }
 
-uint32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type)
+int32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type)
 {
     constexpr auto kNone = static_cast<uint32_t>(-1);
     if (!unixUserName || !qbdb_valid_smb_username_map_type(type)) return kNone;

@@ -40,6 +40,12 @@ uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads)
     return 0;
 }
 
+uint32_t read_no_sync_ads(CallContext *ctx, sqlite3 *db, int32_t *no_sync)
+{
+    *no_sync = qbdb_get_no_sync_ads(ctx->qbdb, db);
+    return *no_sync < 0 ? REPORT(ctx, 5, "Failed DB Query 'SELECT service_cifs'. (%s)", "Look-up failed.") : 0;
+}
+
 uint32_t read_user_quotas(CallContext *ctx, sqlite3 *db, int32_t user_id, Quota **head)
 {
     Rows rows;

@@ -7,7 +7,7 @@
 namespace qb {
 
 uint32_t x_qbobj_getSmbUserNameMapCollection(CallContext *ctx, sqlite3 *db, SmbUserNameMapCollection *maps);
-uint32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type);
+int32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type);
 uint32_t x_qbobj_addSmbUserNameMap(CallContext *ctx, sqlite3 *db, SmbUserNameMap *map);
 uint32_t x_qbobj_deleteSmbUserNameMap(CallContext *ctx, sqlite3 *db, const char *unixUserName);
 uint32_t x_qbobj_setSmbUserNameMapUnixUserNameForAll(CallContext *ctx, sqlite3 *db, const char *oldUnixName,

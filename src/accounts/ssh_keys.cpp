@@ -18,17 +18,33 @@ const char *one_line(const CallContext *ctx, const SshPublicKey *key)
     return text;
 }
 
-void read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key)
+uint32_t read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key)
 {
-    key->Id = rows.int32(row, 0);
-    key->resource_id = key->Id;
-    key->UserId = rows.int32(row, 1);
-    key->ServeFor = rows.text(ctx, row, 2);
-    key->Type = rows.text(ctx, row, 3);
-    key->Key = rows.text(ctx, row, 4);
-    key->Comment = rows.text(ctx, row, 5);
-    key->Fingerprint = rows.text(ctx, row, 6);
-    key->Title = rows.text(ctx, row, 7);
+    SshPublicKey read = *key;
+    read.Id = rows.int32(row, 0);
+    read.resource_id = read.Id;
+    read.UserId = rows.int32(row, 1);
+    read.ServeFor = rows.text(ctx, row, 2);
+    read.Type = rows.text(ctx, row, 3);
+    read.Key = rows.text(ctx, row, 4);
+    read.Comment = rows.text(ctx, row, 5);
+    read.Fingerprint = rows.text(ctx, row, 6);
+    read.Title = rows.text(ctx, row, 7);
+    TRY_MEMORY(ctx);
+    *key = read;
+    return 0;
+}
+
+uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id)
+{
+    const int found = qbdb_find_ssh_public_key_id(ctx->qbdb, db, id);
+    if (found < 0) return key_lookup_failed(ctx);
+    return found ? 0 : REPORT(ctx, 838, "Key id %d does not exist", id);
+}
+
+uint32_t key_lookup_failed(CallContext *ctx)
+{
+    return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, "Look-up failed.");
 }
 
 uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title)

@@ -15,8 +15,14 @@ inline constexpr int32_t kMostSshKeys = 256;
 /// A key on one line, for the log.
 const char *one_line(const CallContext *ctx, const SshPublicKey *key);
 
-/// Fills the fields of a record from a row.
-void read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
+/// Fills the fields of a record from a row; without memory the record stays as it was.
+uint32_t read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
+
+/// Reports a look-up that could not read the keys.
+uint32_t key_lookup_failed(CallContext *ctx);
+
+/// Whether there is a key of this id.
+uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id);
 
 /// Title of root's twin of a key.
 uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title);

@@ -13,11 +13,11 @@ uint32_t x_qbobj_getSystemUser(CallContext *ctx, sqlite3 *db, SystemUser *user);
 uint32_t x_qbobj_getCloudUser(CallContext *ctx, sqlite3 *db, UserCollection *users);
 uint32_t x_qbobj_getUserInGroupName(CallContext *ctx, sqlite3 *db, const char *groupName, int32_t primary_only,
                                     UserCollection *users);
-uint32_t x_qbobj_getUID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id);
-uint32_t x_qbobj_getUserName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name);
-uint32_t x_qbobj_getPosixUID(CallContext *ctx, sqlite3 *db, const char *name);
-uint32_t x_qbobj_getPosixUIDbyUID(CallContext *ctx, sqlite3 *db, int32_t id);
-uint32_t x_qbobj_getPosixUIDGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid);
+int32_t x_qbobj_getUID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id);
+int32_t x_qbobj_getUserName(CallContext *ctx, sqlite3 *db, int32_t id, const char **name);
+int32_t x_qbobj_getPosixUID(CallContext *ctx, sqlite3 *db, const char *name);
+int32_t x_qbobj_getPosixUIDbyUID(CallContext *ctx, sqlite3 *db, int32_t id);
+int32_t x_qbobj_getPosixUIDGID(CallContext *ctx, sqlite3 *db, const char *name, int32_t *uid, int32_t *gid);
 uint32_t x_qbobj_getUserHomeFolderTotalConsumedInByte(CallContext *ctx, sqlite3 *db, uint64_t *bytes);
 
 /// How a stored password hash is handed out.

@@ -42,6 +42,19 @@ void dump_argument(const Site &site, qbdb_t *qbdb, A argument)
     }
 }
 
+/// Runs a worker and returns its code. Whatever it says of itself, a call that lacked memory is not to be committed. A
+/// worker with a signed result answers with a value, which is -1 for every failure, and the error record stays empty.
+template <auto Worker, class... Args>
+uint32_t run_worker(const Site &site, CallContext *ctx, Args... args)
+{
+    const auto result = Worker(ctx, args...);
+    if constexpr (std::is_same_v<decltype(result), const int32_t>)
+        return static_cast<uint32_t>(ctx->short_of_memory ? -1 : result);
+    else if (result == 0 && ctx->short_of_memory)
+        return report(ctx, kNoMemory, site.file, site.line, "%s", kNoMemoryText);
+    else return result;
+}
+
 /// Runs a worker: trace, one transaction, record dumps before and (on success) after, trace.
 template <auto Worker, class... Args>
 uint32_t framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... args)
@@ -56,7 +69,7 @@ uint32_t framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... ar
     uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
     if (rc == 0) {
         if (qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
-        rc = Worker(&ctx, db, args...);
+        rc = run_worker<Worker>(site, &ctx, db, args...);
         if (rc == 0 && qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
     }
     // The result is not looked at: the operation's own code is what the caller acts on.

@@ -10,12 +10,21 @@
 
 namespace qb {
 
+/// Notes in the call when a block is missing.
+template <class T>
+T *noted(const CallContext *ctx, T *block)
+{
+    if (!block) [[unlikely]]
+        ctx->short_of_memory = true;
+    return block;
+}
+
 /// A zero-filled record, or null without memory.
 template <class T>
 T *allocate(const CallContext *ctx)
 {
     // Not apr_pcalloc: that is a macro which clears the block without looking whether there is one.
-    void *block = apr_palloc(pool_of(ctx->qbdb), sizeof(T));
+    void *block = noted(ctx, apr_palloc(pool_of(ctx->qbdb), sizeof(T)));
     return block ? new (block) T{} : nullptr;
 }
 
@@ -32,7 +41,7 @@ inline char *copy_text(apr_pool_t *pool, const char *text)
 /// A copy of a text in the pool of the call.
 inline const char *copy_text(const CallContext *ctx, const char *text)
 {
-    return copy_text(pool_of(ctx->qbdb), text);
+    return text ? noted(ctx, copy_text(pool_of(ctx->qbdb), text)) : nullptr;
 }
 
 /// Whether a string field was given a value.

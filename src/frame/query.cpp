@@ -6,24 +6,42 @@
 
 namespace qb {
 
+namespace {
+
+/// Whether a text is what an integer column gives: a few digits and no sign, no blank and no leading zero.
+/// Nearly every number is, and needs none of the C library's care.
+bool is_short_number(const char *text, uint32_t &number)
+{
+    constexpr int kDigits = 9;
+    if (*text == '0' && text[1]) return false;
+    number = 0;
+    int i = 0;
+    for (; i < kDigits && text[i] >= '0' && text[i] <= '9'; i++)
+        number = number * 10 + static_cast<uint32_t>(text[i] - '0');
+    return i > 0 && !text[i];
+}
+
+}  // namespace
+
 int32_t Rows::int32(int row, int column) const
 {
     const char *text = cell(row, column);
-    return text ? static_cast<int32_t>(strtol(text, nullptr, 10)) : 0;
+    uint32_t number = 0;
+    if (!text || is_short_number(text, number)) return static_cast<int32_t>(number);
+    return static_cast<int32_t>(strtol(text, nullptr, 10));
 }
 
 uint64_t Rows::uint64(int row, int column) const
 {
     const char *text = cell(row, column);
-    return text ? strtoull(text, nullptr, 0) : 0;
+    uint32_t number = 0;
+    if (!text || is_short_number(text, number)) return number;
+    return strtoull(text, nullptr, 0);
 }
 
 const char *Rows::text(const CallContext *ctx, int row, int column) const
 {
-    const char *text = cell(row, column);
-    const char *copy = copy_text(ctx, text);
-    if (text && !copy) short_of_memory = true;
-    return copy;
+    return copy_text(ctx, cell(row, column));
 }
 
 const char *Rows::word(const CallContext *ctx, int row, int column) const

@@ -31,7 +31,6 @@ struct Rows {
     char **table = nullptr;
     int count = 0;
     int columns = 0;
-    mutable bool short_of_memory = false;  // set when a copy of a cell was not possible
 
     Rows() = default;
     Rows(const Rows &) = delete;
@@ -44,7 +43,7 @@ struct Rows {
     int32_t int32(int row, int column) const;
     /// A cell as an unsigned 64-bit number, its base detected (0x1F, 017); 0 for NULL.
     uint64_t uint64(int row, int column) const;
-    /// A copy of a cell in the call's pool, null for NULL; without memory null, and `short_of_memory` is set.
+    /// A copy of a cell in the call's pool, null for NULL; without memory null, and the call notes that.
     const char *text(const CallContext *ctx, int row, int column) const;
     /// A copy of a cell in the call's pool, "" for NULL; without memory as text().
     const char *word(const CallContext *ctx, int row, int column) const;
@@ -98,6 +97,14 @@ struct SqlFormat {
 template <class... Args>
 using Sql = SqlFormat<std::type_identity_t<Args>...>;
 
+/// Notes in the call that a statement failed for lack of memory.
+inline Failure noted(const CallContext *ctx, const Failure &bad)
+{
+    if (bad.rc == SQLITE_NOMEM) [[unlikely]]
+        ctx->short_of_memory = true;
+    return bad;
+}
+
 /// Reads a table.
 template <class... Args>
 Failure select(const CallContext *ctx, sqlite3 *db, Rows &rows, Sql<Args...> sql, Args... args)
@@ -106,7 +113,7 @@ Failure select(const CallContext *ctx, sqlite3 *db, Rows &rows, Sql<Args...> sql
     sqlite3_free_table(rows.table);
     bad.rc = qbdb_sql_get_table_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &rows.table, &rows.count,
                                         &rows.columns, sql.text, args...);
-    return bad;
+    return noted(ctx, bad);
 }
 
 /// Runs a statement that returns no rows.
@@ -115,7 +122,7 @@ Failure execute(const CallContext *ctx, sqlite3 *db, Sql<Args...> sql, Args... a
 {
     Failure bad;
     bad.rc = qbdb_sql_exec_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, sql.text, args...);
-    return bad;
+    return noted(ctx, bad);
 }
 
 /// Reads one text; null when there is no row or the value is NULL.
@@ -124,7 +131,7 @@ Failure select_text(const CallContext *ctx, sqlite3 *db, const char *&value, Sql
 {
     Failure bad;
     bad.rc = qbdb_sql_get_scaler_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, sql.text, args...);
-    return bad;
+    return noted(ctx, bad);
 }
 
 /// Reads one 32-bit integer; left as it was when there is no row.
@@ -134,7 +141,7 @@ Failure select_int32(const CallContext *ctx, sqlite3 *db, int32_t &value, Sql<Ar
     Failure bad;
     bad.rc =
         qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text, args...);
-    return bad;
+    return noted(ctx, bad);
 }
 
 /// Reads one 32-bit integer and tells whether there was a row.
@@ -146,7 +153,7 @@ Failure find_int32(const CallContext *ctx, sqlite3 *db, int32_t &value, bool &fo
     bad.rc =
         qbdb_sql_get_int32_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, &notfound, sql.text, args...);
     found = bad.rc == 0 && !notfound;
-    return bad;
+    return noted(ctx, bad);
 }
 
 /// Reads one unsigned 64-bit number; left as it was when there is no row.
@@ -156,7 +163,7 @@ Failure select_uint64(const CallContext *ctx, sqlite3 *db, uint64_t &value, Sql<
     Failure bad;
     bad.rc =
         qbdb_sql_get_uint64_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, nullptr, sql.text, args...);
-    return bad;
+    return noted(ctx, bad);
 }
 
 }  // namespace qb

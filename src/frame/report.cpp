@@ -8,20 +8,31 @@
 
 namespace qb {
 
-uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
+                   va_list args)
 {
+    if (ctx->short_of_memory && code != kNoMemory && code != kStatementFailed) {
+        *ctx->err = {kNoMemory, file, line, kNoMemoryText};
+        return kNoMemory;
+    }
     // Not the pool's own formatter: it knows fewer conversions than the compiler lets through (%llu, %zu).
-    va_list args;
     va_list again;
-    va_start(args, format);
     va_copy(again, args);
     const int length = vsnprintf(nullptr, 0, format, args);
     char *message = length < 0 ? nullptr : static_cast<char *>(apr_palloc(pool_of(ctx->qbdb), length + size_t{1}));
     if (message) vsnprintf(message, length + size_t{1}, format, again);
     va_end(again);
-    va_end(args);
     // Without memory for the particulars the bare format still says what went wrong.
     *ctx->err = {code, file, line, message ? message : format};
+    return code;
+}
+
+uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    code = set_error(ctx, code, file, line, format, args);
+    va_end(args);
     if (ctx->qbdb->log_level > 1) qbdb_log(ctx->qbdb, file, line, 2, 1, "%s", ctx->err->message);
     return code;
 }

@@ -1,6 +1,7 @@
 // The worker's context, error reports, traces and assertions.
 #pragma once
 
+#include <cstdarg>
 #include <cstdint>
 
 #include "qbdb.h"
@@ -12,7 +13,14 @@ namespace qb {
 struct CallContext {
     qbdb_t *qbdb;
     ErrorInfo *err;
+    /// Noted wherever memory lacks on the way of a call. What it has found by then, and what it has not, may be
+    /// wrong: nothing of it is stored, handed out or said of the arguments.
+    mutable bool short_of_memory = false;
 };
+
+inline constexpr uint32_t kNoMemory = 2;
+inline constexpr uint32_t kStatementFailed = 5;
+inline constexpr char kNoMemoryText[] = "Failed to allocate resource.";
 
 /// The pool of a call: the request pool when one is open, else the default pool.
 inline apr_pool_t *pool_of(const qbdb_t *qbdb)
@@ -23,6 +31,11 @@ inline apr_pool_t *pool_of(const qbdb_t *qbdb)
 /// Fills the error record, logs the message at level 2 with flag 1, returns the code.
 uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
     __attribute__((format(printf, 5, 6)));
+
+/// Fills the error record without logging and returns the code. A claim that a call short of memory makes becomes
+/// that lack; a failed statement stays one.
+uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
+                   va_list args) __attribute__((format(printf, 5, 0)));
 
 /// Aborts with file, line and function, in release builds too.
 [[noreturn]] void assertion_failed(const char *text, const char *file, uint32_t line, const char *function);
@@ -50,6 +63,13 @@ uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_
 #define TRY(expression)                                                                             \
     do {                                                                                            \
         if (const uint32_t try_code = (expression)) return try_code;                                \
+    } while (0)
+
+/// Ends a worker that lacked memory on its way: stands before outputs are written.
+#define TRY_MEMORY(ctx)                                                                             \
+    do {                                                                                            \
+        if ((ctx)->short_of_memory)                                                                 \
+            return REPORT((ctx), ::qb::kNoMemory, "%s", ::qb::kNoMemoryText);                       \
     } while (0)
 
 /// A programming error of the caller ends the process.

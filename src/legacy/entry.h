@@ -33,7 +33,7 @@ uint32_t entry(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, const char 
     *err = {};
     CallContext ctx{qbdb, err};
     uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
-    if (rc == 0) rc = Worker(&ctx, db, key, value);
+    if (rc == 0) rc = run_worker<Worker>(site, &ctx, db, key, value);
     if (rc) qbdb_sql_rollback(qbdb, db, 0, site.file, site.line);
     else rc = qbdb_sql_commit(qbdb, db, 0, site.file, site.line);
     trace_entry(site, qbdb, key, value, rc, called);

@@ -53,9 +53,4 @@ bool verify_password(const CallContext *ctx, const char *password, const char *h
     return again && strcmp(again, hash) == 0;
 }
 
-bool is_mask(const char *password)
-{
-    return password && strcmp(password, masked_password) == 0;
-}
-
 }  // namespace qb

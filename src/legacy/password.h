@@ -16,7 +16,4 @@ int32_t check_password(const CallContext *ctx, const char *password, const char 
 /// Whether a password matches a stored hash. A hash that is none (empty, locked) matches nothing.
 bool verify_password(const CallContext *ctx, const char *password, const char *hash);
 
-/// Whether a text is the mask that stands for a stored password.
-bool is_mask(const char *password);
-
 }  // namespace qb

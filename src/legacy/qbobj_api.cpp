@@ -31,8 +31,9 @@ uint32_t x_getFolderAttribute(CallContext *ctx, sqlite3 *db, const char *path, F
     Rows rows;
     if (auto bad = select(ctx, db, rows, "%sWHERE S.path=%Q", shares, path)) return share_query_failed(ctx, bad);
     if (rows.count) {
-        *attr = {static_cast<uint32_t>(rows.int32(0, 0)), static_cast<uint32_t>(rows.int32(0, 1)), rows.word(ctx, 0, 2),
-                 0, 0};
+        const char *comment = rows.word(ctx, 0, 2);
+        TRY_MEMORY(ctx);
+        *attr = {static_cast<uint32_t>(rows.int32(0, 0)), static_cast<uint32_t>(rows.int32(0, 1)), comment, 0, 0};
         return 0;
     }
     if (auto bad = select(ctx, db, rows, "%sWHERE %Q LIKE S.path||'/%%'", shares, path))
@@ -113,7 +114,8 @@ uint32_t change_entry(CallContext *ctx, sqlite3 *db, const char *key, const char
 
 uint32_t empty_entry(CallContext *ctx, sqlite3 *db, const char *key, const Mirror &mirror)
 {
-    // What counts for the services is the mirror: whether the row itself was emptied is not looked at.
+    // What counts for the services is the mirror: whether the row itself was emptied is not looked at here. Only a
+    // call that was short of memory is taken back as a whole.
     (void)execute(ctx, db, "UPDATE service_misc SET val=NULL,table_name=NULL,column_name=NULL WHERE key=%Q", key);
     if (!mirror) return 0;
     if (auto bad = execute(ctx, db, "UPDATE %s SET %s=NULL", mirror.table, mirror.column))

@@ -62,7 +62,9 @@ enum class Purpose { reading, deleting };
 /// The conditions of a query, joined by AND. Each is cut at its part's size: an over-long list of the
 /// caller's then makes a statement that the database refuses, and never one that selects other rows.
 struct Filter {
-    JoinedText<6 * kPartSize> conditions{" AND "};
+    JoinedText<6 * kPartSize> conditions;
+
+    explicit Filter(const CallContext *ctx) : conditions(ctx, " AND ") {}
     const char *where() const { return conditions.empty() ? "" : "WHERE "; }
 
     template <class... Args>
@@ -111,7 +113,7 @@ uint32_t fill_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
         entry->MessageTag = rows.text(ctx, i, 4);
         entry->MessageArgsXml = rows.text(ctx, i, 5);
     }
-    if (rows.short_of_memory) return REPORT(ctx, 2, "Failed to allocate object.");
+    if (ctx->short_of_memory) return REPORT(ctx, 2, "Failed to allocate object.");
     return 0;
 }
 
@@ -123,7 +125,7 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
     QB_ASSERT(entries);
     QB_ASSERT(count);
     QB_ASSERT(total);
-    Filter filter;
+    Filter filter(ctx);
     build_filter(&filter, query, Purpose::reading);
     char page[32];
     build_page(page, query);
@@ -154,7 +156,7 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
 
 uint32_t x_qbobj_deleteLog(CallContext *ctx, sqlite3 *db, LogQuery *query)
 {
-    Filter filter;
+    Filter filter(ctx);
     build_filter(&filter, query, Purpose::deleting);
     if (auto bad = execute(ctx, db, "DELETE FROM `$log` %s%s", filter.where(), filter.conditions.text))
         return REPORT(ctx, 5, "Failed DB Query for 'DELETE $log'. %s", bad.text);

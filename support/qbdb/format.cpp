@@ -75,6 +75,16 @@ constexpr Letter kLetters[] = {
     {"Q", Argument::text, 'Q', true},
 };
 
+/// Bytes of literal text up to and with the quote that closes a literal; 0 when another conversion or more of
+/// the same token comes first.
+uint32_t rest_of_literal(const char *after)
+{
+    uint32_t size = 1;
+    for (; *after && *after != '\''; after++, size++)
+        if (*after == '%' && *++after != '%') return 0;
+    return *after && !glues(after[1]) && after[1] != '%' ? size : 0;
+}
+
 const Letter *find_letter(const char *at)
 {
     for (const Letter &letter : kLetters)
@@ -150,12 +160,14 @@ Plan *make_plan(const char *format)
     Grammar grammar;
     char *out = plan->literals;
     const char *piece = out;
+    const char *quote = nullptr;  // where the quoted literal began that may be bound as a whole
     for (const char *at = format; *at; at++) {
         if (*at != '%' || at[1] == '%') {
             if (*at == '%') at++;
             *out++ = *at;
             // The values are numbered: a parameter of the format's own would take one of the numbers.
             if (state == Lexical::code && is_parameter(previous, *at)) plan->plain = true;
+            if (state == Lexical::code && *at == '\'') quote = previous && glues(previous) ? nullptr : out - 1;
             grammar.take(state, *at);
             state = follow(state, &previous, at, 1);
             continue;
@@ -173,6 +185,13 @@ Plan *make_plan(const char *format)
         // `col%d` or `x%Q` is part of a longer word: only a free-standing conversion is a value.
         conversion.bound = letter->value && state == Lexical::code && !grammar.in_column_list() &&
                            !(previous && glues(previous)) && !(*after && (glues(*after) || *after == '%'));
+        const bool text = conversion.letter == 's' || conversion.letter == 'q';
+        if (text && state == Lexical::single_quoted && quote >= piece && !grammar.in_column_list())
+            conversion.rest = rest_of_literal(after);
+        if (conversion.rest) {
+            conversion.bound = true;
+            conversion.head = static_cast<uint32_t>(out - quote);
+        }
         plan->bound += conversion.bound;
         previous = 'x';
         piece = out;

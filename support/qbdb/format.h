@@ -33,6 +33,10 @@ struct Conversion {
     char letter;       // d u c s q Q
     Lexical state;     // where it stands
     uint32_t literal;  // length of the literal text before it
+    // Of a text within quotes ('/home/%s') the whole literal becomes the value: how much of the text before
+    // and after the conversion belongs to it, the quotes included. 0 for any other conversion.
+    uint32_t head;
+    uint32_t rest;
 };
 
 inline constexpr uint32_t kMaxConversions = 32;

@@ -79,7 +79,8 @@ int ask_hook(const Call &call, const char *sql);
 struct Statement {
     sqlite3_stmt *stmt = nullptr;
     StatementCache *cache = nullptr;
-    Entry *entry = nullptr;  // the cache's entry; null for a statement of this one call
+    Entry *entry = nullptr;   // the cache's entry; null for a statement of this one call
+    bool holds_text = false;  // texts are bound
 
     Statement() = default;
     Statement(const Statement &) = delete;

@@ -133,25 +133,26 @@ int qbdb_util_get_domain_gname_by_gid(qbdb_t *qbdb, sqlite3 *, int32_t gid, cons
 int qbdb_find_user_id(qbdb_t *qbdb, sqlite3 *db, int32_t id)
 {
     int32_t found = 0;
-    qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
-                               "SELECT 1 FROM `$user` WHERE id=%d", id);
-    return found;
+    const int rc = qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
+                                              "SELECT 1 FROM `$user` WHERE id=%d", id);
+    return rc ? -1 : found;
 }
 
 int qbdb_find_ssh_public_key_id(qbdb_t *qbdb, sqlite3 *db, int32_t id)
 {
     int32_t found = 0;
-    qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
-                               "SELECT 1 FROM ssh_public_key WHERE id=%d", id);
-    return found;
+    const int rc = qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
+                                              "SELECT 1 FROM ssh_public_key WHERE id=%d", id);
+    return rc ? -1 : found;
 }
 
 int qbdb_find_ssh_public_key_user_id_key(qbdb_t *qbdb, sqlite3 *db, int32_t user_id, const char *key)
 {
     int32_t found = 0;
-    qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
-                               "SELECT 1 FROM ssh_public_key WHERE user_id=%d AND key=%Q LIMIT 1", user_id, key);
-    return found;
+    const int rc =
+        qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
+                                   "SELECT 1 FROM ssh_public_key WHERE user_id=%d AND key=%Q LIMIT 1", user_id, key);
+    return rc ? -1 : found;
 }
 
 int32_t qbdb_get_number_of_ssh_public_key(qbdb_t *qbdb, sqlite3 *db)
@@ -159,7 +160,7 @@ int32_t qbdb_get_number_of_ssh_public_key(qbdb_t *qbdb, sqlite3 *db)
     int32_t count = 0;
     const int rc = qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &count, nullptr,
                                               "SELECT COUNT(*) FROM ssh_public_key");
-    return rc ? INT32_MAX : count;
+    return rc ? -1 : count;
 }
 
 int qbdb_delete_ssh_public_key_by_uid(qbdb_t *qbdb, sqlite3 *db, int32_t user_id)
@@ -176,9 +177,9 @@ int qbdb_valid_smb_username_map_type(const char *type)
 int32_t qbdb_get_no_sync_ads(qbdb_t *qbdb, sqlite3 *db)
 {
     int32_t value = 0;
-    qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &value, nullptr,
-                               "SELECT no_sync_ads FROM service_cifs LIMIT 1");
-    return value;
+    const int rc = qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &value, nullptr,
+                                              "SELECT no_sync_ads FROM service_cifs LIMIT 1");
+    return rc ? -1 : value != 0;
 }
 
 int qbdb_is_timemachine_path_valid(qbdb_t *qbdb, sqlite3 *db)

@@ -89,17 +89,19 @@ struct Cells {
     }
 };
 
-bool add_value(Cells *cells, sqlite3_stmt *stmt, int column)
+/// Adds a cell as text. The connection belongs to this thread, so that the value may be asked where it is:
+/// each question by column looks the column up again.
+bool add_value(Cells *cells, sqlite3_value *value)
 {
-    switch (sqlite3_column_type(stmt, column)) {
+    switch (sqlite3_value_type(value)) {
         case SQLITE_NULL: return cells->add_start(Cells::kNull);
         case SQLITE_INTEGER: {
             char digits[24];
-            const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_column_int64(stmt, column)).ptr;
+            const auto end = std::to_chars(digits, digits + sizeof digits, sqlite3_value_int64(value)).ptr;
             return cells->add(digits, static_cast<size_t>(end - digits));
         }
         default: {
-            const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt, column));
+            const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(value));
             // A stored NUL ends the text for every reader of the table.
             return text && cells->add(text, strlen(text));
         }
@@ -129,7 +131,7 @@ int read_table(const Call &call, sqlite3_stmt *stmt, char ***result, int *nrow, 
             if (!add_names(&cells, stmt, columns)) return fail(call, SQLITE_NOMEM, "out of memory");
         }
         for (int i = 0; i < columns; i++)
-            if (!add_value(&cells, stmt, i)) return fail(call, SQLITE_NOMEM, "out of memory");
+            if (!add_value(&cells, sqlite3_column_value(stmt, i))) return fail(call, SQLITE_NOMEM, "out of memory");
         rows++;
     }
     if (rc != SQLITE_DONE) return fail(call, rc, sqlite3_errmsg(call.db));

@@ -271,6 +271,15 @@ bool is_wide(const Conversion &conversion, const Value &value)
     return conversion.argument == Argument::uint64 && value.wide > static_cast<uint64_t>(INT64_MAX);
 }
 
+/// Whether the value is bound in this call: not a number beyond SQLite's integers, nor a text that would end
+/// the quotes around it, nor a missing one within quotes, for which the formatter has a word of its own.
+bool is_bound(const Conversion &conversion, const Value &value)
+{
+    if (!conversion.bound || is_wide(conversion, value)) return false;
+    if (!conversion.rest) return true;
+    return value.text && (conversion.letter == 'q' || !strchr(value.text, '\''));
+}
+
 /// Appends the text of a value that is not bound. False when it would change what surrounds it.
 bool splice(const Conversion &conversion, const Value &value, Buffer *out)
 {
@@ -293,6 +302,10 @@ bool splice(const Conversion &conversion, const Value &value, Buffer *out)
     Lexical state = conversion.state;
     bool whole = size > 0 || conversion.letter != 'c';
     for (size_t i = 0; i < size && whole; i++) {
+        const size_t plain = strcspn(text + i, "?:@#$");
+        state = follow(state, &previous, text + i, plain);
+        i += plain;
+        if (i == size) break;
         if (state == Lexical::code && is_parameter(previous, text[i])) whole = false;
         state = follow(state, &previous, text + i, 1);
     }
@@ -314,12 +327,15 @@ bool build_text(const Plan *plan, const Value *values, Buffer *out)
 {
     const char *literal = plan->literals;
     uint32_t number = 0;
+    uint32_t taken = 0;  // of the next literal, by the value before it
     for (uint32_t i = 0; i < plan->count; i++) {
         const Conversion &conversion = plan->conversions[i];
-        out->append(literal, conversion.literal);
+        const bool bound = is_bound(conversion, values[i]);
+        out->append(literal + taken, conversion.literal - taken - (bound ? conversion.head : 0));
         literal += conversion.literal;
         number += conversion.bound;
-        if (conversion.bound && !is_wide(conversion, values[i])) {
+        taken = bound ? conversion.rest : 0;
+        if (bound) {
             char parameter[16];
             sqlite3_snprintf(sizeof parameter, parameter, "?%u", number);
             out->append(parameter);
@@ -329,21 +345,34 @@ bool build_text(const Plan *plan, const Value *values, Buffer *out)
         const bool more = i + 1 < plan->count ? plan->conversions[i + 1].literal : plan->tail;
         if (more && joins(conversion, out->last(), *literal)) return false;
     }
-    out->append(literal, plan->tail);
+    out->append(literal + taken, plan->tail - taken);
     return true;
 }
 
-int bind_values(const Call &call, sqlite3_stmt *stmt, const Plan *plan, const Value *values)
+/// Binds the whole quoted literal that a conversion stands in; `at` is where it stands in the literal text.
+int bind_quoted(sqlite3_stmt *stmt, int number, const Conversion &conversion, const char *at, const char *text)
 {
+    const auto head = static_cast<int>(conversion.head) - 1;
+    char *whole = sqlite3_mprintf("%.*s%s%.*s", head, at - head, text, static_cast<int>(conversion.rest) - 1, at);
+    return whole ? sqlite3_bind_text(stmt, number, whole, -1, sqlite3_free) : SQLITE_NOMEM;
+}
+
+int bind_values(const Call &call, Statement *statement, const Plan *plan, const Value *values)
+{
+    sqlite3_stmt *stmt = statement->stmt;
+    const char *at = plan->literals;
     int number = 0;
     for (uint32_t i = 0; i < plan->count; i++) {
         const Conversion &conversion = plan->conversions[i];
-        if (!conversion.bound) continue;
-        number++;
-        if (is_wide(conversion, values[i])) continue;
+        at += conversion.literal;
+        number += conversion.bound;
+        if (!is_bound(conversion, values[i])) continue;
+        const char *text = values[i].text;
+        statement->holds_text = statement->holds_text || text;
         int rc;
         if (conversion.argument != Argument::text) rc = sqlite3_bind_int64(stmt, number, values[i].number);
-        else if (values[i].text) rc = sqlite3_bind_text(stmt, number, values[i].text, -1, SQLITE_STATIC);
+        else if (conversion.rest) rc = bind_quoted(stmt, number, conversion, at, text);
+        else if (text) rc = sqlite3_bind_text(stmt, number, text, -1, SQLITE_STATIC);
         else rc = sqlite3_bind_null(stmt, number);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
@@ -366,7 +395,7 @@ int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, cons
 {
     const Plan *plan = slot->plan;
     bool fixed = plan->bound == plan->count;
-    for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = !is_wide(plan->conversions[i], values[i]);
+    for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = is_bound(plan->conversions[i], values[i]);
     if (fixed && slot->entry && !slot->entry->busy) {
         *found = slot->entry;
         cache->statistics.hits++;
@@ -414,7 +443,7 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
     statement->stmt = entry->stmt;
     statement->cache = cache;
     statement->entry = entry;
-    return bind_values(call, entry->stmt, slot->plan, values);
+    return bind_values(call, statement, slot->plan, values);
 }
 
 }  // namespace
@@ -451,7 +480,7 @@ Statement::~Statement()
         return;
     }
     sqlite3_reset(stmt);
-    sqlite3_clear_bindings(stmt);  // they point into the caller's memory
+    if (holds_text) sqlite3_clear_bindings(stmt);  // it may be the caller's
     entry->busy = false;
     shrink(cache, cache->bound);  // the bound may have been lowered in the meantime
 }

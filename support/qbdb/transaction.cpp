@@ -76,11 +76,20 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
     qbdb_private *internal = qbdb->internal;
     if (!db || begun_on(internal, db) != db) return SQLITE_ERROR;
     internal->refused = nullptr;
-    const Call call{qbdb, db, nullptr, file, line};
+    const char *why = nullptr;
+    const Call call{qbdb, db, &why, file, line};
     int rc = qdb::ask_hook(call, "COMMIT");
-    if (rc == SQLITE_OK) rc = run(call, internal->commit, "COMMIT");
-    if (rc == SQLITE_OK) begun_on(internal, db) = nullptr;
-    else roll_back(call);
+    if (rc == SQLITE_OK) {
+        rc = run(call, internal->commit, "COMMIT");
+        if (rc == SQLITE_OK) {
+            begun_on(internal, db) = nullptr;
+            return SQLITE_OK;
+        }
+        why = sqlite3_errmsg(db);
+    }
+    // Who does not look at the result finds it here.
+    if (qbdb->log_level > 1) qbdb_log(qbdb, file, line, 2, 0, "Failed to commit, rolled back. %s\n", why);
+    roll_back(call);
     return static_cast<uint32_t>(rc);
 }
 

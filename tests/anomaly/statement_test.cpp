@@ -58,6 +58,7 @@ struct Statements : Anomaly {
             EXPECT_EQ(outcome.code, 0u);
             return;
         }
+        EXPECT_FALSE(outcome.rc != 0 && outcome.wrote_outputs && !leaves_outputs(setup));
         if (outcome.rc == reference.rc && outcome.committing) return;  // went on without it; the table shows it
         if (operation.returns != QBOBJ_RETURNS_CODE) {
             EXPECT_EQ(outcome.code, 0u);

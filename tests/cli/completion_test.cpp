@@ -62,7 +62,8 @@ TEST_F(Completion, OffersArgumentsAndFieldsThatAreNotGivenYet)
                 AllOf(Contains("limit="), Contains("severity_in="), Not(Contains("entries="))));
     EXPECT_THAT(candidates({"getLog", "query."}), Contains("query.limit="));
     EXPECT_THAT(candidates({"getLog", "query.limit.x."}), IsEmpty());
-    EXPECT_THAT(candidates({"describe", ""}), AllOf(Contains("getLog"), Contains("LogQuery")));
+    EXPECT_THAT(candidates({"describe", ""}),
+                AllOf(Contains("getLog"), Contains("LogQuery"), Contains("FolderAttribute")));
     EXPECT_THAT(candidates({"completion", ""}), ElementsAre("bash", "zsh"));
     EXPECT_THAT(candidates({"getLog", "--"}), AllOf(Contains("--json"), Contains("--database")));
 }

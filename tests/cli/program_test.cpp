@@ -355,7 +355,14 @@ TEST_F(Program, DescribesEveryOperationAndType)
         SCOPED_TRACE(row->name);
         const Result described = run({"describe", row->name});
         EXPECT_EQ(described.status, 0) << described.err;
-        for (uint32_t i = 0; i < row->count; i++) EXPECT_THAT(described.out, HasSubstr(row->arguments[i].name));
+        for (uint32_t i = 0; i < row->count; i++) {
+            EXPECT_THAT(described.out, HasSubstr(row->arguments[i].name));
+            // What the description points at is there.
+            if (!row->arguments[i].type) continue;
+            const char *type = row->arguments[i].type->name;
+            EXPECT_THAT(described.out, HasSubstr(std::string("(qbobj describe ") + type + ")"));
+            EXPECT_THAT(run({"describe", type}).out, StartsWith(std::string(type) + ": a record")) << type;
+        }
         EXPECT_THAT(described.out, Not(HasSubstr("the message says why"))) << "a code without its meaning";
     }
     const Result operation = run({"describe", "addLog"});
@@ -365,6 +372,7 @@ TEST_F(Program, DescribesEveryOperationAndType)
     EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
     EXPECT_THAT(run({"describe", "addUser"}).out,
                 HasSubstr("Codes\n"
+                          "  2    out of memory, or an internal step failed\n"
                           "  5    a database statement failed\n"
                           "  8    an argument is missing, malformed, or refers to nothing\n"
                           "  801  the user name is taken\n"
@@ -380,6 +388,22 @@ TEST_F(Program, DescribesEveryOperationAndType)
     size_t count = 0;
     while (qbobj_find_type("User")[count + 1].kind != '.') count++;
     EXPECT_EQ(fields.size(), count);
+}
+
+TEST_F(Program, FindsTheTypeThatOnlyAnArgumentHas)
+{
+    ASSERT_EQ(qbobj_find_type("FolderAttribute"), nullptr) << "it is not in the type-name table";
+    EXPECT_EQ(run({"describe", "FolderAttribute"}).out,
+              "FolderAttribute: a record\n\n"
+              "  ShareFlags   unsigned 32-bit number\n"
+              "  MediaType    unsigned 32-bit number\n"
+              "  Comment      text\n"
+              "  IsHome       unsigned 32-bit number\n"
+              "  IsSubfolder  unsigned 32-bit number\n\n"
+              "Used by getFolderAttribute\n");
+    EXPECT_EQ(json::parse(run({"describe", "FolderAttribute", "--json"}).out)["fields"].size(), 5u);
+    EXPECT_EQ(run({"list", "--types", "Folder*"}).out, "FolderAttribute\n");
+    EXPECT_THAT(run({"describe", "FolderAttributes"}).err, HasSubstr("did you mean FolderAttribute?"));
 }
 
 TEST_F(Program, ExplainsItself)

@@ -85,7 +85,7 @@ TEST_F(Lists, AppendingDoesNotWalkTheList)
 
 TEST(JoinedText, JoinsWithTheSeparatorBetween)
 {
-    JoinedText<64> text(" AND ");
+    JoinedText<64> text(nullptr, " AND ");
     EXPECT_TRUE(text.empty());
     EXPECT_STREQ(text.text, "");
     EXPECT_TRUE(text.add("a=%d", 1));
@@ -100,14 +100,14 @@ TEST(JoinedText, JoinsWithTheSeparatorBetween)
 TEST(JoinedText, HoldsOneByteLessThanItsSize)
 {
     for (const int length : {0, 1, 14, 15}) {
-        JoinedText<16> text(",");
+        JoinedText<16> text(nullptr, ",");
         EXPECT_TRUE(text.add("%s", std::string(static_cast<size_t>(length), 'x').c_str())) << length;
         EXPECT_EQ(text.size, static_cast<size_t>(length));
         EXPECT_EQ(strlen(text.text), static_cast<size_t>(length));
         EXPECT_FALSE(text.dropped);
     }
     for (const int length : {16, 17, 1000}) {
-        JoinedText<16> text(",");
+        JoinedText<16> text(nullptr, ",");
         EXPECT_FALSE(text.add("%s", std::string(static_cast<size_t>(length), 'x').c_str())) << length;
         EXPECT_TRUE(text.empty());
         EXPECT_STREQ(text.text, "");
@@ -118,13 +118,13 @@ TEST(JoinedText, HoldsOneByteLessThanItsSize)
 TEST(JoinedText, TheSeparatorCounts)
 {
     {
-        JoinedText<16> text(" AND ");
+        JoinedText<16> text(nullptr, " AND ");
         EXPECT_TRUE(text.add("12345"));
         EXPECT_TRUE(text.add("12345"));  // 5 + 5 + 5 fill it
         EXPECT_STREQ(text.text, "12345 AND 12345");
     }
     {
-        JoinedText<16> text(" AND ");
+        JoinedText<16> text(nullptr, " AND ");
         EXPECT_TRUE(text.add("12345"));
         EXPECT_FALSE(text.add("123456"));
         EXPECT_STREQ(text.text, "12345");
@@ -134,7 +134,7 @@ TEST(JoinedText, TheSeparatorCounts)
 
 TEST(JoinedText, WhatDoesNotFitIsLeftOutWholeAndAShorterItemStillFits)
 {
-    SetList<16> set;
+    SetList<16> set(nullptr);
     EXPECT_TRUE(set.add("a=%d", 1));
     EXPECT_FALSE(set.add("name=%Q", "too long for it"));
     EXPECT_TRUE(set.add("b=%d", 2));
@@ -148,7 +148,7 @@ TEST(JoinedText, WhatDoesNotFitIsLeftOutWholeAndAShorterItemStillFits)
 
 TEST(JoinedText, TheFirstItemDroppedLeavesNoSeparator)
 {
-    SetList<8> set;
+    SetList<8> set(nullptr);
     EXPECT_FALSE(set.add("much too long"));
     EXPECT_TRUE(set.empty());
     EXPECT_TRUE(set.add("a=1"));
@@ -160,7 +160,7 @@ TEST(JoinedText, TheFirstItemDroppedLeavesNoSeparator)
 TEST(JoinedText, WritesNothingBehindItsEnd)
 {
     struct {
-        SetList<32> set;
+        SetList<32> set{nullptr};
         char behind[16];
     } memory;
     memset(memory.behind, 0x5A, sizeof memory.behind);

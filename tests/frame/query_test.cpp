@@ -48,7 +48,8 @@ TEST_F(Query, Int32)
         int32_t read;
     } cases[] = {{"0", 0},      {"7", 7},      {"-7", -7},   {"2147483647", INT32_MAX}, {"-2147483648", INT32_MIN},
                  {"NULL", 0},   {"''", 0},     {"'abc'", 0}, {"'12abc'", 12},           {"'  5'", 5},
-                 {"'017'", 17}, {"'0x1F'", 0}, {"2.9", 2}};
+                 {"'017'", 17}, {"'0x1F'", 0}, {"2.9", 2},   {"999999999", 999999999},  {"1000000000", 1000000000},
+                 {"'00'", 0},   {"'+4'", 4}};
     for (const auto &each : cases) {
         put(each.stored);
         Rows rows;
@@ -64,6 +65,8 @@ TEST_F(Query, Uint64DetectsTheBase)
         uint64_t read;
     } cases[] = {{"0", 0},
                  {"12", 12},
+                 {"999999999", 999999999},
+                 {"1000000000", 1000000000},
                  {"9223372036854775807", INT64_MAX},
                  {"'18446744073709551615'", UINT64_MAX},
                  {"'0x1F'", 31},
@@ -93,7 +96,7 @@ TEST_F(Query, TextsAreCopiedIntoThePool)
             text[i] = rows.text(&ctx, i, 0);
             word[i] = rows.word(&ctx, i, 0);
         }
-        EXPECT_FALSE(rows.short_of_memory);
+        EXPECT_FALSE(ctx.short_of_memory);
     }
     EXPECT_STREQ(text[0], "a");
     EXPECT_EQ(text[1], nullptr);

@@ -15,6 +15,7 @@ std::vector<time_t> clock_readings;
 uint32_t begin_answer;
 uint32_t commit_answer;
 uint32_t worker_answer;
+bool worker_lacks_memory;
 std::vector<std::string> places;
 
 void called(const std::string &what, const char *file, uint32_t line)
@@ -88,6 +89,13 @@ QB_RECORD(LogQuery, 0, F(limit), F(offset), F(order), F(timestamp_min), F(timest
 QB_RECORD(LogEntry, 0, F(LogId), F(TimeStamp), F(Severity), F(Category), F(MessageTag), F(MessageArgsXml))
 QB_RECORD(ResourceId, 0, F(resource_id))
 
+uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *, ...)
+{
+    called("report " + std::to_string(code), file, line);
+    *ctx->err = {code, file, line, "reported"};
+    return code;
+}
+
 struct AssertionFailed {
     std::string text;
 };
@@ -121,7 +129,14 @@ uint32_t worker(qb::CallContext *ctx, sqlite3 *, LogQuery *, int32_t number, con
         static LogEntry entry;
         *entries = &entry;
     }
+    ctx->short_of_memory = worker_lacks_memory;
     return worker_answer;
+}
+
+int32_t value_worker(qb::CallContext *ctx, sqlite3 *)
+{
+    ctx->short_of_memory = worker_lacks_memory;
+    return static_cast<int32_t>(worker_answer);
 }
 
 struct Sequence : testing::Test {
@@ -139,6 +154,7 @@ struct Sequence : testing::Test {
         places.clear();
         clock_readings.clear();
         begin_answer = commit_answer = worker_answer = 0;
+        worker_lacks_memory = false;
         worker_err = nullptr;
     }
     uint32_t call(uint32_t level, ErrorInfo *record)
@@ -190,6 +206,35 @@ TEST_F(Sequence, AFailedWorkerIsRolledBackAndNotDumpedAgain)
     EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "dump LogQuery null 0",
                                    "dump LogEntry null 0", "dump ResourceId 0", "worker 5 word", "rollback 0",
                                    "log 4 0 <<<< qbobj_getThing() ==> rc=800 (0ms)\n"));
+}
+
+TEST_F(Sequence, AWorkerThatLackedMemoryHasNotSucceeded)
+{
+    worker_lacks_memory = true;
+    EXPECT_EQ(call(5, &err), 2u);
+    EXPECT_THAT(calls, ElementsAre("time", "log 4 0 >>>> qbobj_getThing()\n", "time", "begin 0", "dump LogQuery null 0",
+                                   "dump LogEntry null 0", "dump ResourceId 0", "worker 5 word", "report 2",
+                                   "rollback 0", "log 4 0 <<<< qbobj_getThing() ==> rc=2 (0ms)\n"));
+    EXPECT_EQ(err.code, 2u);
+    EXPECT_EQ(err.line, line);
+    calls.clear();
+    worker_answer = 5;
+    EXPECT_EQ(call(0, &err), 5u) << "it has reported what failed";
+    EXPECT_THAT(calls, ElementsAre("time", "time", "begin 0", "worker 5 word", "rollback 0"));
+}
+
+TEST_F(Sequence, AValueThatLackedMemoryIsNone)
+{
+    for (const uint32_t value : {0u, 1u, 100u, UINT32_MAX}) {
+        worker_answer = value;
+        worker_lacks_memory = false;
+        EXPECT_EQ(qb::framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), value);
+        worker_lacks_memory = true;
+        calls.clear();
+        EXPECT_EQ(qb::framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), UINT32_MAX);
+        EXPECT_THAT(calls, ElementsAre("time", "time", "begin 0", "rollback 0"));
+        EXPECT_EQ(err.code, 0u);
+    }
 }
 
 TEST_F(Sequence, AFailedBeginSkipsTheWorkerButRollsBack)

@@ -413,7 +413,10 @@ TEST_F(Trace, AFailedCommitIsIgnoredAndNothingStaysOpen)
     sqlite3_commit_hook(db, nullptr, nullptr);
     sqlite3_rollback_hook(db, nullptr, nullptr);
     expect_no_error();
-    EXPECT_THAT(texts(log), ElementsAre(">>>> qbobj_addLog()", "<<<< qbobj_addLog() ==> rc=0 (0ms)"));
+    EXPECT_THAT(texts(log), ElementsAre(">>>> qbobj_addLog()", "Failed to commit, rolled back. constraint failed",
+                                        "<<<< qbobj_addLog() ==> rc=0 (0ms)"));
+    EXPECT_EQ(log[1].level, 2u);
+    EXPECT_EQ(log[1].flag, 0u);
     EXPECT_TRUE(sqlite3_get_autocommit(db));
     EXPECT_EQ(content(), before);
     EXPECT_EQ(add(), 0u);

@@ -459,6 +459,54 @@ TEST_F(EntryFrame, ReturnsAFailedCommit)
     EXPECT_EQ(content(), before);
 }
 
+TEST_F(Entries, RunTheseStatements)
+{
+    sql("CREATE TABLE mirrored (flag);"
+        "INSERT INTO service_misc VALUES ('SWITCH','a','mirrored','flag'),('LANGUAGES_SUPPORTED','x/utf-8',NULL,NULL) "
+        "ON CONFLICT(key) DO UPDATE SET val=excluded.val");
+    const std::string target = "SELECT table_name,column_name FROM service_misc WHERE key=";
+    const struct {
+        std::function<uint32_t()> call;
+        uint32_t code;
+        std::vector<std::string> statements;
+    } cases[] = {
+        {[&] { return get("SWITCH"); }, 0, {"SELECT val FROM service_misc WHERE key='SWITCH'"}},
+        {[&] { return set("N'W", "v"); },
+         0,
+         {target + "'N''W'",
+          "INSERT OR IGNORE INTO service_misc (key,val,table_name,column_name) VALUES('N''W','v',NULL,NULL)"}},
+        {[&] { return set("N'W", nullptr); },
+         0,
+         {target + "'N''W'", "UPDATE service_misc SET val=NULL,table_name=NULL,column_name=NULL WHERE key='N''W'"}},
+        {[&] { return set("NONE", nullptr); }, 0, {target + "'NONE'", "DELETE FROM service_misc WHERE key='NONE'"}},
+        {[&] { return set("SWITCH", "b"); },
+         0,
+         {target + "'SWITCH'", "UPDATE service_misc SET val='b' WHERE key='SWITCH'", "UPDATE mirrored SET flag='b'"}},
+        {[&] { return set("SWITCH", nullptr); },
+         0,
+         {target + "'SWITCH'", "UPDATE service_misc SET val=NULL,table_name=NULL,column_name=NULL WHERE key='SWITCH'",
+          "UPDATE mirrored SET flag=NULL"}},
+        {[&] { return set("LANGUAGE", "y"); },
+         8,
+         {"SELECT 1 FROM service_misc WHERE key='LANGUAGES_SUPPORTED' AND (val='y/utf-8' OR val LIKE 'y/utf-8,%' OR "
+          "val LIKE '%,y/utf-8' OR val LIKE '%,y/utf-8,%')"}},
+        {[&] { return set_free("k", "v"); },
+         0,
+         {"INSERT OR IGNORE INTO `$registry` (value,key) VALUES('v','k')",
+          "UPDATE `$registry` SET value='v' WHERE key='k'"}},
+        {[&] { return get_free("k"); }, 0, {"SELECT value FROM `$registry` WHERE key='k'"}},
+        {[&] { return set_free("k", nullptr); }, 5, {"DELETE FROM `$registry` SET value=NULL WHERE key='k'"}},
+    };
+    for (const auto &each : cases) {
+        take_statements();
+        EXPECT_EQ(each.call(), each.code) << err.message;
+        std::vector<std::string> expected = each.statements;
+        expected.insert(expected.begin(), "BEGIN IMMEDIATE");
+        expected.push_back(each.code ? "ROLLBACK" : "COMMIT");
+        EXPECT_EQ(take_statements(), expected);
+    }
+}
+
 TEST_F(EntryFrame, IsOneTransaction)
 {
     take_statements();

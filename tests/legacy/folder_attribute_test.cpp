@@ -75,13 +75,27 @@ TEST_F(Folders, TellsWhatAFolderIs)
 
 TEST_F(Folders, AsksNoMoreThanItNeeds)
 {
+    const std::string shares =
+        "SELECT CASE WHEN CIFS.share_id NOT NULL THEN 1 ELSE 0 END|CASE WHEN CIFS.cifs_hide_share THEN 2 ELSE 0 END,"
+        "IFNULL(DLNA.media_type,0),S.comment FROM share S LEFT JOIN cifs_share_option CIFS ON CIFS.share_id=S.id "
+        "LEFT JOIN dlna_share_option DLNA ON DLNA.share_id=S.id WHERE ";
     const struct {
-        const char *path;
-        size_t statements;
+        std::string path;
+        size_t questions;
     } cases[] = {{"/tank/smb", 1}, {"/tank/smb/x", 2}, {"/tank/home/anna", 3}, {"/tank/home/anna/x", 4}, {"/", 4}};
     for (const auto &each : cases) {
-        ASSERT_EQ(ask(each.path), 0u);
-        EXPECT_THAT(take_statements(), SizeIs(2 + each.statements)) << each.path;
+        SCOPED_TRACE(each.path);
+        std::vector<std::string> expected = {
+            shares + "S.path='" + each.path + "'",
+            shares + "'" + each.path + "' LIKE S.path||'/%'",
+            "SELECT 1 FROM `$user` U WHERE U.home='" + each.path + "'",
+            "SELECT 1 FROM `$user` U WHERE '" + each.path + "' LIKE U.home||'/%'",
+        };
+        expected.resize(each.questions);
+        expected.insert(expected.begin(), "BEGIN IMMEDIATE");
+        expected.push_back("COMMIT");
+        ASSERT_EQ(ask(each.path.c_str()), 0u);
+        EXPECT_EQ(take_statements(), expected);
     }
 }
 

@@ -1,3 +1,4 @@
+#include <functional>
 #include <random>
 
 #include "fixture/fixture.h"
@@ -283,7 +284,11 @@ TEST_F(Network, ChangesAllAtOnceWithOneStatement)
     NetworkInterface change = eth0();
     change.Protocol = "it's";
     ASSERT_EQ(modify(change), 0u) << err.message;
-    EXPECT_THAT(take_statements(), SizeIs(3));
+    EXPECT_THAT(take_statements(),
+                ElementsAre("BEGIN IMMEDIATE",
+                            "UPDATE network_if SET mac='00:1a:2B:3c:4D:5e',protocol='it''s',ip='192.168.1.10',"
+                            "dns1='192.168.1.1',dns2='192.168.1.2',gateway='192.168.1.254' WHERE Name='eth0'",
+                            "COMMIT"));
     EXPECT_THAT(stored(),
                 ElementsAre("eth0|00:1a:2B:3c:4D:5e|it's|192.168.1.10|192.168.1.1|192.168.1.2|192.168.1.254|NULL"))
         << "the subnet cannot be changed";
@@ -325,6 +330,55 @@ TEST_F(Network, RefusesBadChanges)
     }
     fail_statement(1);
     expect_failure(5, "Failed 'UPDATE network_if'. injected", [&] { return modify(eth0()); });
+}
+
+TEST_F(Network, LooksAtChangesInOrder)
+{
+    ASSERT_EQ(add(eth0()), 0u);
+    NetworkInterface bad{};
+    bad.Mac = bad.IP = bad.DNS1 = bad.DNS2 = bad.Gateway = "x";
+    const struct {
+        Field field;
+        const char *good;
+        const char *message;
+    } steps[] = {
+        {&NetworkInterface::Name, "eth0", "NetworkInterface Name cannot be NULL."},
+        {&NetworkInterface::Mac, "0:1:2:3:4:5", "NetworkInterface Mac (x) is invalid."},
+        {&NetworkInterface::IP, "1.2.3.4", "NetworkInterface IP (x) is invalid."},
+        {&NetworkInterface::DNS1, "1.2.3.4", "NetworkInterface DNS1 (x) is invalid."},
+        {&NetworkInterface::DNS2, "1.2.3.4", "NetworkInterface DNS2 (x) is invalid."},
+        {&NetworkInterface::Gateway, "1.2.3.4", "NetworkInterface Gateway (x) is invalid."},
+    };
+    for (const auto &step : steps) {
+        expect_failure(8, step.message, [&] { return modify(bad); });
+        bad.*step.field = step.good;
+    }
+    EXPECT_EQ(modify(bad), 0u) << err.message;
+}
+
+TEST_F(Network, RunsOneStatementEach)
+{
+    NetworkInterfaceCollection all{};
+    const struct {
+        std::function<uint32_t()> call;
+        std::string statement;
+    } calls[] = {
+        {[&] { return add(eth0()); },
+         "INSERT INTO network_if (name,mac,protocol,ip,dns1,dns2,gateway,subnet) VALUES('eth0','00:1a:2B:3c:4D:5e',"
+         "'static','192.168.1.10','192.168.1.1','192.168.1.2','192.168.1.254','255.255.255.0')"},
+        {[&] { return qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err); },
+         "SELECT N.name,N.mac,N.protocol,N.ip,N.dns1,N.dns2,N.gateway,N.subnet FROM network_if N ORDER BY N.name "
+         "COLLATE NOCASE"},
+        {[&] { return get("eth0"); },
+         "SELECT N.name,N.mac,N.protocol,N.ip,N.dns1,N.dns2,N.gateway,N.subnet FROM network_if N WHERE "
+         "N.name='eth0'"},
+        {[&] { return remove("eth0"); }, "DELETE FROM network_if WHERE name='eth0'"},
+    };
+    for (const auto &each : calls) {
+        take_statements();
+        EXPECT_EQ(each.call(), 0u) << err.message;
+        EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE", each.statement, "COMMIT"));
+    }
 }
 
 TEST_F(Network, LeavesNothingOutThatIsTooLong)

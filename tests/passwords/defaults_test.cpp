@@ -24,7 +24,14 @@ TEST_F(Defaults, AreReadInto)
         "home_folder_capacity_limit=5000000000,group_membership='staff',private_time_machine=1,"
         "private_time_machine_space=250,snapshot_protection=2");
     def = {};
+    take_statements();
     ASSERT_EQ(get(), 0u) << err.message;
+    EXPECT_THAT(take_statements(),
+                ElementsAre("BEGIN IMMEDIATE",
+                            "SELECT A.home_volume_id,A.diskquota_warn,A.group_id,A.disallow_password_change,"
+                            "A.home_folder_capacity_limit,A.group_membership,A.private_time_machine,"
+                            "A.private_time_machine_space,A.snapshot_protection FROM account_default A LIMIT 1",
+                            "COMMIT"));
     EXPECT_STREQ(def.HomeVolumeId, "tank");
     EXPECT_EQ(def.DiskQuotaWarn, 70);
     EXPECT_EQ(def.GroupId, 120);
@@ -141,6 +148,13 @@ TEST_F(Defaults, RefusesUnknownGroups)
 
 TEST_F(Defaults, WriteFailure)
 {
+    for (const int nth : {1, 2}) {  // by id, by name
+        def.HomeVolumeId = nth == 1 ? "tank" : "pool two";
+        fail_statement(nth, 1, "injected", "FROM _volume");
+        expect_failure(8, "Invalid HomeVolumeId.", [&] { return set(); });
+    }
+    fail_statement(1, 1, "injected", "FROM `$group`");
+    expect_failure(8, "Invalid group name (staff). Not exist.", [&] { return set(); });
     fail_statement(1, 1, "injected", "UPDATE account_default");
     expect_failure(5, "Failed update account_default table. (injected)", [&] { return set(); });
 }

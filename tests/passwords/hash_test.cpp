@@ -9,7 +9,6 @@
 
 #include "fixture/fixture.h"
 #include "legacy/password.h"
-#include "validate/validate.h"
 
 using testing::Each;
 using testing::MatchesRegex;
@@ -137,13 +136,6 @@ TEST_F(Hash, VerifiesHashesOfOtherKinds)
     ASSERT_EQ(sha.substr(0, 3), "$6$");
     EXPECT_TRUE(qb::verify_password(&ctx, "secret", sha.c_str()));
     EXPECT_FALSE(qb::verify_password(&ctx, "other", sha.c_str()));
-}
-
-TEST_F(Hash, OnlyTheMaskIsTheMask)
-{
-    EXPECT_TRUE(qb::is_mask("●●●●●●●●"));
-    for (const char *other : {"", "●●●●●●●", "●●●●●●●●●", "********"}) EXPECT_FALSE(qb::is_mask(other)) << other;
-    EXPECT_FALSE(qb::is_mask(nullptr));
 }
 
 }  // namespace

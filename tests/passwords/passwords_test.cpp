@@ -50,7 +50,13 @@ TEST_F(Passwords, AdminIsReadWithoutThePassword)
         "UPDATE `$user` SET shell_access=1 WHERE id=98");
     admin.Password = "before";
     admin.ResetFlag = 7;
+    take_statements();
     ASSERT_EQ(get_admin(), 0u) << err.message;
+    EXPECT_THAT(take_statements(),
+                ElementsAre("BEGIN IMMEDIATE",
+                            "SELECT PR.question,PR.answer,PR.email,PR.enabled,PR.method FROM passwordrecovery PR "
+                            "LIMIT 1",
+                            "SELECT U.shell_access FROM `$user` U WHERE id=98", "COMMIT"));
     EXPECT_EQ(admin.Password, nullptr);
     EXPECT_STREQ(admin.Question, "Pet?");
     EXPECT_STREQ(admin.Answer, "Rex");
@@ -101,7 +107,12 @@ TEST_F(Passwords, AdminIsWrittenStepByStep)
 TEST_F(Passwords, AdminAndRootGetOneHash)
 {
     admin.Password = "secret";
+    take_statements();
     ASSERT_EQ(set_admin(), 0u) << err.message;
+    const auto statements = take_statements();
+    ASSERT_GE(statements.size(), 3u);
+    EXPECT_EQ(statements.end()[-3], "UPDATE `$user` SET passwd='" + hash_of("admin") + "' WHERE uname='admin'");
+    EXPECT_EQ(statements.end()[-2], "UPDATE `$user` SET passwd='" + hash_of("admin") + "' WHERE uname='root'");
     EXPECT_TRUE(opens("secret", hash_of("admin"))) << hash_of("admin");
     EXPECT_EQ(hash_of("root"), hash_of("admin"));
     EXPECT_EQ(hash_of("anna"), "$1$old");
@@ -338,7 +349,7 @@ TEST_F(Passwords, MineFailures)
     give("anna", "$1$saltsalt$", "old");
     mine = {nullptr, "anna", "old", "new"};
     fail_statement(1, 1, "injected", "SELECT id FROM `$user`");
-    expect_failure(8, "Invalid UserName.", [&] { return set_mine(); });
+    expect_failure(5, "SQL Query fail. Look-up failed.", [&] { return set_mine(); });
     fail_statement(1, 1, "injected", "SELECT U.passwd");
     expect_failure(5, "SQL Query fail. injected", [&] { return set_mine(); });
     fail_statement(1, 1, "injected", "UPDATE `$user` SET passwd=");

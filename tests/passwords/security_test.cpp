@@ -41,7 +41,15 @@ TEST_F(Directory, IsRead)
     security = {};
     security.passWord = "before";
     security.restrictAccountOu = "before";
+    take_statements();
     ASSERT_EQ(get(), 0u) << err.message;
+    EXPECT_THAT(take_statements(),
+                ElementsAre("BEGIN IMMEDIATE",
+                            "SELECT S.security,S.workgroup,S.realm,S.orgunit,S.restrict_ou,S.no_sync_ads,"
+                            "S.domain_admin_user,S.password_server,S.allow_trusted_domains,S.domain_sid,"
+                            "IFNULL(S.domain_admin_gid,98),IFNULL(S.domain_admin_uid,98),"
+                            "IFNULL(S.join_ads_failed,0),S.idmap_backend FROM service_cifs S LIMIT 1",
+                            "COMMIT"));
     EXPECT_STREQ(security.Security, "ads");
     EXPECT_STREQ(security.Realm, "corp.example.com");
     EXPECT_STREQ(security.workGroup, "CORP");
@@ -275,7 +283,10 @@ TEST_F(Directory, ModeIsTheExactWord)
     for (const auto &each : cases) {
         sql(std::string("UPDATE service_cifs SET security=") + each.stored);
         int32_t ads = -1;
+        take_statements();
         EXPECT_EQ(qb::read_ads_mode(&ctx, db, &ads), 0u);
+        EXPECT_THAT(take_statements(),
+                    ElementsAre("SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1"));
         EXPECT_EQ(ads, each.ads) << each.stored;
     }
     fail_statement(1, 1, "injected", "service_cifs");
@@ -291,7 +302,16 @@ TEST_F(Directory, ProgressIsRead)
 {
     sql("UPDATE _ads_importer SET "
         "state=1,total_user=20,curr_user=10,total_group=0,curr_group=0,start_at=1000,done_at=7");
+    take_statements();
     ASSERT_EQ(get_progress(), 0u) << err.message;
+    EXPECT_THAT(
+        take_statements(),
+        ElementsAre("BEGIN IMMEDIATE",
+                    "SELECT CASE WHEN I.state=0 THEN 'idle' WHEN I.state=1 THEN 'running' WHEN I.state=2 THEN "
+                    "'complete' ELSE 'error' END,I.total_user,I.curr_user,I.total_group,I.curr_group,I.start_at,"
+                    "I.done_at,CASE WHEN I.total_user>0 THEN 50*I.curr_user/I.total_user ELSE 0 END + CASE WHEN "
+                    "I.total_group>0 THEN 50*I.curr_group/I.total_group ELSE 0 END FROM _ads_importer I LIMIT 1",
+                    "COMMIT"));
     EXPECT_STREQ(progress.State, "running");
     EXPECT_EQ(progress.Percent, 25);
     EXPECT_EQ(progress.TotalUser, 20);

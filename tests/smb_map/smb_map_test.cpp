@@ -160,6 +160,31 @@ TEST_F(Map, ChangesTheSmbNameOfOneType)
     EXPECT_EQ(set_smb_name(map("carl", "x")), 0u);
 }
 
+TEST_F(Map, RunsOneStatementEach)
+{
+    struct {
+        const char *statement;
+        uint32_t (*call)(Map *);
+    } const cases[] = {
+        {"SELECT id, unix_uname, smb_uname, type FROM `smb_username_map`", [](Map *t) { return t->list(); }},
+        {"SELECT COUNT(*) FROM `smb_username_map` WHERE unix_uname='o''b' AND type='uname'",
+         [](Map *t) { return t->count("o'b"); }},
+        {"INSERT INTO `smb_username_map` (unix_uname, smb_uname, type) VALUES('o''b', 'x', 'uname')",
+         [](Map *t) { return t->add(t->map("o'b", "x")); }},
+        {"UPDATE `smb_username_map` SET smb_uname='y' WHERE unix_uname='o''b' AND type='uname'",
+         [](Map *t) { return t->set_smb_name(t->map("o'b", "y")); }},
+        {"UPDATE `smb_username_map` SET unix_uname='bob' WHERE unix_uname='o''b'",
+         [](Map *t) { return qbobj_setSmbUserNameMapUnixUserNameForAll(t->qbdb, t->db, "o'b", "bob", &t->err); }},
+        {"DELETE FROM `smb_username_map` WHERE unix_uname = 'bob'",
+         [](Map *t) { return qbobj_deleteSmbUserNameMap(t->qbdb, t->db, "bob", &t->err); }},
+    };
+    for (const auto &row : cases) {
+        take_statements();
+        EXPECT_EQ(row.call(this), 0u) << row.statement;
+        EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE", row.statement, "COMMIT"));
+    }
+}
+
 TEST_F(Map, RefusesTypes)
 {
     sql("INSERT INTO smb_username_map(unix_uname,smb_uname,type) VALUES('anna','a','uname')");

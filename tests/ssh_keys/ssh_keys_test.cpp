@@ -1,9 +1,4 @@
-#include <apr_strings.h>
-#include <dlfcn.h>
-
-#include <cstdarg>
-
-#include "fixture/fixture.h"
+#include "fixture/allocations.h"
 
 using test::elements;
 using testing::AllOf;
@@ -14,30 +9,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
-
-namespace {
-
-size_t refused_size = 0;     // allocations of this size find no memory; 0 for none
-bool refused_texts = false;  // formatted texts find no memory
-
-}  // namespace
-
-// In front of the pool library's: memory can run out where a test wants it to.
-extern "C" void *apr_palloc(apr_pool_t *pool, apr_size_t size)
-{
-    static const auto allocate = reinterpret_cast<decltype(&apr_palloc)>(dlsym(RTLD_NEXT, "apr_palloc"));
-    return refused_size && size == refused_size ? nullptr : allocate(pool, size);
-}
-
-extern "C" char *apr_psprintf(apr_pool_t *pool, const char *format, ...)
-{
-    if (refused_texts) return nullptr;
-    va_list args;
-    va_start(args, format);
-    char *text = apr_pvsprintf(pool, format, args);
-    va_end(args);
-    return text;
-}
 
 namespace {
 
@@ -52,11 +23,7 @@ struct SshKeys : test::Database {
             "VALUES(100,'anna',0,'/bin/false'),(101,'bob',1,'/bin/bash')");
         key = {nullptr, 0, 0, 100, "login", "ssh-ed25519", "AAAA", "anna@laptop", "SHA256:x", "laptop"};
     }
-    ~SshKeys() override
-    {
-        refused_size = 0;
-        refused_texts = false;
-    }
+    ~SshKeys() override { test::fail_allocation(0); }
 
     uint32_t add() { return qbobj_addSshPublicKey(qbdb, db, &key, &err); }
     uint32_t change() { return qbobj_setSshPublicKeyById(qbdb, db, &key, &err); }
@@ -191,9 +158,8 @@ TEST_F(SshKeys, AddFailures)
     key.UserId = 98;
     fail_statement(2, 1, "injected", "INSERT INTO `ssh_public_key`");
     expect_failure(5, "Failed DB Query for 'INSERT ssh_public_key'. injected", [&] { return add(); });
-    refused_texts = true;
+    test::fail_allocation(1);
     expect_plain_failure(2, "OOM in x_qbobj_addSshPublicKey", [&] { return add(); });
-    refused_texts = false;
     EXPECT_EQ(key.Id, 0);
     EXPECT_EQ(add(), 0u) << err.message;
 }
@@ -201,8 +167,33 @@ TEST_F(SshKeys, AddFailures)
 TEST_F(SshKeys, AddThatCannotLookUpAddsNothing)
 {
     fail_statement(1, 1, "injected", "FROM `$user`");
-    expect_failure(836, "User id 100 does not exist", [&] { return add(); });
-    fail_statement(1, 1, "injected", "SELECT COUNT(*) FROM ssh_public_key");
+    expect_failure(5, "Failed DB Query for user. Look-up failed.", [&] { return add(); });
+    for (const char *part : {"user_id=100 AND key=", "SELECT COUNT(*) FROM ssh_public_key"}) {
+        fail_statement(1, 1, "injected", part);
+        expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return add(); });
+    }
+}
+
+TEST_F(SshKeys, ChangeAndRemovalThatCannotLookUpChangeNothing)
+{
+    ASSERT_EQ(add(), 0u) << err.message;
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return change(); });
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return remove(); });
+}
+
+TEST_F(SshKeys, AddLooksAtUserKeyAndLimitInOrder)
+{
+    ASSERT_EQ(add(), 0u) << err.message;
+    fill(255);
+    key.UserId = 50;  // whom nobody knows either
+    expect_failure(802, "Cannot add ssh public key for system reserved user id 50", [&] { return add(); });
+    key.UserId = 102;
+    expect_failure(836, "User id 102 does not exist", [&] { return add(); });
+    key.UserId = 100;
+    expect_failure(837, "The SSH public key already exists", [&] { return add(); });
+    key.Key = "BBBB";
     expect_failure(842, "The number of SSH public key overflows. Maximum is 256.", [&] { return add(); });
 }
 
@@ -283,6 +274,8 @@ TEST_F(SshKeys, ChangeFailures)
     key.Id = 1;
     expect_failure(838, "Key id 1 does not exist", [&] { return change(); });
     ASSERT_EQ(add(), 0u) << err.message;
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(838, "Key id 1 does not exist", [&] { return change(); });
     key.Title = "tablet";
     fail_statement(1, 1, "injected", "UPDATE `ssh_public_key`");
     expect_plain_failure(5, "Failed DB Query for 'UPDATE ssh_public_key'. injected", [&] { return change(); });
@@ -308,9 +301,10 @@ TEST_F(SshKeys, ChangeFailuresOfTheTwin)
     expect_plain_failure(5, "Failed DB Query for 'UPDATE ssh_public_key'. injected", [&] { return change(); });
     fail_statement(1, 1, "injected", "AND user_id = 0");
     expect_failure(5, "Failed to find the tied root ssh public key for key id 1", [&] { return change(); });
-    refused_texts = true;
+    test::fail_allocation(7);  // the twin has six texts
     expect_plain_failure(2, "OOM in x_qbobj_setSshPublicKeyById", [&] { return change(); });
-    refused_texts = false;
+    test::fail_allocation(6);
+    expect_failure(5, "Failed to find the tied root ssh public key for key id 1", [&] { return change(); });
     sql("DELETE FROM ssh_public_key WHERE user_id=0");
     expect_failure(5, "Failed to find the tied root ssh public key for key id 1", [&] { return change(); });
 }
@@ -359,6 +353,8 @@ TEST_F(SshKeys, RemoveFailures)
     key.Id = 1;
     expect_failure(838, "Key id 1 does not exist", [&] { return remove(); });
     ASSERT_EQ(add(), 0u) << err.message;
+    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
+    expect_failure(838, "Key id 1 does not exist", [&] { return remove(); });
     fail_statement(1, 1, "injected", "DELETE FROM `ssh_public_key`");
     expect_failure(5, "Failed DB Query for 'DELETE ssh_public_key'. injected", [&] { return remove(); });
     for (const char *part : {"SELECT shell_access", "serve_for='rsync'", "UPDATE '$user'"}) {
@@ -502,11 +498,27 @@ TEST_F(SshKeys, AllReadFailuresLeaveTheList)
     fail_statement(1, 1, "injected", "FROM `ssh_public_key`");
     expect_failure(5, "Failed DB Query for 'SELECT FROM ssh_public_key'. injected", call);
     EXPECT_EQ(keys.SshPublicKey, nullptr);
-    refused_size = sizeof(SshPublicKey);
+    test::fail_allocation(1);
     expect_failure(2, "Failed to allocate object.", call);
     EXPECT_EQ(keys.SshPublicKey, nullptr);
-    refused_size = 0;
-    EXPECT_EQ(call(), 0u);
+    test::fail_allocation(2);
+    expect_failure(2, "Failed to allocate resource.", call);
+    EXPECT_EQ(keys.SshPublicKey, nullptr);
+    test::expect_each_allocation_noticed(err, call, 2, nullptr);
+}
+
+TEST_F(SshKeys, ReadWithoutMemoryLeavesTheRecord)
+{
+    ASSERT_EQ(add(), 0u) << err.message;
+    SshPublicKey read{};
+    const auto call = [&] {
+        read = {};
+        const uint32_t rc = qbobj_getSshPublicKeyById(qbdb, db, 1, &read, &err);
+        EXPECT_EQ(read.Id, rc ? 0 : 1);
+        EXPECT_EQ(read.ServeFor == nullptr, rc != 0);
+        return rc;
+    };
+    test::expect_each_allocation_noticed(err, call, 2, "Failed to allocate resource.");
 }
 
 // ---- Log and assertions

@@ -197,7 +197,7 @@ TEST_F(Lookups, Users)
     EXPECT_TRUE(qbdb_find_user_id(qbdb, db, -5));
     EXPECT_FALSE(qbdb_find_user_id(qbdb, db, 4711));
     fail_statement(1, 10);
-    EXPECT_FALSE(qbdb_find_user_id(qbdb, db, 0));
+    EXPECT_EQ(qbdb_find_user_id(qbdb, db, 0), -1) << "neither found nor missing";
 }
 
 TEST_F(Lookups, Keys)
@@ -216,9 +216,9 @@ TEST_F(Lookups, Keys)
     EXPECT_THAT(rows("SELECT id FROM ssh_public_key"), ElementsAre("2", "4"));
     EXPECT_EQ(qbdb_delete_ssh_public_key_by_uid(qbdb, db, 98), 0);
     sql("DROP TABLE ssh_public_key");
-    EXPECT_EQ(qbdb_get_number_of_ssh_public_key(qbdb, db), INT32_MAX) << "a limit holds";
-    EXPECT_FALSE(qbdb_find_ssh_public_key_id(qbdb, db, 2));
-    EXPECT_FALSE(qbdb_find_ssh_public_key_user_id_key(qbdb, db, 0, "AAA"));
+    EXPECT_EQ(qbdb_get_number_of_ssh_public_key(qbdb, db), -1);
+    EXPECT_EQ(qbdb_find_ssh_public_key_id(qbdb, db, 2), -1);
+    EXPECT_EQ(qbdb_find_ssh_public_key_user_id_key(qbdb, db, 0, "AAA"), -1);
     EXPECT_NE(qbdb_delete_ssh_public_key_by_uid(qbdb, db, 98), 0);
 }
 
@@ -238,9 +238,10 @@ TEST_F(Lookups, NoSyncAds)
     EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), 1);
     sql("UPDATE service_cifs SET no_sync_ads=NULL");
     EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), 0);
-    sql("UPDATE service_cifs SET no_sync_ads=1");
+    sql("UPDATE service_cifs SET no_sync_ads=-1");
+    EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), 1);
     fail_statement(1, 10);
-    EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), 0);
+    EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), -1);
     sql("DELETE FROM service_cifs");
     EXPECT_EQ(qbdb_get_no_sync_ads(qbdb, db), 0);
 }

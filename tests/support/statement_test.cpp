@@ -123,7 +123,10 @@ TEST_P(Plans, BindWhereAValueStands)
 const PlanCase kPlans[] = {
     {"SELECT 1", ""},
     {"SELECT a FROM t WHERE a=%d AND b=%u AND c=%ld AND d=%lu AND e=%lld AND f=%llu AND g=%Q", "bbbbbbb"},
-    {"SELECT a FROM t WHERE a='%q' AND b LIKE '%%%q%%' AND c='%d'", "sss"},
+    {"SELECT a FROM t WHERE a='%q' AND b LIKE '%%%q%%' AND c='%d'", "bbs"},
+    {"SELECT '/home/%s', '%s/%s', x'%s', 'it''s %s', '%s''s', '%s'%d, '%s'", "bsssssssb"},
+    {"SELECT '%s", "s"},
+    {"SELECT a FROM t ORDER BY '%s'", "s"},
     {"SELECT a FROM `%s` WHERE %s=%d", "ssb"},
     {"SELECT a FROM t WHERE a=%c", "s"},
     {"SELECT a FROM t WHERE col%d=1 AND x%Q=2 AND %d.5=a AND %Qx AND %d%d", "ssssss"},
@@ -198,7 +201,16 @@ TEST_F(Statements, GiveWhatSqliteGives)
     same("SELECT 8 %s/* ' */ AS a, '%d' AS b", "/ 2", 4);
     same("SELECT '%s' AS a, %d AS b", "x' AS z, 'y", 4);
     same("SELECT '%s AS a, %d AS b", "x'", 4);
-    same("SELECT '%s', %d AS b", "x", 4);
+    same("SELECT '%s' || '' AS a, %d AS b", "x", 4);
+    for (const char *name : {"anna", "o'hara", "", "100%"}) {
+        same("SELECT '/home/%s' AS a, %d AS b, '<%q>' AS c", name, 4, name);
+        same("SELECT '/home/%s/100%%' AS a", name);
+        same("SELECT id FROM t WHERE name='%q' OR name LIKE '%%%q%%'", name, name);
+        same("SELECT 1 AS '%s'", name);
+        same("SELECT id FROM '%s'", name);
+        same("SELECT id FROM t WHERE id IN '%s'", name);
+    }
+    same("SELECT id FROM '%s' WHERE name='%q'", "t", "anna");
     same("SELECT %s AS a, %d AS b", "?", 4);
     same("SELECT %s AS a, %d AS b", "$v", 4);
     same("SELECT %s$v AS a, %d AS b", "", 4);

@@ -139,6 +139,41 @@ TEST_F(Transactions, AnOperationInsideATransactionFailsAndLeavesItOpen)
     EXPECT_EQ(value("SELECT a FROM t"), "1");
 }
 
+TEST_F(Transactions, AFailedCommitIsLogged)
+{
+    struct Refuse {
+        static int commit(void *, const char *sql, const char *, uint32_t, const char **text)
+        {
+            *text = "no room";
+            return strcmp(sql, "COMMIT") == 0 ? SQLITE_FULL : 0;
+        }
+    };
+    for (const uint32_t level : {1u, 2u}) {
+        qbdb->log_level = level;
+        log.clear();
+        sqlite3_commit_hook(
+            db, [](void *) { return 1; }, nullptr);
+        ASSERT_EQ(begin(db), 0u);
+        ASSERT_EQ(insert(1), 0);
+        EXPECT_EQ(commit(db), 19u);
+        sqlite3_commit_hook(db, nullptr, nullptr);
+        qbdb_set_statement_hook(qbdb, Refuse::commit, nullptr);
+        ASSERT_EQ(begin(db), 0u);
+        EXPECT_EQ(commit(db), 13u);
+        qbdb_set_statement_hook(qbdb, nullptr, nullptr);
+        ASSERT_EQ(begin(db), 0u);
+        EXPECT_EQ(commit(db), 0u);
+        ASSERT_EQ(log.size(), level == 1 ? 0u : 2u);
+        if (level == 1) continue;
+        EXPECT_EQ(log[0].text, "Failed to commit, rolled back. constraint failed\n");
+        EXPECT_EQ(log[1].text, "Failed to commit, rolled back. no room\n");
+        EXPECT_EQ(log[0].file, "f.cpp");
+        EXPECT_EQ(log[0].line, 2u);
+        EXPECT_EQ(log[0].level, 2u);
+        EXPECT_EQ(log[0].flag, 0u);
+    }
+}
+
 TEST_F(Transactions, AFailedCommitLeavesNothingOpen)
 {
     sql("PRAGMA foreign_keys=ON; CREATE TABLE p (id INTEGER PRIMARY KEY);"

@@ -135,6 +135,48 @@ TEST_F(ValidateDb, LooksNamesUp)
     EXPECT_EQ(err.code, 0u) << "what is not found is the caller's to report";
 }
 
+TEST_F(ValidateDb, AsksTheseQuestions)
+{
+    const struct {
+        NameCheck check;
+        const char *statement;
+    } rows[] = {
+        {NameCheck::domain_user,
+         "SELECT id FROM `$user` WHERE uname='x''y' COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) ORDER BY "
+         "is_privileged DESC"},
+        {NameCheck::local_user, "SELECT id FROM `$user` WHERE uname='x''y' AND rid IS NULL"},
+        {NameCheck::share_name, "SELECT id FROM share WHERE name='x''y'"},
+        {NameCheck::share_of_path, "SELECT id FROM share WHERE 'x''y'=path OR 'x''y' LIKE path||'/%'"},
+        {NameCheck::share_dataset, "SELECT id FROM share WHERE zfs_name='x''y'"},
+        {NameCheck::share_application, "SELECT app_name FROM '$application_on_share' WHERE zfs_name='x''y' limit 1"},
+        {NameCheck::volume_id, "SELECT id FROM _volume WHERE id='x''y'"},
+        {NameCheck::volume_name, "SELECT id FROM _volume WHERE lv_name='x''y'"},
+        {NameCheck::domain_group,
+         "SELECT id FROM `$group` WHERE gname='x''y' COLLATE BINARY AND (rid IS NOT NULL OR is_privileged=1) ORDER BY "
+         "is_privileged DESC"},
+        {NameCheck::local_group, "SELECT id FROM `$group` WHERE gname='x''y' AND rid IS NULL"},
+        {NameCheck::backup_job, "SELECT id FROM backup WHERE name='x''y'"},
+        {NameCheck::lun, "SELECT rowid FROM `$iscsi_lun` WHERE name='x''y'"},
+        {NameCheck::lun_group, "SELECT rowid FROM `$iscsi_lun_group` WHERE name='x''y'"},
+        {NameCheck::initiator, "SELECT rowid FROM `$iscsi_initiator` WHERE name='x''y'"},
+        {NameCheck::alias, "SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname='x''y' limit 1"},
+    };
+    ASSERT_EQ(std::size(rows), static_cast<size_t>(kChecks));
+    for (const auto &row : rows) {
+        check_name(&ctx, db, row.check, "x'y");
+        EXPECT_THAT(take_statements(), ElementsAre(row.statement));
+    }
+    int32_t count = 0;
+    check_id(&ctx, db, IdCheck::user, -7);
+    check_id(&ctx, db, IdCheck::group, 98);
+    count_rsync_keys(&ctx, db, 100, &count);
+    count_timemachine_quotas(&ctx, db, &count);
+    EXPECT_THAT(take_statements(),
+                ElementsAre("SELECT id FROM `$user` WHERE id=-7", "SELECT id FROM `$group` WHERE id=98",
+                            "SELECT COUNT(*) FROM ssh_public_key WHERE user_id=100 AND serve_for='rsync'",
+                            "SELECT COUNT(*) FROM '$timemachine_quota'"));
+}
+
 TEST_F(ValidateDb, FindsNoNullName)
 {
     for (int check = 0; check < kChecks; check++) {

@@ -56,10 +56,33 @@ std::vector<const QbobjOperation *> matching_operations(const std::string &patte
     return found;
 }
 
-std::vector<const QbobjType *> matching_types(const std::string &pattern)
+/// The types of the type-name table, then those that only arguments have.
+const std::vector<const QbobjField *> &all_types()
 {
-    std::vector<const QbobjType *> found;
-    for (const QbobjType *type = qbobj_types(); type->name; type++)
+    static const std::vector<const QbobjField *> all = [] {
+        std::vector<const QbobjField *> types;
+        const auto add = [&types](const QbobjField *type) {
+            if (type && std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
+        };
+        for (const QbobjType *row = qbobj_types(); row->name; row++) add(row->fields);
+        for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
+            for (uint32_t i = 0; i < row->count; i++) add(row->arguments[i].type);
+        return types;
+    }();
+    return all;
+}
+
+const QbobjField *find_type(const std::string &name)
+{
+    for (const QbobjField *type : all_types())
+        if (name == type->name) return type;
+    return nullptr;
+}
+
+std::vector<const QbobjField *> matching_types(const std::string &pattern)
+{
+    std::vector<const QbobjField *> found;
+    for (const QbobjField *type : all_types())
         if (pattern.empty() || matches(pattern, type->name)) found.push_back(type);
     if (found.empty()) throw Failure("no type matches " + pattern + did_you_mean(pattern, type_names()));
     return found;
@@ -239,7 +262,7 @@ Names operation_names()
 Names type_names()
 {
     Names names;
-    for (const QbobjType *type = qbobj_types(); type->name; type++) names.emplace_back(type->name);
+    for (const QbobjField *type : all_types()) names.emplace_back(type->name);
     return names;
 }
 
@@ -276,28 +299,28 @@ Json operations_json(const std::string &pattern)
 std::string types_text(const std::string &pattern)
 {
     std::string text;
-    for (const QbobjType *type : matching_types(pattern)) text.append(type->name).append("\n");
+    for (const QbobjField *type : matching_types(pattern)) text.append(type->name).append("\n");
     return text;
 }
 
 Json types_json(const std::string &pattern)
 {
     Json array = Json::array();
-    for (const QbobjType *type : matching_types(pattern)) array.push_back(type_json(type->fields));
+    for (const QbobjField *type : matching_types(pattern)) array.push_back(type_json(type));
     return array;
 }
 
 std::string description_text(const std::string &name)
 {
     if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return operation_text(*operation);
-    if (const QbobjField *type = qbobj_find_type(name.c_str())) return type_text(type);
+    if (const QbobjField *type = find_type(name)) return type_text(type);
     refuse_unknown(name);
 }
 
 Json description_json(const std::string &name)
 {
     if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return operation_json(*operation);
-    if (const QbobjField *type = qbobj_find_type(name.c_str())) return type_json(type);
+    if (const QbobjField *type = find_type(name)) return type_json(type);
     refuse_unknown(name);
 }
 
