@@ -36,7 +36,8 @@ struct Quota {
     int32_t AccountId;       /**< Id of the user or group. */
     const char *AccountName; /**< Its name; not read from the database. */
     const char *ShareId;     /**< Data set of the share (the share's `zfs_name`). */
-    uint64_t HardMB;         /**< Limit in megabytes; 0 on input removes the quota. */
+    uint64_t HardMB;         /**< Limit in megabytes; one above 2147483647 is stored as that. 0 removes the quota of
+                                  an account that is changed. */
     uint64_t UsedMB;         /**< Megabytes in use as last measured, 0 when never measured; output only. */
 };
 
@@ -245,7 +246,7 @@ struct SmbUserNameMapCollection {
  * - `SINGLE_USER`: the user of the name in `name_fix`;
  * - `TM_ON`: users with an enabled Time Machine allowance;
  * - `HF_EXISTS`: users whose home folder exists as a directory. Those without are left out of the list,
- *   but counted.
+ *   but counted, and may leave a page shorter; users with negative ids are neither listed nor counted.
  *
  * or it holds one or more of
  * - `||HF_SNAPSHOT_PROTECTION==1` (`==0`): users with (without) snapshots of their home folder;
@@ -269,7 +270,8 @@ QBOBJ_API uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollec
 
 /**
  * Reads one user with its quotas, home-folder settings and Time Machine allowance. The password is
- * masked; the full name is not read. Removed users are still found.
+ * masked; the full name is not read. Removed users and cloud users are found, too; privileged accounts,
+ * `nobody`, `guest` and members of the guest group (of `nogroup` when there is no guest group) are not.
  * @param qbdb Handle.
  * @param db   Connection.
  * @param user In: `resource_id`, or `UserId` when that is below 1 (domain users may have negative ids, in
@@ -305,7 +307,8 @@ QBOBJ_API uint32_t qbobj_getCloudUser(qbdb_t *qbdb, sqlite3 *db, UserCollection 
 
 /**
  * Lists ids and names of a group's members, by name without regard to case. With secondary members
- * included, a primary member comes once for each secondary membership that it has in any group.
+ * included, a primary member comes once for each secondary membership that it has in any group, and once
+ * when it has none.
  * @param qbdb         Handle.
  * @param db           Connection.
  * @param groupName    Name of the group. Null stands for "admin" when only primary members are asked
@@ -367,7 +370,7 @@ QBOBJ_API uint32_t qbobj_getPosixUIDbyUID(qbdb_t *qbdb, sqlite3 *db, int32_t id,
  * Finds the POSIX uid of a user and the POSIX gid of its primary group.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param name Name of the user; null for the local guest and the guest group.
+ * @param name Name of the user; null for the local guest and the guest group (`nogroup` when there is none).
  * @param uid  Out: the uid; not written on failure. Not null.
  * @param gid  Out: the gid; not written on failure. Not null.
  * @param err  Out: error record, not null; stays zero.

@@ -1,6 +1,8 @@
 // What the account workers share with each other and with other families.
 #pragma once
 
+#include <cstddef>
+
 #include "frame/report.h"
 #include "qbobj/accounts.h"
 
@@ -18,6 +20,14 @@ inline constexpr int32_t kMostTimeMachineUsers = 16;
 /// What is reported of a look-up that failed: a database that does not answer has not said that there is no
 /// such row.
 inline constexpr char kLookUpFailed[] = "Look-up failed.";
+/// A name pattern of this many bytes is too long for a list.
+inline constexpr size_t kPatternLimit = 257;
+
+/// The clause that cuts a list to a page: it holds two numbers of the longest kind.
+using PageClause = char[32];
+
+/// Writes the page clause that a query asks for; a query without a limit leaves it alone.
+void build_page(const AccountQuery *query, PageClause &clause);
 
 /// Reads whether the CIFS service runs in directory mode (1) or not (0).
 uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads);

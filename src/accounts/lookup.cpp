@@ -83,4 +83,9 @@ const char *name_of_unknown_id(const CallContext *ctx, int32_t id)
     return id < 0 ? "" : apr_psprintf(pool_of(ctx->qbdb), "%d", id);
 }
 
+const char *no_row_text(const CallContext *ctx, int32_t id)
+{
+    return or_empty(apr_psprintf(pool_of(ctx->qbdb), "None of row selected for resource_id=%d.", id));
+}
+
 }  // namespace qb

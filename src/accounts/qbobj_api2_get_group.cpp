@@ -12,14 +12,12 @@ namespace {
 constexpr uint32_t kMember = 0;
 constexpr uint32_t kNotMember = 1;
 
-constexpr size_t kPatternLimit = 257;  // a pattern of this many bytes is too long
-
 /// The clauses that a query adds to the list's statements.
 struct Clauses {
     const char *kind = "";  // "NOT ": domain groups instead of local ones
     const char *order = "ORDER BY G.gname";
     char name[1024] = "";  // holds the longest pattern, each of its bytes doubled
-    char page[32] = "";
+    PageClause page = "";
 };
 
 struct Order {
@@ -42,9 +40,7 @@ uint32_t build_query(CallContext *ctx, const AccountQuery *query, Clauses *claus
     if (*pattern) sqlite3_snprintf(sizeof clauses->name, clauses->name, "AND G.gname LIKE %Q", pattern);
     for (const Order &order : kOrders)
         if (order.number == query->order) clauses->order = order.clause;
-    if (query->limit && query->offset)
-        sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d,%d", query->offset, query->limit);
-    else if (query->limit) sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d", query->limit);
+    build_page(query, clauses->page);
     return 0;
 }
 
@@ -133,11 +129,6 @@ uint32_t append_groups(CallContext *ctx, sqlite3 *db, const Rows &rows, Group **
         TRY(fill_group(ctx, db, rows, i, group));
     }
     return 0;
-}
-
-const char *no_row_text(const CallContext *ctx, int32_t id)
-{
-    return or_empty(apr_psprintf(pool_of(ctx->qbdb), "None of row selected for resource_id=%d.", id));
 }
 
 /// Whether a record may address this id. Only the directory has groups with negative ids.

@@ -40,11 +40,6 @@ uint32_t resolve_user(CallContext *ctx, sqlite3 *db, const User *user, int32_t *
     return 0;
 }
 
-const char *no_row_text(const CallContext *ctx, int32_t id)
-{
-    return or_empty(apr_psprintf(pool_of(ctx->qbdb), "None of row selected for resource_id=%d.", id));
-}
-
 /// Appends the users of a result with the columns id and uname, all or none.
 uint32_t append_names(CallContext *ctx, const Rows &rows, User **head)
 {

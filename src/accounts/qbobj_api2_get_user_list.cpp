@@ -9,8 +9,6 @@
 namespace qb {
 namespace {
 
-constexpr size_t kPatternLimit = 257;  // a pattern of this many bytes is too long
-
 /// The clauses that a query adds to the list's statements.
 struct Clauses {
     const char *kind = "";     // "NOT ": domain users instead of local ones
@@ -19,7 +17,7 @@ struct Clauses {
     const char *order = "ORDER BY U.uname";
     char name[2048] = "";  // holds three patterns of the longest kind, each of its bytes doubled
     char option[512] = "";
-    char page[32] = "";
+    PageClause page = "";
     bool existing_homes = false;
 };
 
@@ -88,14 +86,6 @@ const char *order_clause(int32_t order)
     }
 }
 
-void build_page(const AccountQuery *query, Clauses *clauses)
-{
-    if (!query->limit) return;
-    if (query->offset)
-        sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d,%d", query->offset, query->limit);
-    else sqlite3_snprintf(sizeof clauses->page, clauses->page, "LIMIT %d", query->limit);
-}
-
 /// Without a query the list shows the users that the appliance works with: domain users in directory mode.
 uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query, Clauses *clauses)
 {
@@ -107,7 +97,7 @@ uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query,
     TRY(build_name(ctx, query->name_like, clauses));
     build_option(query, clauses);
     clauses->order = order_clause(query->order);
-    build_page(query, clauses);
+    build_page(query, clauses->page);
     return 0;
 }
 

@@ -1,4 +1,4 @@
-// Directory mode, quotas and the login shell: what several account workers need.
+// Pages, directory mode, quotas and the login shell: what several account workers need.
 #include "accounts/accounts.h"
 #include "frame/list.h"
 #include "frame/query.h"
@@ -23,6 +23,13 @@ uint32_t append_quotas(CallContext *ctx, const Rows &rows, int32_t account_id, Q
 }
 
 }  // namespace
+
+void build_page(const AccountQuery *query, PageClause &clause)
+{
+    if (!query->limit) return;
+    if (query->offset) sqlite3_snprintf(sizeof clause, clause, "LIMIT %d,%d", query->offset, query->limit);
+    else sqlite3_snprintf(sizeof clause, clause, "LIMIT %d", query->limit);
+}
 
 uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads)
 {

@@ -363,13 +363,20 @@ TEST_F(Program, DescribesEveryOperationAndType)
             EXPECT_THAT(described.out, HasSubstr(std::string("(qbobj describe ") + type + ")"));
             EXPECT_THAT(run({"describe", type}).out, StartsWith(std::string(type) + ": a record")) << type;
         }
+        EXPECT_THAT(described.out, Not(HasSubstr("the message says why"))) << "a code without its meaning";
     }
     const Result operation = run({"describe", "addLog"});
     EXPECT_THAT(operation.out,
                 StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
     EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
     EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
-    EXPECT_THAT(run({"describe", "addUser"}).out, HasSubstr("  801, 802, 8"));
+    EXPECT_THAT(run({"describe", "addUser"}).out,
+                HasSubstr("Codes\n"
+                          "  2    out of memory, or an internal step failed\n"
+                          "  5    a database statement failed\n"
+                          "  8    an argument is missing, malformed, or refers to nothing\n"
+                          "  801  the user name is taken\n"
+                          "  802  the user id is taken, or the system's own\n"));
     EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));

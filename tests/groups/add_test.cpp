@@ -55,6 +55,9 @@ TEST_F(AddGroup, RefusedNames)
         expect_refused(8, "Invalid GroupName (" + name + ")", new_group(name.c_str()));
     expect_refused(803, "Group (staff) already exists.", new_group("staff"));
     expect_refused(803, "Group (guest) already exists.", new_group("guest", 300));
+    expect_refused(803, "Group (staff) already exists.", new_group("staff", 99));  // the name before the id
+    Group capital = new_group("Staff");
+    EXPECT_EQ(add(&capital), 0u) << err.message;
 }
 
 TEST_F(AddGroup, TheNameOfARemovedGroupStaysTaken)
@@ -103,6 +106,29 @@ TEST_F(AddGroup, AChainGetsOneIdAfterTheOther)
     EXPECT_EQ(d.resource_id, 104);
 }
 
+TEST_F(AddGroup, StatementsInOrder)
+{
+    Quota media = test::quota_of("tank/media", 10), music = test::quota_of("tank/music", 20);
+    User anna = test::member_of(101), bert = test::member_of(102);
+    Group group = new_group("artists", 200);
+    group.GroupQuota = chain({&media, &music});
+    group.SecondaryMember = chain({&bert, &anna});
+    take_statements();
+    ASSERT_EQ(add(&group), 0u) << err.message;
+    const auto quota = [](const std::string &share, const std::string &limit) {
+        return "INSERT INTO group_quota (group_id,share_id,mb_soft,mb_hard) VALUES(200,(SELECT S.id FROM share S WHERE "
+               "zfs_name='" +
+               share + "')," + limit + "*(SELECT diskquota_warn FROM account_default LIMIT 1)," + limit + ")";
+    };
+    EXPECT_THAT(
+        take_statements(),
+        ElementsAre(testing::HasSubstr("BEGIN"), "SELECT COUNT(*) FROM `$group` WHERE gname='artists'",
+                    "SELECT COUNT(*) FROM `$group` WHERE id=200",
+                    "INSERT INTO `$group` (id,gname,is_privileged) VALUES(200,'artists',0)", quota("tank/media", "10"),
+                    quota("tank/music", "20"), "INSERT INTO `$group_has_user` (user_id,group_id) VALUES(102,200)",
+                    "INSERT INTO `$group_has_user` (user_id,group_id) VALUES(101,200)", "COMMIT"));
+}
+
 struct FullAddGroup : AddGroup {
     FullAddGroup()
     {
@@ -122,6 +148,7 @@ TEST_F(FullAddGroup, NoMoreIds)
 
 TEST_F(AddGroup, GivenIds)
 {
+    expect_refused(8, "GroupId=1 is out of valid range (100-32767).", new_group("a", 1));
     expect_refused(8, "GroupId=99 is out of valid range (100-32767).", new_group("a", 99));
     expect_refused(8, "GroupId=32768 is out of valid range (100-32767).", new_group("a", 32768));
     expect_refused(804, "GroupId (100) already exists.", new_group("a", 100));
@@ -184,6 +211,13 @@ TEST_F(AddGroup, RefusedMembers)
     expect_refused(8, "Invalid resource_id (0) in SecondaryMember.", group);
     group.SecondaryMember = &domain;
     expect_refused(8, "Invalid resource_id (-5) in SecondaryMember.", group);
+    User first{};
+    first.resource_id = 1;  // the lowest id that is one
+    first.UserId = 101;
+    Group other = new_group("others", 201);
+    other.SecondaryMember = &first;
+    ASSERT_EQ(add(&other), 0u) << err.message;
+    EXPECT_THAT(members(201), ElementsAre("1"));
     group.SecondaryMember = chain({&anna, &again});
     expect_refused(5,
                    "Failed DB Query for 'INSERT group_has_user. UNIQUE constraint failed: $group_has_user.user_id, "

@@ -82,6 +82,9 @@ TEST_F(DeleteGroup, RefusedIds)
     expect_refused(8, "Invalid resource_id (0)", group_of(0));
     expect_refused(8, "Invalid resource_id (-7)", domain);
     expect_refused(8, "Invalid resource_id (31000). Not exist.", group_of(31000));
+    Group first = group_of(1);
+    first.GroupId = 100;
+    expect_refused(8, "Invalid resource_id (1). Not exist.", first);
 }
 
 TEST_F(DeleteGroup, APrimaryGroupCannotGo)

@@ -257,8 +257,13 @@ TEST_F(GroupList, StatementsInOrderAndTwoForEachGroup)
               "SELECT G.id,G.gname,CASE WHEN G.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE G.is_privileged=0 "
               "AND G.rid IS NULL AND G.gname<>'nogroup' AND G.gname<>'guest' AND G.gname LIKE '%' ORDER BY G.id DESC "
               "LIMIT 1,5");
-    EXPECT_THAT(statements[4], testing::HasSubstr("FROM group_quota Q "));
-    EXPECT_THAT(statements[5], testing::HasSubstr("FROM `$group_has_user` GU "));
+    EXPECT_EQ(statements[4],
+              "SELECT S.zfs_name,Q.mb_hard,QS.mb_used FROM group_quota Q INNER JOIN share S ON S.id=Q.share_id LEFT "
+              "JOIN _group_quota_stat QS ON QS.share_id=Q.share_id AND QS.group_id=Q.group_id WHERE Q.group_id=99");
+    EXPECT_EQ(statements[5],
+              "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
+              "WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group_has_user` GU INNER JOIN `$user` U ON U.id=GU.user_id "
+              "WHERE GU.group_id=99 ORDER BY U.uname COLLATE NOCASE");
 
     query = {};
     std::string values;
@@ -350,6 +355,8 @@ TEST_F(SingleGroup, AnIdIsRequired)
     expect_failure(8, "Invalid resouce_id=0.", [&] { return get(); });
     group.GroupId = -7;
     expect_failure(8, "Invalid resouce_id=-7.", [&] { return get(); });
+    group.resource_id = 1;  // the lowest id that is one: the statement runs, and is refused
+    expect_failure(5, "Failed DB Query for 'group'. no such column: U.rid", [&] { return get(); });
 }
 
 }  // namespace

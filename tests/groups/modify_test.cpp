@@ -109,6 +109,35 @@ TEST_F(ModifyGroup, RefusedIds)
     expect_refused(8, "Invalid resource_id (0).", group_of(0, "x"));
     expect_refused(8, "Invalid resource_id (-7).", domain);
     expect_refused(8, "Invalid resource_id (31000). Not exist.", group_of(31000, "x"));
+    expect_refused(8, "Invalid resource_id (31000). Not exist.", group_of(31000, "-a"));  // the id before the name
+    Group first = group_of(1, "x");
+    first.GroupId = 100;
+    expect_refused(8, "Invalid resource_id (1). Not exist.", first);
+}
+
+TEST_F(ModifyGroup, StatementsInOrder)
+{
+    Quota media = test::quota_of("tank/media", 0), music = test::quota_of("tank/music", 7);
+    User bert = test::member_of(102, "Bert"), anna = test::member_of(101, "anna");
+    Group group = group_of(100, "crew");
+    group.GroupQuota = chain({&music, &media});
+    group.SecondaryMember = chain({&bert, &anna});
+    take_statements();
+    ASSERT_EQ(modify(&group), 0u) << err.message;
+    EXPECT_THAT(
+        take_statements(),
+        ElementsAre(
+            HasSubstr("BEGIN"), "SELECT id FROM `$group` WHERE id=100",
+            "SELECT id FROM `$group` WHERE gname='crew' AND rid IS NULL",
+            "SELECT G.gname FROM `$group` G WHERE G.id=100 AND G.gname<>'crew'",
+            "UPDATE `$group` SET gname='crew' WHERE id=100",
+            "INSERT OR REPLACE INTO group_quota (group_id,share_id,mb_soft,mb_hard) VALUES(100,(SELECT S.id FROM share "
+            "S WHERE zfs_name='tank/music'),(7*(SELECT diskquota_warn FROM account_default LIMIT 1)),7)",
+            "DELETE FROM group_quota WHERE group_id=100 AND share_id=(SELECT S.id FROM share S WHERE "
+            "S.zfs_name='tank/media')",
+            "DELETE FROM `$group_has_user` WHERE group_id=100",
+            "INSERT INTO `$group_has_user` (user_id,group_id) VALUES(102,100)",
+            "INSERT INTO `$group_has_user` (user_id,group_id) VALUES(101,100)", "COMMIT"));
 }
 
 TEST_F(ModifyGroup, RefusedNames)

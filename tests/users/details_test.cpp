@@ -63,6 +63,26 @@ TEST_F(UserDetails, ListGivesEachField)
     EXPECT_EQ(anna->OldUserName, nullptr);
 }
 
+/// Numbers of 0 and 1 that stand side by side are told apart only when they differ.
+TEST_F(UserDetails, FlagsAreNotMixedUp)
+{
+    sql("INSERT INTO `$home_folder` VALUES(100,0,0,'',0)");
+    for (const int32_t flag : {0, 1}) {
+        const std::string on = std::to_string(flag);
+        const std::string off = std::to_string(!flag);
+        sql("UPDATE `$user` SET is_locked=" + on + ",shell_access=" + off +
+            " WHERE id=100; UPDATE `$home_folder` SET snapshot_protection_enabled=" + on + ",prev_versions=" + off);
+        ASSERT_EQ(get(100), 0u) << err.message;
+        for (const User *each : {one("anna"), &user}) {
+            EXPECT_EQ(each->IsLocked, flag);
+            EXPECT_EQ(each->ShellAccess, !flag);
+            ASSERT_NE(each->HomeFolderSettings, nullptr);
+            EXPECT_EQ(each->HomeFolderSettings->SnapshotProtectionEnabled, flag);
+            EXPECT_EQ(each->HomeFolderSettings->PrevVersions, !flag);
+        }
+    }
+}
+
 TEST_F(UserDetails, MissingTextsAreEmpty)
 {
     const User *bob = one("bob");
@@ -227,12 +247,13 @@ TEST_F(UserDetails, GetUserReplacesWhatTheRecordHeld)
     EXPECT_EQ(user.TimeMachineQuota, nullptr);
 }
 
-TEST_F(UserDetails, GetUserRunsItsStatementAsItStands)
+TEST_F(UserDetails, GetUserRunsItsStatementsInOrderAsTheyStand)
 {
     take_statements();
     ASSERT_EQ(get(100), 0u);
     const auto ran = take_statements();
     ASSERT_EQ(ran.size(), 2 + 1 + 1 + 4u);
+    EXPECT_EQ(ran[1], "SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1");
     EXPECT_EQ(
         ran[2],
         "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
@@ -240,6 +261,16 @@ TEST_F(UserDetails, GetUserRunsItsStatementAsItStands)
         "U.is_privileged<>1 AND U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM "
         "`$group` G WHERE G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) AND U.id=100 ORDER "
         "BY U.uname COLLATE NOCASE");
+    EXPECT_EQ(ran[3],
+              "SELECT S.zfs_name,Q.mb_hard,QS.mb_used FROM user_quota Q INNER JOIN share S ON S.id=Q.share_id LEFT "
+              "JOIN _user_quota_stat QS ON QS.share_id=Q.share_id AND QS.user_id=Q.user_id WHERE Q.user_id=100");
+    EXPECT_EQ(ran[4],
+              "SELECT H.snapshot_protection_enabled,H.quota,(SELECT S.used FROM `_hf_zfs_stat` S WHERE "
+              "S.user_id=H.user_id),H.visible_snapdir,H.prev_versions FROM `$home_folder` H WHERE H.user_id=100");
+    EXPECT_EQ(ran[5],
+              "SELECT A.home_volume_id || '/.timemachine/' || U.uname FROM account_default A, '$user' U WHERE "
+              "U.id=100");
+    EXPECT_EQ(ran[6], "SELECT T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id=100");
 }
 
 TEST_F(UserDetails, GetUserFindsByTheseIds)
@@ -261,6 +292,7 @@ TEST_F(UserDetails, GetUserFindsByTheseIds)
         {"user", 0, 100, 101, nullptr, 0, "anna"},
         {"user", 0, 0, 101, nullptr, 0, "bob"},
         {"user", 0, -9, 101, nullptr, 0, "bob"},
+        {"user", 0, 1, 101, nullptr, 5, "Failed DB Query for user. None of row selected for resource_id=1."},
         {"user", 0, 0, 0, nullptr, 8, "Invalid resouce_id=0."},
         {"user", 0, 0, 0, "dirk", 8, "Invalid resouce_id=0."},
         {"user", 1, 0, 0, "dirk", 8, "Invalid resouce_id=0."},
@@ -276,6 +308,7 @@ TEST_F(UserDetails, GetUserFindsByTheseIds)
         {"ads", 1, 0, 0, "", 8, "Invalid resouce_id=0."},
         {"ads", 1, 0, 0, "dirk", 0, "dirk"},
         {"ads", 1, 0, 0, "ghost", 832, "Invalid User (resource_id=0, UserName=ghost)."},
+        {"ads", 1, -9, 0, "ghost", 832, "Invalid User (resource_id=-9, UserName=ghost)."},
         {"ads", 1, 0, 0, "stranger", 5, "Failed DB Query for user. None of row selected for resource_id=4006."},
         {"ads", 1, 0, 0, "root", 5, "Failed DB Query for user. None of row selected for resource_id=0."},
         {"ads", 1, 0, -5, "dirk", 0, "dora"},
@@ -361,7 +394,7 @@ TEST_F(SystemUsers, FindsAnyAccount)
     add_user(100, "anna");
     add_user(101, "removed", "99", "is_privileged=-1");
     add_user(-5, "dora", "99", "rid=500");
-    uids = {{"dora", 4005}, {"stranger", 4006}, {"below", -77}};
+    uids = {{"dora", 4005}, {"stranger", 4006}, {"below", -77}, {"daemon", 1}};
     struct Case {
         bool directory;
         int32_t resource_id;
@@ -375,6 +408,7 @@ TEST_F(SystemUsers, FindsAnyAccount)
         {false, 98, 101, 98, "admin", 98},        {false, 65534, 0, 65534, "nobody", 65534},
         {false, 4006, 0, 4006, "stranger", 4006}, {true, 0, -5, -5, "dora", 4005},
         {true, 100, 0, 100, "anna", 100},         {true, 0, -77, -77, "below", -1},
+        {false, 1, 100, 1, "daemon", 1},
     };
     for (const Case &each : cases) {
         SCOPED_TRACE(each.name);

@@ -109,6 +109,25 @@ TEST_F(Members, AFailedStatementIsReported)
     }
 }
 
+TEST_F(Members, TraceTheNumberOfRows)
+{
+    qbdb->log_level = 5;
+    ASSERT_EQ(qbobj_getCloudUser(qbdb, db, &users, &err), 0u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getCloudUser() rc=0 nrow=2\n"));
+    ASSERT_EQ(members("staff", 1), 0u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getUserInGroupName() rc=0 nrow=2\n"));
+}
+
+TEST_F(Members, AreAppendedToAListThatIsNotEmpty)
+{
+    User first{};
+    first.UserName = "first";
+    users.User = &first;
+    ASSERT_EQ(qbobj_getCloudUser(qbdb, db, &users, &err), 0u);
+    ASSERT_EQ(qbobj_getUserInGroupName(qbdb, db, "staff", 1, &users, &err), 0u);
+    EXPECT_THAT(names(), ElementsAre("first", "carl", "Dora", "anna", "removed"));
+}
+
 struct Lookups : Users {
     Lookups()
     {
@@ -245,6 +264,14 @@ TEST_F(Lookups, PosixUidByName)
     }
     sql("DELETE FROM `$user` WHERE uname='guest'");
     EXPECT_EQ(qbobj_getPosixUID(qbdb, db, nullptr, &err), kNothing) << "the directory is not asked for no name";
+}
+
+TEST_F(Lookups, PosixUidByNameAsksTheDirectoryWhenTheDatabaseDoesNotAnswer)
+{
+    directory_mode();
+    fail_statement(1, 1, "injected", "SELECT U.id");
+    EXPECT_EQ(qbobj_getPosixUID(qbdb, db, "dora", &err), 4005u);
+    expect_quiet();
 }
 
 TEST_F(Lookups, PosixUidById)

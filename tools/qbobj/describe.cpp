@@ -152,15 +152,15 @@ std::string usage(const QbobjOperation &operation)
 
 std::string codes_text(const QbobjOperation &operation)
 {
-    std::string general;
-    std::string own;
-    for (const uint32_t code : codes_of(operation)) {
-        const std::string number = std::to_string(code);
-        if (const char *meaning = meaning_of(code)) general += "  " + number + "  " + meaning + "\n";
-        else own += (own.empty() ? "" : ", ") + number;
+    const std::vector<uint32_t> codes = codes_of(operation);
+    size_t longest = 0;
+    for (const uint32_t code : codes) longest = std::max(longest, std::to_string(code).size());
+    std::string text = codes.empty() ? "" : "\nCodes\n";
+    for (const uint32_t code : codes) {
+        const char *meaning = meaning_of(code);
+        text += "  " + padded(std::to_string(code), longest + 2) + (meaning ? meaning : "the message says why") + "\n";
     }
-    if (!own.empty()) own = "  " + own + "\n     a conflict or a limit; the message says which\n";
-    return general.empty() && own.empty() ? "" : "\nCodes\n" + general + own;
+    return text;
 }
 
 std::string operation_text(const QbobjOperation &operation)
