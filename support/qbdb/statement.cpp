@@ -432,7 +432,8 @@ int fail(const Call &call, int rc, const char *text)
 /// what ran now would be stored at once and by itself.
 static bool is_lost(const Call &call)
 {
-    return call.qbdb->internal->begun == call.db && sqlite3_get_autocommit(call.db);
+    const qbdb_private *internal = call.qbdb->internal;
+    return (call.db == internal->begun || call.db == internal->begun_elsewhere) && sqlite3_get_autocommit(call.db);
 }
 
 int ask_hook(const Call &call, const char *sql)
