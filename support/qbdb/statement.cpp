@@ -253,7 +253,7 @@ void read_values(const Plan *plan, Value *values, va_list args)
         Value &value = values[i];
         value = {};
         switch (plan->conversions[i].argument) {
-            case Argument::int32:
+            case Argument::int32:  // NOLINT(bugprone-branch-clone): each takes another type off the list
             case Argument::character: value.number = va_arg(args, int); break;
             case Argument::uint32: value.number = va_arg(args, unsigned); break;
             case Argument::int64: value.number = va_arg(args, long long); break;
