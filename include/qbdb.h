@@ -34,7 +34,8 @@ typedef struct qbdb_private qbdb_private;
 
 /** A handle. Callers may set `log_level` at any time and read the pools; the rest is the library's. */
 typedef struct qbdb {
-    uint32_t log_level;       /**< Log threshold: > 1 errors, > 3 entry and exit traces, > 4 detail. */
+    uint32_t log_level;       /**< Log threshold: > 1 errors, > 3 entry and exit traces, > 4 detail; 2
+                                   after opening. */
     apr_pool_t *pool;         /**< Default pool, as old as the handle. */
     apr_pool_t *request_pool; /**< Request pool, or null: takes precedence over the default pool. */
     qbdb_private *internal;   /**< Not for callers. */

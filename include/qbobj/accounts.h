@@ -757,6 +757,8 @@ QBOBJ_API uint32_t qbobj_addUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInf
 /**
  * Creates the users of a list that qbobj_checkUserList() has accepted, without checking them again; all of
  * the chain or none. They get ids above the highest one of the local users, the home "/home" and no shell.
+ * A removed user keeps its id: while one holds the id that comes next, the list is refused with 5, until
+ * qbobj_addUser() has created a user above it.
  * @param qbdb Handle.
  * @param db   Connection.
  * @param user In and out: chain of users; null creates none. Read are `UserName`, `GroupName` (else group

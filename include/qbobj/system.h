@@ -52,11 +52,12 @@ struct LogQuery {
     int32_t timestamp_max;   /**< Only entries before this second; 0: no bound. */
     const char *severity;    /**< Least severity: "info", "notice", "warn...", "err...", "crit...", "alert" or
                                   "emerg", case ignored; any other word and null select all. */
-    const char *severity_in; /**< Severities as a ready SQL list ("'err','crit'"), or null; not for deleting.
-                                  It goes into the statement as it is: never text from outside. */
-    const char *category_in; /**< Categories as a ready SQL list, or null; as for the severities, but also for
+    const char *severity_in; /**< Severities as a ready SQL list ("'err','crit'"), some 240 bytes at most; null or
+                                  empty for any. Not for deleting. It goes into the statement as it is: never text
+                                  from outside. */
+    const char *category_in; /**< Categories as a ready SQL list; as for the severities, but also for deleting. */
+    const char *msg_tag;     /**< Exact message tag, some 240 bytes at most; null or empty for any. Not for
                                   deleting. */
-    const char *msg_tag;     /**< Exact message tag, or null; not for deleting. */
 };
 
 /** An uninterruptible power supply: its configuration, what it told of itself, its last reading. */

@@ -3,6 +3,8 @@
 // overlaps, no gap is larger than alignment asks for, and every member of the structure is accounted for.
 #pragma once
 
+#include <string_view>
+
 #include "frame/records.h"
 
 namespace qb {
@@ -29,7 +31,8 @@ consteval char kind_letter()
     else if constexpr (std::is_same_v<T, uint64_t>) return 'n';
     else if constexpr (std::is_same_v<T, const char *>) return 's';
     else {
-        static_assert(std::is_pointer_v<T>);
+        static_assert(std::is_pointer_v<T> && Record<std::remove_pointer_t<T>>,
+                      "a field is a number, a constant text or a pointer to a record");
         return 'o';
     }
 }
@@ -45,7 +48,11 @@ template <class T>
 consteval QbobjField header(const char *name, uint32_t flags)
 {
     if (requires(T record) { record.next; }) flags |= QBOBJ_TYPE_LIST;
-    if (requires(T record) { record.next; record.key; }) flags |= QBOBJ_TYPE_KEY_WORD;
+    if (requires(T record) {
+            record.next;
+            record.key;
+        })
+        flags |= QBOBJ_TYPE_KEY_WORD;
     return {'\0', name, sizeof(T), nullptr, flags};
 }
 
@@ -70,6 +77,12 @@ constexpr size_t size_of_kind(char kind)
     return kind == 'i' || kind == 'u' ? 4 : 8;
 }
 
+/// A type that is said to begin with its database key does.
+consteval bool has_its_row_id(const QbobjField &head, const QbobjField &first)
+{
+    return !(head.flags & QBOBJ_TYPE_ROW_ID) || (first.kind == 'i' && std::string_view(first.name) == "resource_id");
+}
+
 /// The proof of a table against its structure.
 template <class T, size_t N>
 consteval bool is_complete(const QbobjField (&table)[N])
@@ -86,7 +99,8 @@ consteval bool is_complete(const QbobjField (&table)[N])
         members += optional ? 2 : 1;
     }
     const size_t whole = (end + alignof(T) - 1) / alignof(T) * alignof(T);
-    return table[N - 1].kind == '.' && whole == sizeof(T) && members == member_count<T>();
+    return table[N - 1].kind == '.' && whole == sizeof(T) && members == member_count<T>() &&
+           has_its_row_id(table[0], table[1]);
 }
 
 }  // namespace qb

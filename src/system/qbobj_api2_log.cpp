@@ -150,7 +150,7 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
     List<LogEntry>(entries).link(read);
     *count = matching;
     *total = all;
-    TRACE(ctx, "%s() rc=%d nrow=%d\n", "x_qbobj_getLog", 0, rows.count);
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, 0, rows.count);
     return 0;
 }
 

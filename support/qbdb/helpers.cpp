@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -181,7 +182,10 @@ char **qbdb_csv_to_array(qbdb_t *qbdb, const char *csv)
 uint32_t qbdb_rand(void)
 {
     uint32_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) abort();
+    ssize_t got;
+    do got = getrandom(&number, sizeof number, 0);
+    while (got < 0 && errno == EINTR);  // early after a start the kernel may have to be waited for
+    if (got != static_cast<ssize_t>(sizeof number)) abort();
     return number;
 }
 

@@ -253,7 +253,7 @@ void read_values(const Plan *plan, Value *values, va_list args)
         Value &value = values[i];
         value = {};
         switch (plan->conversions[i].argument) {
-            case Argument::int32:
+            case Argument::int32:  // NOLINT(bugprone-branch-clone): each takes another type off the list
             case Argument::character: value.number = va_arg(args, int); break;
             case Argument::uint32: value.number = va_arg(args, unsigned); break;
             case Argument::int64: value.number = va_arg(args, long long); break;
@@ -461,7 +461,8 @@ int fail(const Call &call, int rc, const char *text)
 /// what ran now would be stored at once and by itself.
 static bool is_lost(const Call &call)
 {
-    return call.qbdb->internal->begun == call.db && sqlite3_get_autocommit(call.db);
+    const qbdb_private *internal = call.qbdb->internal;
+    return (call.db == internal->begun || call.db == internal->begun_elsewhere) && sqlite3_get_autocommit(call.db);
 }
 
 int ask_hook(const Call &call, const char *sql)

@@ -310,4 +310,45 @@ TEST(OperationTable, SaysWhichArgumentsMayBeNullAsTheHeaderDoes)
     }
 }
 
+/// The numbers of what is returned that can be codes: those of one digit and those from 800 on.
+std::set<std::string> codes_of(const std::string &comment)
+{
+    std::set<std::string> codes;
+    std::istringstream words(comment.substr(comment.find("@return")));
+    std::string word;
+    for (std::string next; words >> next; word = next.substr(0, next.find_last_not_of(";,.:") + 1)) {
+        if (next == "to") continue;  // a range of something else
+        const bool number = !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+        if (number && word != "0" && (word.size() == 1 || (word.size() == 3 && word >= "800"))) codes.insert(word);
+    }
+    return codes;
+}
+
+TEST(OperationTable, ListsTheCodesThatTheHeaderDoes)
+{
+    std::map<std::string, std::string> comments;
+    for (const Declaration &each : all_declarations()) comments[each.name] = each.comment;
+    int compared = 0;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        SCOPED_TRACE(row->name);
+        std::string comment = comments[row->name];
+        const std::string other = "@return As ";
+        if (const size_t at = comment.find(other); at != std::string::npos) {
+            const size_t name = at + other.size();
+            comment = comments[comment.substr(name, comment.find('(', name) - name)];
+        }
+        ASSERT_NE(comment.find("@return"), std::string::npos);
+        if (row->returns != QBOBJ_RETURNS_CODE) {
+            EXPECT_STREQ(row->codes, "");
+            continue;
+        }
+        std::set<std::string> listed;
+        std::istringstream codes(row->codes);
+        for (std::string code; codes >> code;) EXPECT_TRUE(listed.insert(code).second) << code << " stands twice";
+        EXPECT_EQ(listed, codes_of(comment));
+        compared++;
+    }
+    EXPECT_GT(compared, 0);
+}
+
 }  // namespace

@@ -27,6 +27,23 @@ TEST_F(LostTransaction, NothingIsStoredByItself)
     EXPECT_EQ(content(), before);
 }
 
+TEST_F(LostTransaction, NothingIsStoredByItselfOnAConnectionOfTheCallers)
+{
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
+    const std::string before = content();
+    ASSERT_EQ(qbdb_sql_begin(qbdb, other, 0, "test", 1), 0u);
+    ASSERT_EQ(sqlite3_exec(other, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+    const char *why = nullptr;
+    EXPECT_EQ(qbdb_sql_exec_mprintf(qbdb, other, &why, "test", 2, "INSERT INTO `$registry` VALUES('b','2')"),
+              SQLITE_ABORT);
+    EXPECT_STREQ(why, "the transaction has been rolled back");
+    EXPECT_NE(qbdb_sql_commit(qbdb, other, 0, "test", 3), 0u);
+    EXPECT_EQ(content(), before);
+    EXPECT_EQ(qbdb_sql_exec_mprintf(qbdb, other, &why, "test", 4, "INSERT INTO `$registry` VALUES('b','2')"), 0);
+    EXPECT_EQ(sqlite3_close(other), SQLITE_OK);
+}
+
 TEST_F(LostTransaction, TheNextOneWorks)
 {
     lose();

@@ -90,7 +90,27 @@ const Case kOwnStructures[] = {
     {"OtherKinds",
      "struct Odd { double Value; };\n"
      "namespace qb { QB_RECORD(Odd, 0, F(Value)) }",
-     "static assertion failed"},
+     "a field is a number, a constant text or a pointer to a record"},
+    {"TextThatIsNotConstant",
+     "struct Odd { char *Value; };\n"
+     "namespace qb { QB_RECORD(Odd, 0, F(Value)) }",
+     "a field is a number, a constant text or a pointer to a record"},
+    {"PointerToNoRecord",
+     "struct Odd { int32_t *Value; };\n"
+     "namespace qb { QB_RECORD(Odd, 0, F(Value)) }",
+     "a field is a number, a constant text or a pointer to a record"},
+    {"PointerToARecord",
+     "struct Odd { struct Host *Value; };\n"
+     "namespace qb { QB_RECORD(Odd, 0, F(Value)) }",
+     nullptr},
+    {"RowIdNotFirst",
+     "struct Odd { struct Odd *next; int32_t Id; int32_t resource_id; };\n"
+     "namespace qb { QB_RECORD(Odd, QBOBJ_TYPE_ROW_ID, F(Id), F(resource_id)) }",
+     "does not match its structure"},
+    {"RowIdOfAnotherKind",
+     "struct Odd { struct Odd *next; const char *resource_id; };\n"
+     "namespace qb { QB_RECORD(Odd, QBOBJ_TYPE_ROW_ID, F(resource_id)) }",
+     "does not match its structure"},
 };
 
 const Case kStatements[] = {

@@ -362,6 +362,7 @@ TEST_F(Dump, UnknownNameWritesTheBannerOnly)
     EXPECT_EQ(stream_dump("Nothing", &record), "*** Dump Nothing ***\n");
     EXPECT_EQ(stream_dump("resourceid", &record), "*** Dump resourceid ***\n");
     EXPECT_EQ(stream_dump("", nullptr), "*** Dump  ***\n");
+    EXPECT_EQ(stream_dump(nullptr, &record), "*** Dump (null) ***\n");
 }
 
 struct ByHand {

@@ -1,11 +1,18 @@
 // Small helpers, the log, the importer and the service hook.
+#include <sys/random.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <thread>
 
@@ -17,6 +24,33 @@ using testing::IsEmpty;
 namespace {
 
 namespace fs = std::filesystem;
+
+/// What the kernel gives as random bytes, when a test says so.
+struct Kernel {
+    std::optional<uint32_t> answer;
+    size_t size = sizeof(uint32_t);
+    int interruptions = 0;
+    int error = 0;
+    int calls = 0;
+    unsigned flags = 77;
+} kernel;
+
+}  // namespace
+
+// This stands before the C library's own for the whole program.
+extern "C" ssize_t getrandom(void *bytes, size_t size, unsigned flags)
+{
+    kernel.calls++;
+    kernel.flags = flags;
+    if (kernel.interruptions > 0 && kernel.interruptions--) errno = EINTR;
+    else errno = kernel.error;
+    if (errno) return -1;
+    if (!kernel.answer) return syscall(SYS_getrandom, bytes, size, flags);
+    memcpy(bytes, &*kernel.answer, std::min(size, kernel.size));
+    return static_cast<ssize_t>(std::min(size, kernel.size));
+}
+
+namespace {
 
 struct Helpers : test::Database {
     std::string normal(const char *path)
@@ -113,6 +147,34 @@ TEST_F(Helpers, RandomNumbersDiffer)
     EXPECT_GT(seen.size(), 990u);
     EXPECT_EQ(ones, UINT32_MAX) << "every bit is used";
     EXPECT_EQ(zeros, UINT32_MAX);
+}
+
+TEST_F(Helpers, RandomNumbersAreTheKernels)
+{
+    kernel = {};
+    kernel.answer = 0xA5C30F96;
+    EXPECT_EQ(qbdb_rand(), 0xA5C30F96u);
+    EXPECT_EQ(kernel.calls, 1);
+    EXPECT_EQ(kernel.flags, 0u) << "waits until the kernel has collected enough, from the source that never repeats";
+    kernel.interruptions = 3;
+    EXPECT_EQ(qbdb_rand(), 0xA5C30F96u);
+    EXPECT_EQ(kernel.calls, 5) << "an interrupted call is made again";
+    kernel = {};
+}
+
+using HelpersDeathTest = Helpers;
+
+TEST_F(HelpersDeathTest, NoRandomNumberIsMadeUp)
+{
+    for (const int error : {ENOSYS, EPERM, EIO}) {
+        kernel.error = error;
+        EXPECT_EXIT(qbdb_rand(), testing::KilledBySignal(SIGABRT), "") << error;
+    }
+    kernel.error = 0;
+    kernel.answer = 7;
+    kernel.size = 3;
+    EXPECT_EXIT(qbdb_rand(), testing::KilledBySignal(SIGABRT), "") << "part of a number";
+    kernel = {};
 }
 
 // ---- Space figures

@@ -684,6 +684,20 @@ TEST_F(AddUserList, TheIdIsOneAboveTheHighestOrdinaryLocalOne)
                    [&] { return add_list(&carl); });
 }
 
+TEST_F(AddUserList, ARemovedUserWithTheNextIdIsInTheWay)
+{
+    put(100, "local");
+    sql("INSERT INTO `$user`(id,uname,is_privileged) VALUES(101,'gone',-1)");
+    User anna = listed("anna");
+    expect_failure(5, "Failed DB Query for 'INSERT user'. UNIQUE constraint failed: $user.id",
+                   [&] { return add_list(&anna); });
+    User bob = named("bob");
+    ASSERT_EQ(add(&bob), 0u) << err.message;
+    EXPECT_EQ(bob.UserId, 102) << "single creation looks for a free one";
+    ASSERT_EQ(add_list(&anna), 0u) << err.message;
+    EXPECT_EQ(anna.UserId, 103);
+}
+
 TEST_F(AddUserList, AChainIsStoredWholeOrNotAtAll)
 {
     expect_whole_or_nothing<User>(

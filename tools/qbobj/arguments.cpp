@@ -62,7 +62,7 @@ void lay_over(Json &base, Json &named, const std::string &where)
         return;
     }
     for (auto &[name, value] : named.get_ref<Json::object_t &>()) {
-        if (base.contains(name)) lay_over(base[name], value, where + "." + name);
+        if (base.contains(name)) lay_over(base[name], value, std::string(where).append(".").append(name));
         else base[name] = std::move(value);
     }
 }

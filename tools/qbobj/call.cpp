@@ -171,12 +171,7 @@ void Call::judge(uint32_t rc, const ErrorInfo &err, const Database &database, ui
 
 void Call::fail(uint32_t rc, const ErrorInfo &err, const std::string &message) const
 {
-    Failure failure(message);
-    failure.operation = short_name(operation_);
-    failure.code = rc == kMinusOne ? -1 : static_cast<int64_t>(rc);
-    failure.file = err.file ? err.file : "";
-    failure.line = err.line;
-    throw failure;
+    throw Failure(message, short_name(operation_), rc == kMinusOne ? -1 : static_cast<int64_t>(rc), err);
 }
 
 Json Call::argument_to_json(size_t index) const

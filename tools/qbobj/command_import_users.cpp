@@ -174,13 +174,7 @@ private:
 
     void judge(const char *operation, uint32_t rc) const
     {
-        if (rc == 0) return;
-        Failure failure(err_.message ? err_.message : sqlite3_errstr(static_cast<int>(rc)));
-        failure.operation = operation;
-        failure.code = rc;
-        failure.file = err_.file ? err_.file : "";
-        failure.line = err_.line;
-        throw failure;
+        if (rc) throw Failure(err_.message ? err_.message : sqlite3_errstr(static_cast<int>(rc)), operation, rc, err_);
     }
 };
 

@@ -35,7 +35,9 @@ void call(const CommandLine &line, const QbobjOperation &operation)
     Arguments arguments(operation, input);
     arguments.take(words_of(line));
     // First with the secrets left out, so that nobody types a password for a call that cannot be made.
-    Call(operation, arguments);
+    {
+        const Call possible(operation, arguments);
+    }
     Database database = open_chosen_database(options);
     arguments.ask_for_secrets();
     Call call(operation, arguments);

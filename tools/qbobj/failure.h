@@ -5,6 +5,9 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+
+#include "qbobj.h"
 
 namespace qbcli {
 
@@ -18,6 +21,11 @@ struct Failure : std::runtime_error {
     /// @param where What the message is about; may be empty.
     Failure(const std::string &where, const std::string &message)
         : std::runtime_error(where.empty() ? message : where + ": " + message)
+    {
+    }
+    /// An operation that failed, and what it reported.
+    Failure(const std::string &message, std::string_view name, int64_t result, const ErrorInfo &err)
+        : std::runtime_error(message), operation(name), code(result), file(err.file ? err.file : ""), line(err.line)
     {
     }
 };
