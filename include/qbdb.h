@@ -391,7 +391,7 @@ QBDB_API int qbdb_sql_duplicate_tables(qbdb_t *qbdb, sqlite3 *db, int flags, con
  * @param qbdb      The handle.
  * @param db        The connection.
  * @param flags     0.
- * @param tables    Names, ended by a null pointer.
+ * @param tables    Names, at most 100, ended by a null pointer.
  * @param prefix    Prefix of the copies' names.
  * @param differing Out: hash in the handle's pool, keyed by the names of the tables that differ; null on
  *                  failure.

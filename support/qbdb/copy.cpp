@@ -110,6 +110,21 @@ int compare(const Call &call, const char *table, const char *copy, const char *w
 
 constexpr const char *kAllRows = "1";
 
+constexpr int kMostTables = 100;  // more than a database has
+
+/// A hash for the names of a set, in a pool of its own. The hash does not look whether its memory is there, and
+/// the 8 KiB that a pool begins with are more than one of so many names ever takes. 0 or a result code.
+int make_hash(apr_pool_t *parent, const char *const *tables, apr_hash_t **hash)
+{
+    int count = 0;
+    while (tables[count]) count++;
+    if (count > kMostTables) return SQLITE_TOOBIG;
+    apr_pool_t *pool = nullptr;
+    if (apr_pool_create(&pool, parent) != APR_SUCCESS) return SQLITE_NOMEM;
+    *hash = apr_hash_make(pool);
+    return SQLITE_OK;
+}
+
 }  // namespace
 }  // namespace qdb
 
@@ -139,9 +154,11 @@ int qbdb_sql_compare_tables(qbdb_t *qbdb, sqlite3 *db, int flags, const char *co
     *differing = nullptr;
     const qdb::Call call = qdb::call_for(qbdb, db);
     apr_pool_t *pool = qdb::pool_of(qbdb);
-    apr_hash_t *hash = apr_hash_make(pool);
+    apr_hash_t *hash = nullptr;
+    int rc = qdb::make_hash(pool, tables, &hash);
+    if (rc) return rc;
     int done = 0;
-    const int rc = qdb::for_each_table(tables, prefix, &done, [&](const char *table, const char *copy) -> int {
+    rc = qdb::for_each_table(tables, prefix, &done, [&](const char *table, const char *copy) -> int {
         bool differs = false;
         if (const int bad = qdb::compare(call, table, copy, qdb::kAllRows, &differs)) return bad;
         if (!differs) return SQLITE_OK;
