@@ -9,8 +9,8 @@
 namespace qb {
 namespace {
 
-constexpr uint32_t kMember = 0;
-constexpr uint32_t kNotMember = 1;
+constexpr int32_t kMember = 0;
+constexpr int32_t kNotMember = 1;
 
 /// The clauses that a query adds to the list's statements.
 struct Clauses {

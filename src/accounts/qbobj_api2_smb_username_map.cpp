@@ -64,14 +64,14 @@ uint32_t x_qbobj_getSmbUserNameMapCollection(CallContext *ctx, sqlite3 *db, SmbU
 
 int32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type)
 {
-    constexpr auto kNone = static_cast<uint32_t>(-1);
+    constexpr int32_t kNone = -1;
     if (!unixUserName || !qbdb_valid_smb_username_map_type(type)) return kNone;
     int32_t count = 0;
     if (auto bad = count_maps(ctx, db, unixUserName, type, count)) {
         LOG_FAILURE(ctx, "Failed DB Query for 'SELECT FROM %s'. %s\n", TABLE_SMB_USERNAME_MAP, bad.text);
         return kNone;
     }
-    return static_cast<uint32_t>(count);
+    return count;
 }
 
 uint32_t x_qbobj_addSmbUserNameMap(CallContext *ctx, sqlite3 *db, SmbUserNameMap *map)
