@@ -8,7 +8,7 @@ namespace qb {
 namespace {
 
 /// Takes the id in the first cell of a result. NULL is no id.
-bool take_id(const CallContext *ctx, const Failure &bad, const Rows &rows, int32_t *id)
+bool take_id(CallContext *ctx, const Failure &bad, const Rows &rows, int32_t *id)
 {
     *id = kNoId;
     if (bad) LOG_FAILURE(ctx, "Failed to look up an id. %s\n", bad.text);
@@ -78,12 +78,12 @@ int32_t posix_gid_of(CallContext *ctx, sqlite3 *db, int32_t id)
     return id >= 0 ? id : or_none(qbdb_util_get_posix_gid(ctx->qbdb, db, id));
 }
 
-const char *name_of_unknown_id(const CallContext *ctx, int32_t id)
+const char *name_of_unknown_id(CallContext *ctx, int32_t id)
 {
     return id < 0 ? "" : apr_psprintf(pool_of(ctx->qbdb), "%d", id);
 }
 
-const char *no_row_text(const CallContext *ctx, int32_t id)
+const char *no_row_text(CallContext *ctx, int32_t id)
 {
     return or_empty(apr_psprintf(pool_of(ctx->qbdb), "None of row selected for resource_id=%d.", id));
 }

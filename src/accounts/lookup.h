@@ -32,9 +32,9 @@ int32_t posix_uid_of(CallContext *ctx, sqlite3 *db, int32_t id);
 int32_t posix_gid_of(CallContext *ctx, sqlite3 *db, int32_t id);
 
 /// What is shown for an id that no row names: the number, or "" when it is negative. Null without memory.
-const char *name_of_unknown_id(const CallContext *ctx, int32_t id);
+const char *name_of_unknown_id(CallContext *ctx, int32_t id);
 
 /// Says that no row has an id; "" without memory.
-const char *no_row_text(const CallContext *ctx, int32_t id);
+const char *no_row_text(CallContext *ctx, int32_t id);
 
 }  // namespace qb

@@ -9,12 +9,12 @@
 namespace qb {
 
 struct NameSet {
-    const CallContext *ctx;
+    CallContext *ctx;
     const char **slots = nullptr;
     size_t room = 0;  // a power of two, at least twice what is used
     size_t used = 0;
 
-    explicit NameSet(const CallContext *context) : ctx(context) {}
+    explicit NameSet(CallContext *context) : ctx(context) {}
 
     bool contains(const char *name) const { return room > 0 && slots[slot_of(name)]; }
 

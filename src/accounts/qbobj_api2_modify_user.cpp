@@ -31,7 +31,7 @@ struct Change {
     const char *old_home = nullptr;
     SetList<512> set;
 
-    Change(const CallContext *ctx, const User *user, int32_t mode) : given(user), ads(mode), set(ctx) {}
+    Change(CallContext *ctx, const User *user, int32_t mode) : given(user), ads(mode), set(ctx) {}
 };
 
 uint32_t find_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, const User *user, int32_t *id)

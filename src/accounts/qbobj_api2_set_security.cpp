@@ -11,7 +11,7 @@
 namespace qb {
 namespace {
 
-uint32_t check_security(const CallContext *ctx, const Security *security)
+uint32_t check_security(CallContext *ctx, const Security *security)
 {
     // Exactly these: "ADS" would be stored as it is and not be taken for the directory mode afterwards.
     if (check_one_of(security->Security, Case::exact, {"user", "ads"})) return REPORT(ctx, 8, "Security is not valid");

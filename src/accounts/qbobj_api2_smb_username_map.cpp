@@ -29,7 +29,7 @@ Failure count_maps(CallContext *ctx, sqlite3 *db, const char *unix_name, const c
 }
 
 /// Copies a cell, which may be NULL. False without memory.
-bool copy_cell(const CallContext *ctx, const Rows &rows, int row, int column, const char **text)
+bool copy_cell(CallContext *ctx, const Rows &rows, int row, int column, const char **text)
 {
     *text = rows.text(ctx, row, column);
     return *text || !rows.cell(row, column);

@@ -4,7 +4,7 @@
 
 namespace qb {
 
-uint32_t report_line(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+uint32_t report_line(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
 {
     va_list args;
     va_start(args, format);

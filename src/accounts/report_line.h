@@ -6,7 +6,7 @@
 namespace qb {
 
 /// Fills the error record, logs the message with a line feed at level 2 with flag 0, returns the code.
-uint32_t report_line(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+uint32_t report_line(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
     __attribute__((format(printf, 5, 6)));
 
 }  // namespace qb

@@ -7,7 +7,7 @@
 
 namespace qb {
 
-const char *one_line(const CallContext *ctx, const SshPublicKey *key)
+const char *one_line(CallContext *ctx, const SshPublicKey *key)
 {
     char *text = apr_psprintf(
         pool_of(ctx->qbdb), "id=%d user_id=%d serve_for=%s type=%s key=%s comment=%s fingerprint=%s title=%s", key->Id,
@@ -18,7 +18,7 @@ const char *one_line(const CallContext *ctx, const SshPublicKey *key)
     return text;
 }
 
-uint32_t read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key)
+uint32_t read_ssh_key(CallContext *ctx, const Rows &rows, int row, SshPublicKey *key)
 {
     SshPublicKey read = *key;
     read.Id = rows.int32(row, 0);
@@ -47,7 +47,7 @@ uint32_t key_lookup_failed(CallContext *ctx)
     return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, kLookUpFailed);
 }
 
-uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title)
+uint32_t make_root_title(CallContext *ctx, const char *worker, const char *title, const char **root_title)
 {
     *root_title = apr_psprintf(pool_of(ctx->qbdb), "root_%s", or_empty(title));
     return *root_title ? 0 : REPORT_LINE(ctx, 2, "OOM in %s", worker);

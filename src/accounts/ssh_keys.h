@@ -13,10 +13,10 @@ inline constexpr int32_t kRootId = 0;
 inline constexpr int32_t kMostSshKeys = 256;
 
 /// A key on one line, for the log.
-const char *one_line(const CallContext *ctx, const SshPublicKey *key);
+const char *one_line(CallContext *ctx, const SshPublicKey *key);
 
 /// Fills the fields of a record from a row; without memory the record stays as it was.
-uint32_t read_ssh_key(const CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
+uint32_t read_ssh_key(CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
 
 /// Reports a look-up that could not read the keys.
 uint32_t key_lookup_failed(CallContext *ctx);
@@ -25,7 +25,7 @@ uint32_t key_lookup_failed(CallContext *ctx);
 uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id);
 
 /// Title of root's twin of a key.
-uint32_t make_root_title(const CallContext *ctx, const char *worker, const char *title, const char **root_title);
+uint32_t make_root_title(CallContext *ctx, const char *worker, const char *title, const char **root_title);
 
 /// Finds root's twin of one of the administrator's keys.
 uint32_t find_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id, SshPublicKey *root_key);

@@ -6,7 +6,7 @@
 namespace qb {
 namespace {
 
-const char *domain_group_name(const CallContext *ctx, sqlite3 *db, int32_t gid)
+const char *domain_group_name(CallContext *ctx, sqlite3 *db, int32_t gid)
 {
     const char *name = nullptr;
     const int rc = qbdb_util_get_domain_gname_by_gid(ctx->qbdb, db, gid, &name);

@@ -23,7 +23,7 @@ struct List {
     }
 
     /// A new zero-filled element at the tail, or null without memory.
-    T *append(const CallContext *ctx)
+    T *append(CallContext *ctx)
     {
         T *element = allocate<T>(ctx);
         if (element) link(element);

@@ -12,7 +12,7 @@ namespace qb {
 
 /// Notes in the call when a block is missing.
 template <class T>
-T *noted(const CallContext *ctx, T *block)
+T *noted(CallContext *ctx, T *block)
 {
     if (!block) [[unlikely]]
         ctx->short_of_memory = true;
@@ -21,7 +21,7 @@ T *noted(const CallContext *ctx, T *block)
 
 /// A zero-filled record, or null without memory.
 template <class T>
-T *allocate(const CallContext *ctx)
+T *allocate(CallContext *ctx)
 {
     // Not apr_pcalloc: that is a macro which clears the block without looking whether there is one.
     void *block = noted(ctx, apr_palloc(pool_of(ctx->qbdb), sizeof(T)));
@@ -39,7 +39,7 @@ inline char *copy_text(apr_pool_t *pool, const char *text)
 }
 
 /// A copy of a text in the pool of the call.
-inline const char *copy_text(const CallContext *ctx, const char *text)
+inline const char *copy_text(CallContext *ctx, const char *text)
 {
     return text ? noted(ctx, copy_text(pool_of(ctx->qbdb), text)) : nullptr;
 }

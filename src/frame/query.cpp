@@ -31,6 +31,12 @@ int32_t Rows::int32(int row, int column) const
     return static_cast<int32_t>(strtol(text, nullptr, 10));
 }
 
+int64_t Rows::int64(int row, int column) const
+{
+    const char *text = cell(row, column);
+    return text ? strtoll(text, nullptr, 10) : 0;
+}
+
 uint64_t Rows::uint64(int row, int column) const
 {
     const char *text = cell(row, column);
@@ -39,12 +45,12 @@ uint64_t Rows::uint64(int row, int column) const
     return strtoull(text, nullptr, 0);
 }
 
-const char *Rows::text(const CallContext *ctx, int row, int column) const
+const char *Rows::text(CallContext *ctx, int row, int column) const
 {
     return copy_text(ctx, cell(row, column));
 }
 
-const char *Rows::word(const CallContext *ctx, int row, int column) const
+const char *Rows::word(CallContext *ctx, int row, int column) const
 {
     return is_set(cell(row, column)) ? text(ctx, row, column) : "";
 }

@@ -8,7 +8,7 @@
 
 namespace qb {
 
-uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
+uint32_t set_error(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
                    va_list args)
 {
     if (ctx->short_of_memory && code != kNoMemory && code != kStatementFailed) {
@@ -27,7 +27,7 @@ uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint
     return code;
 }
 
-uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+uint32_t report(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
 {
     va_list args;
     va_start(args, format);

@@ -13,14 +13,19 @@ namespace qb {
 struct CallContext {
     qbdb_t *qbdb;
     ErrorInfo *err;
-    /// Noted wherever memory lacks on the way of a call. What it has found by then, and what it has not, may be
-    /// wrong: nothing of it is stored, handed out or said of the arguments.
-    mutable bool short_of_memory = false;
+    /// Set when an allocation failed. From then on nothing the call computed is stored, returned or blamed on an
+    /// argument.
+    bool short_of_memory = false;
 };
 
 inline constexpr uint32_t kNoMemory = 2;
 inline constexpr uint32_t kStatementFailed = 5;
 inline constexpr char kNoMemoryText[] = "Failed to allocate resource.";
+
+constexpr const char *no_memory_text(const char *words = kNoMemoryText)
+{
+    return words;
+}
 
 /// The pool of a call: the request pool when one is open, else the default pool.
 inline apr_pool_t *pool_of(const qbdb_t *qbdb)
@@ -29,12 +34,12 @@ inline apr_pool_t *pool_of(const qbdb_t *qbdb)
 }
 
 /// Fills the error record, logs the message at level 2 with flag 1, returns the code.
-uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
+uint32_t report(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format, ...)
     __attribute__((format(printf, 5, 6)));
 
 /// Fills the error record without logging and returns the code. A claim that a call short of memory makes becomes
 /// that lack; a failed statement stays one.
-uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
+uint32_t set_error(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *format,
                    va_list args) __attribute__((format(printf, 5, 0)));
 
 /// Aborts with file, line and function, in release builds too.
@@ -65,11 +70,12 @@ uint32_t set_error(const CallContext *ctx, uint32_t code, const char *file, uint
         if (const uint32_t try_code = (expression)) return try_code;                                \
     } while (0)
 
-/// Ends a worker that lacked memory on its way: stands before outputs are written.
-#define TRY_MEMORY(ctx)                                                                             \
+/// Ends a worker for which an allocation failed: stands after an append and before outputs are written. Some
+/// operations have words of their own for it: TRY_MEMORY(ctx, "Failed to allocate Host.");
+#define TRY_MEMORY(ctx, ...)                                                                        \
     do {                                                                                            \
         if ((ctx)->short_of_memory)                                                                 \
-            return REPORT((ctx), ::qb::kNoMemory, "%s", ::qb::kNoMemoryText);                       \
+            return REPORT((ctx), ::qb::kNoMemory, "%s", ::qb::no_memory_text(__VA_ARGS__));         \
     } while (0)
 
 /// A programming error of the caller ends the process.

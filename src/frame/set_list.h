@@ -14,13 +14,13 @@ namespace qb {
 /// Items joined by a separator in a fixed buffer of N bytes, the terminating NUL included.
 template <size_t N>
 struct JoinedText {
-    const CallContext *ctx;
+    CallContext *ctx;
     const char *separator;
     size_t size = 0;
     bool dropped = false;
     char text[N] = "";
 
-    JoinedText(const CallContext *context, const char *join) : ctx(context), separator(join) {}
+    JoinedText(CallContext *context, const char *join) : ctx(context), separator(join) {}
     JoinedText(const JoinedText &) = delete;
     JoinedText &operator=(const JoinedText &) = delete;
 
@@ -50,7 +50,7 @@ struct JoinedText {
 /// The assignments of an UPDATE, joined by commas.
 template <size_t N>
 struct SetList : JoinedText<N> {
-    explicit SetList(const CallContext *context) : JoinedText<N>(context, ",") {}
+    explicit SetList(CallContext *context) : JoinedText<N>(context, ",") {}
 };
 
 }  // namespace qb

@@ -19,7 +19,7 @@ void append_salt(char *out, uint32_t random)
 }
 
 /// crypt with a work area of its own, wiped afterwards; the result lives in the call's pool.
-const char *run_crypt(const CallContext *ctx, const char *password, const char *setting)
+const char *run_crypt(CallContext *ctx, const char *password, const char *setting)
 {
     crypt_data area{};  // on the stack: a list of users would fill the pool with these
     const char *hash = crypt_r(password, setting, &area);
@@ -31,7 +31,7 @@ const char *run_crypt(const CallContext *ctx, const char *password, const char *
 
 }  // namespace
 
-const char *hash_password(const CallContext *ctx, const char *password)
+const char *hash_password(CallContext *ctx, const char *password)
 {
     if (!is_set(password)) return "";
     char setting[] = "$1$........$";
@@ -40,13 +40,13 @@ const char *hash_password(const CallContext *ctx, const char *password)
     return run_crypt(ctx, password, setting);
 }
 
-int32_t check_password(const CallContext *ctx, const char *password, const char **hash)
+int32_t check_password(CallContext *ctx, const char *password, const char **hash)
 {
     *hash = password ? hash_password(ctx, password) : nullptr;
     return *hash ? 0 : 1;
 }
 
-bool verify_password(const CallContext *ctx, const char *password, const char *hash)
+bool verify_password(CallContext *ctx, const char *password, const char *hash)
 {
     if (!is_set(hash)) return false;
     const char *again = run_crypt(ctx, password, hash);

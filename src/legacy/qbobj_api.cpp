@@ -11,12 +11,12 @@ namespace {
 
 // ---- Folder attributes
 
-uint32_t share_query_failed(const CallContext *ctx, const Failure &bad)
+uint32_t share_query_failed(CallContext *ctx, const Failure &bad)
 {
     return REPORT(ctx, 5, "Failed DB Query for cifs share. sq3rc=%d:%d (%s)", bad.rc, bad.rc, bad.text);
 }
 
-uint32_t user_query_failed(const CallContext *ctx, const Failure &bad)
+uint32_t user_query_failed(CallContext *ctx, const Failure &bad)
 {
     return REPORT(ctx, 5, "Failed DB Query for user. sq3rc=%d:%d (%s)", bad.rc, bad.rc, bad.text);
 }

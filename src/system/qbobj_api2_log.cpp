@@ -64,7 +64,7 @@ enum class Purpose { reading, deleting };
 struct Filter {
     JoinedText<6 * kPartSize> conditions;
 
-    explicit Filter(const CallContext *ctx) : conditions(ctx, " AND ") {}
+    explicit Filter(CallContext *ctx) : conditions(ctx, " AND ") {}
     const char *where() const { return conditions.empty() ? "" : "WHERE "; }
 
     template <class... Args>

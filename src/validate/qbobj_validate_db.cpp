@@ -37,7 +37,7 @@ constexpr Sql<const char *> name_statement(NameCheck check)
     return "SELECT NULL WHERE %Q IS NULL";
 }
 
-int32_t answer(const CallContext *ctx, const Failure &bad, const Rows &rows, const char **found)
+int32_t answer(CallContext *ctx, const Failure &bad, const Rows &rows, const char **found)
 {
     if (bad) return kCheckFailed;
     if (rows.count == 0) return kNotFound;

@@ -101,32 +101,16 @@ void PrintTo(const Trouble &trouble, std::ostream *out)
     *out << trouble.name;
 }
 
-/// Answers other than 2 and 5 with a message that a lack of memory may bring, each for a reason.
-struct Exception {
-    const char *operation;
-    uint32_t rc;
-    const char *message;  // begins with this
-    const char *why;
-};
-
-constexpr Exception kExceptions[] = {
-    {"addUser", 0, "Failed DB Query for 'INSERT $timemachine_quota'",
-     "the user is created without the allowance, and the caller reads that in the error record"},
-    {"deleteUser", 8, "Cannot delete user ssh public key (user_name=", "any failure to remove the keys is told so"},
-    {"deleteUserByName", 8,
-     "Cannot delete user ssh public key (user_name=", "any failure to remove the keys is told so"},
-    {"getUserHomeFolderTotalConsumedInByte", 5, "", "tells its failures to the log only"},
-};
-
-struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
+struct Allocations : Anomaly, testing::WithParamInterface<std::tuple<const Family *, Trouble>> {
+    const Trouble trouble = std::get<Trouble>(GetParam());
     long failed = 0;
-    std::vector<bool> met = std::vector<bool>(std::size(kExceptions));
+    std::vector<bool> met = std::vector<bool>(family.memory_exceptions.size());
 
-    Allocations()
+    Allocations() : Anomaly(*std::get<const Family *>(GetParam()))
     {
         pause = [](bool on) { memory.watching = !on; };
         apr_allocator_max_free_set(qbdb->internal->allocator, 1);  // pools give back what they do not need
-        memory = {.source = GetParam().source, .forever = GetParam().forever, .blocks = memory.blocks};
+        memory = {.source = trouble.source, .forever = trouble.forever, .blocks = memory.blocks};
     }
     ~Allocations() override { memory.source = Source::none; }
 
@@ -135,7 +119,7 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
         qbdb_set_statement_cache(qbdb, 0);  // statements are prepared anew
         qbdb_set_statement_cache(qbdb, 256);
         return run(trial, 0, 0, [&](bool entering) {
-            if (entering && GetParam().source == Source::heap) apr_palloc(qbdb->request_pool, 7900);
+            if (entering && trouble.source == Source::heap) apr_palloc(qbdb->request_pool, 7900);
             memory.nth = entering ? nth : 0;
             memory.count = entering ? 0 : memory.count;
             memory.refused = entering ? false : memory.refused;
@@ -153,8 +137,8 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
 
     bool excepted(const Trial &trial, const Outcome &outcome)
     {
-        for (size_t i = 0; i < std::size(kExceptions); i++) {
-            const Exception &row = kExceptions[i];
+        for (size_t i = 0; i < met.size(); i++) {
+            const MemoryException &row = family.memory_exceptions[i];
             const bool same = outcome.rc == row.rc && !strcmp(trial.operation, row.operation) &&
                               outcome.message.starts_with(row.message) && outcome.message.empty() == !*row.message;
             if (same) met[i] = true;
@@ -171,7 +155,7 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
             EXPECT_TRUE(outcome.stored == reference.stored) << "stores something else";
             return;
         }
-        EXPECT_FALSE(outcome.wrote_outputs && !leaves_outputs(trial)) << outcome.outputs;
+        EXPECT_FALSE(outcome.wrote_outputs && !is_listed(family.left_outputs, trial)) << outcome.outputs;
         if (excepted(trial, outcome)) return;
         if (outcome.statements.size() <= 1 && outcome.rc == SQLITE_NOMEM) {
             EXPECT_EQ(outcome.code, 0u) << "it could not begin";
@@ -189,9 +173,9 @@ struct Allocations : Anomaly, testing::WithParamInterface<Trouble> {
 
 TEST_P(Allocations, EachFails)
 {
-    if (GetParam().source == Source::heap && !kHeapIsOurs)
+    if (trouble.source == Source::heap && !kHeapIsOurs)
         GTEST_SKIP() << "the sanitizer owns the heap: pools and SQLite are tested by themselves";
-    for (const Trial &trial : kSetups) {
+    for (const Trial &trial : family.trials) {
         SCOPED_TRACE(name_of(trial));
         begin(trial);
         run_failing(trial, 0);
@@ -214,16 +198,21 @@ TEST_P(Allocations, EachFails)
             EXPECT_LE(memory.blocks, blocks) << "something was not given back";
         }
     }
-    for (size_t i = 0; i < std::size(kExceptions) && GetParam().source != Source::pool; i++)  // they are of statements
-        EXPECT_TRUE(met[i]) << kExceptions[i].operation << " needs no exception: " << kExceptions[i].why;
+    for (size_t i = 0; i < met.size() && trouble.source != Source::pool; i++)  // they are of statements
+        EXPECT_TRUE(met[i]) << family.memory_exceptions[i].operation << " needs no exception: "
+                            << family.memory_exceptions[i].why;
     printf("%ld allocations failed\n", failed);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     , Allocations,
-    testing::Values(Trouble{Source::pool, false, "pool_once"}, Trouble{Source::pool, true, "pool_forever"},
-                    Trouble{Source::sqlite, false, "sqlite_once"}, Trouble{Source::sqlite, true, "sqlite_forever"},
-                    Trouble{Source::heap, false, "heap_once"}, Trouble{Source::heap, true, "heap_forever"}),
-    [](const auto &info) { return info.param.name; });
+    testing::Combine(
+        testing::ValuesIn(families()),
+        testing::Values(Trouble{Source::pool, false, "pool_once"}, Trouble{Source::pool, true, "pool_forever"},
+                        Trouble{Source::sqlite, false, "sqlite_once"}, Trouble{Source::sqlite, true, "sqlite_forever"},
+                        Trouble{Source::heap, false, "heap_once"}, Trouble{Source::heap, true, "heap_forever"})),
+    [](const auto &info) {
+        return std::string(std::get<0>(info.param)->name) + "_" + std::get<1>(info.param).name;
+    });
 
 }  // namespace

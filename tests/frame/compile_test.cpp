@@ -26,7 +26,14 @@ constexpr char kQueries[] =
     "using namespace qb;\n"
     "void use(CallContext *ctx, sqlite3 *db, int32_t i, uint64_t n, const char *s) {\n"
     "Rows rows; (void)ctx; (void)db; (void)i; (void)n; (void)s; (void)rows;\n";
-constexpr char kRows[] = "#include \"frame/operation.h\"\nusing namespace qb;\nconstexpr QbobjOperation row =\n";
+constexpr char kReadRow[] =
+    "#include \"frame/read_row.h\"\n"
+    "using namespace qb;\n"
+    "void use(CallContext *ctx, const Rows &rows, Share *share, double d, char *t) {\n"
+    "(void)d; (void)t;\n";
+constexpr char kWorkers[] =
+    "#include \"qbobj.h\"\n#include \"frame/worker.h\"\nusing namespace qb;\n";
+constexpr char kRows[] = "#include \"api/operation.h\"\nusing namespace qb;\nconstexpr QbobjOperation row =\n";
 
 const Case kFieldTables[] = {
     {"Right", "QB_RECORD(Host, QBOBJ_TYPE_ROW_ID, F(resource_id), F(HostId), F(HostName))", nullptr},
@@ -113,27 +120,58 @@ const Case kOwnStructures[] = {
      "does not match its structure"},
 };
 
+const Case kRowReads[] = {
+    {"EachKind",
+     "read_row(ctx, rows, 0, both(share->key, share->ShareId), empty(share->Comment), skip, share->NonOwnerDelete,\n"
+     "optional(share->QuotaMB, share->QuotaMB_void));",
+     nullptr},
+    {"Fraction", "read_row(ctx, rows, 0, d);", "no matching function"},
+    {"TextThatIsNotConstant", "read_row(ctx, rows, 0, t);", "no matching function"},
+    {"SubRecord", "read_row(ctx, rows, 0, share->CifsOptions);", "no matching function"},
+    {"BothOfTwoTypes", "read_row(ctx, rows, 0, both(share->key, share->VisibleSnapshot));", "no matching function"},
+};
+
+const Case kWorkerTypes[] = {
+    {"Right", "Worker<qbobj_addUser> worker; uint32_t worker(CallContext *, sqlite3 *, User *) { return 0; }", nullptr},
+    {"WithAnAnswer",
+     "Worker<qbobj_getUID, int32_t> worker; int32_t (*same)(CallContext *, sqlite3 *, const char *, int32_t *) = worker;",
+     nullptr},
+    {"OtherArguments", "Worker<qbobj_addUser> worker; uint32_t (*same)(CallContext *, sqlite3 *, Group *) = worker;",
+     "invalid conversion"},
+    {"OtherResult", "Worker<qbobj_addUser> worker; int32_t worker(CallContext *, sqlite3 *, User *) { return 0; }",
+     "ambiguating new declaration"},
+};
+
 const Case kStatements[] = {
     {"Right", "(void)select(ctx, db, rows, \"SELECT %d,%lu,%Q,'%q',%s,%%\", i, n, s, s, s);", nullptr},
-    {"TooFew", "(void)select(ctx, db, rows, \"SELECT %d,%Q\", i);", "sql_format_mismatch"},
-    {"TooMany", "(void)select(ctx, db, rows, \"SELECT %d\", i, s);", "sql_format_mismatch"},
-    {"NoneAtAll", "(void)execute(ctx, db, \"SELECT %d\");", "sql_format_mismatch"},
-    {"TextForNumber", "(void)execute(ctx, db, \"SELECT %d\", s);", "sql_format_mismatch"},
-    {"NumberForText", "(void)execute(ctx, db, \"SELECT %Q\", i);", "sql_format_mismatch"},
-    {"WideForNarrow", "(void)execute(ctx, db, \"SELECT %d\", n);", "sql_format_mismatch"},
-    {"NarrowForWide", "(void)execute(ctx, db, \"SELECT %lu\", i);", "sql_format_mismatch"},
-    {"Fraction", "(void)execute(ctx, db, \"SELECT %d\", 1.5);", "sql_format_mismatch"},
-    {"UnknownConversion", "(void)execute(ctx, db, \"SELECT %z\", s);", "sql_format_mismatch"},
-    {"WidthAndFlags", "(void)execute(ctx, db, \"SELECT %05d\", i);", "sql_format_mismatch"},
-    {"ThreeLongs", "(void)execute(ctx, db, \"SELECT %llld\", n);", "sql_format_mismatch"},
-    {"LonePercent", "(void)execute(ctx, db, \"SELECT 5 %\");", "sql_format_mismatch"},
+    {"TooFew", "(void)select(ctx, db, rows, \"SELECT %d,%Q\", i);", "format_mismatch"},
+    {"TooMany", "(void)select(ctx, db, rows, \"SELECT %d\", i, s);", "format_mismatch"},
+    {"NoneAtAll", "(void)execute(ctx, db, \"SELECT %d\");", "format_mismatch"},
+    {"TextForNumber", "(void)execute(ctx, db, \"SELECT %d\", s);", "format_mismatch"},
+    {"NumberForText", "(void)execute(ctx, db, \"SELECT %Q\", i);", "format_mismatch"},
+    {"WideForNarrow", "(void)execute(ctx, db, \"SELECT %d\", n);", "format_mismatch"},
+    {"NarrowForWide", "(void)execute(ctx, db, \"SELECT %lu\", i);", "format_mismatch"},
+    {"Fraction", "(void)execute(ctx, db, \"SELECT %d\", 1.5);", "format_mismatch"},
+    {"UnknownConversion", "(void)execute(ctx, db, \"SELECT %z\", s);", "format_mismatch"},
+    {"WidthAndFlags", "(void)execute(ctx, db, \"SELECT %05d\", i);", "format_mismatch"},
+    {"ThreeLongs", "(void)execute(ctx, db, \"SELECT %llld\", n);", "format_mismatch"},
+    {"LonePercent", "(void)execute(ctx, db, \"SELECT 5 %\");", "format_mismatch"},
     {"FormatAtRunTime", "(void)execute(ctx, db, s);", "error"},
-    {"Int32Mismatch", "int32_t v; (void)select_int32(ctx, db, v, \"SELECT %d\", s);", "sql_format_mismatch"},
-    {"TextMismatch", "const char *v; (void)select_text(ctx, db, v, \"SELECT %d\", s);", "sql_format_mismatch"},
-    {"FindMismatch", "int32_t v; bool f; (void)find_int32(ctx, db, v, f, \"SELECT %d\", s);", "sql_format_mismatch"},
-    {"Uint64Mismatch", "uint64_t v; (void)select_uint64(ctx, db, v, \"SELECT %d\", s);", "sql_format_mismatch"},
+    {"Int32Mismatch", "int32_t v; (void)select_int32(ctx, db, v, \"SELECT %d\", s);", "format_mismatch"},
+    {"TextMismatch", "const char *v; (void)select_text(ctx, db, v, \"SELECT %d\", s);", "format_mismatch"},
+    {"FindMismatch", "int32_t v; bool f; (void)find_int32(ctx, db, v, f, \"SELECT %d\", s);", "format_mismatch"},
+    {"Uint64Mismatch", "uint64_t v; (void)select_uint64(ctx, db, v, \"SELECT %d\", s);", "format_mismatch"},
     {"ItemRight", "SetList<512> set(ctx); set.add(\"a=%d\", i);", nullptr},
-    {"ItemMismatch", "SetList<512> set(ctx); set.add(\"a=%d\", s);", "sql_format_mismatch"},
+    {"ItemMismatch", "SetList<512> set(ctx); set.add(\"a=%d\", s);", "format_mismatch"},
+    {"IgnoredFailure", "execute(ctx, db, \"DELETE FROM t\");", "nodiscard"},
+    {"IgnoredReport", "execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"%s\");", "nodiscard"},
+    {"FailureWords", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"for '%s' %d. %s\", s, i);", nullptr},
+    {"FailureWordsAlone", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, 2, \"in '%s'\", s);", nullptr},
+    {"FailureWordsTooMany", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"%s %s\");", "format_mismatch"},
+    {"FailureWordsTooFew", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"none\", s);", "format_mismatch"},
+    {"FailureWordsOtherKind", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"%d %s\", s);", "format_mismatch"},
+    {"FailureWordsEndInNumber", "(void)execute(ctx, db, \"DELETE FROM t\").or_report(ctx, \"%d\");", "format_mismatch"},
+    {"LoggedWords", "(void)execute(ctx, db, \"DELETE FROM t\").logged(ctx, \"%s %s %s\", s);", "format_mismatch"},
     {"ReportRight", "(void)REPORT(ctx, 8, \"%d %s\", i, s);", nullptr},
     {"ReportMismatch", "(void)REPORT(ctx, 8, \"%d\", s);", "-Werror=format="},
     {"TraceMismatch", "TRACE(ctx, \"%s\", i);", "-Werror=format="},
@@ -186,6 +224,21 @@ TEST_P(Statements, Compile)
     check(GetParam(), std::string(kQueries) + GetParam().code + "\n}\n");
 }
 INSTANTIATE_TEST_SUITE_P(Of, Statements, testing::ValuesIn(kStatements),
+                         [](const auto &each) { return each.param.name; });
+
+struct RowReads : Compile {};
+TEST_P(RowReads, Compile)
+{
+    check(GetParam(), std::string(kReadRow) + GetParam().code + "\n}\n");
+}
+INSTANTIATE_TEST_SUITE_P(Of, RowReads, testing::ValuesIn(kRowReads), [](const auto &each) { return each.param.name; });
+
+struct WorkerTypes : Compile {};
+TEST_P(WorkerTypes, Compile)
+{
+    check(GetParam(), std::string(kWorkers) + GetParam().code + "\n");
+}
+INSTANTIATE_TEST_SUITE_P(Of, WorkerTypes, testing::ValuesIn(kWorkerTypes),
                          [](const auto &each) { return each.param.name; });
 
 struct OperationRows : Compile {};

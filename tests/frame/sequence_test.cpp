@@ -89,7 +89,7 @@ QB_RECORD(LogQuery, 0, F(limit), F(offset), F(order), F(timestamp_min), F(timest
 QB_RECORD(LogEntry, 0, F(LogId), F(TimeStamp), F(Severity), F(Category), F(MessageTag), F(MessageArgsXml))
 QB_RECORD(ResourceId, 0, F(resource_id))
 
-uint32_t report(const CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *, ...)
+uint32_t report(CallContext *ctx, uint32_t code, const char *file, uint32_t line, const char *, ...)
 {
     called("report " + std::to_string(code), file, line);
     *ctx->err = {code, file, line, "reported"};

@@ -1,52 +1,11 @@
-// The operation table: one row per exported operation. Front ends, tests, fuzzers and bindings walk it.
-#include <cstring>
+// Operation rows: users, groups, passwords, directory security, SSH keys, the SMB user-name map.
+#pragma once
 
-#include "frame/operation.h"
+#include "api/operation.h"
 
-namespace {
+namespace qb {
 
-using namespace qb;
-
-constexpr QbobjOperation kOperations[] = {
-    // ---- system log
-    QB_OPERATION(getLog, "system log", kReads, QBOBJ_RETURNS_CODE, "2 5",
-                 "Reads the entries that match a query, page by page, and counts the matching and all entries.",
-                 in("query").or_null(), out("entries"), out("count"), out("total")),
-    QB_OPERATION(deleteLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "2 5",
-                 "Deletes the entries that match a query's times, least severity and categories.",
-                 in("query").or_null()),
-    QB_OPERATION(truncateLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "5",
-                 "Cuts the log down to its newest entries.", in("keep")),
-    QB_OPERATION(addLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds an entry.", in("time"),
-                 in("severity").or_null(), in("category").or_null(), in("msgTag").or_null(), in("argsXml").or_null()),
-
-    // ---- network interfaces
-    QB_OPERATION(getNetworkInterfaceCollection, "network interfaces", kReads, QBOBJ_RETURNS_CODE, "2 5",
-                 "Lists the network interfaces by name.", out("interfaces")),
-    QB_OPERATION(getNetworkInterface, "network interfaces", kReads, QBOBJ_RETURNS_CODE, "2 5 6 8",
-                 "Reads a network interface by its Name.", inout("nif")),
-    QB_OPERATION(addNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Adds a network interface.", in("nif")),
-    QB_OPERATION(deleteNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "5 6 8",
-                 "Deletes a network interface by its name.", in("name")),
-    QB_OPERATION(modifyNetworkInterface, "network interfaces", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
-                 "Changes the given fields, the subnet excepted, of the network interface of that Name.", in("nif")),
-
-    // ---- settings by key, folder attributes
-    QB_LEGACY_OPERATION(getFolderAttribute, kReads, QBOBJ_RETURNS_CODE, "2 5",
-                        "Tells whether a folder is a share or a home folder, or lies in one.", in("path").or_null(),
-                        out("attr")),
-    QB_LEGACY_OPERATION(getServiceEntry, kReads, QBOBJ_RETURNS_CODE, "5 6", "Reads a service setting.", in("key"),
-                        out("val")),
-    QB_LEGACY_OPERATION(setServiceEntry, kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
-                        "Writes a service setting and its mirror, or removes it (null).", in("key"),
-                        in("val").or_null()),
-    QB_LEGACY_OPERATION(getRegistryEntry, kReads, QBOBJ_RETURNS_CODE, "5 6", "Reads an entry of the registry.",
-                        in("key"), out("val")),
-    QB_LEGACY_OPERATION(setRegistryEntry, kChanges, QBOBJ_RETURNS_CODE, "5",
-                        "Writes an entry of the registry; removing one (null) always fails.", in("key"),
-                        in("val").or_null()),
-
+inline constexpr QbobjOperation kAccountsRows[] = {
     // ---- users, reading
     QB_OPERATION(getUserCollection, "users", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Lists users: filtered, in order, page by page, with quotas, home folder and Time Machine allowance.",
@@ -180,28 +139,6 @@ constexpr QbobjOperation kOperations[] = {
                  "Moves all second names from one Unix user name to another.", in("oldUnixName"), in("newUnixName")),
     QB_OPERATION(setSmbUserNameMapSmbUserName, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Changes the second name that a Unix user name has of one type.", in("map")),
-
-    {},
 };
 
-const char *without_prefix(const char *name)
-{
-    static constexpr char kPrefix[] = "qbobj_";
-    constexpr size_t kLength = sizeof kPrefix - 1;
-    return strncmp(name, kPrefix, kLength) == 0 ? name + kLength : name;
-}
-
-}  // namespace
-
-const QbobjOperation *qbobj_operations(void)
-{
-    return kOperations;
-}
-
-const QbobjOperation *qbobj_find_operation(const char *name)
-{
-    if (!name) return nullptr;
-    for (const QbobjOperation *row = kOperations; row->name; row++)
-        if (strcmp(without_prefix(row->name), without_prefix(name)) == 0) return row;
-    return nullptr;
-}
+}  // namespace qb

@@ -364,3 +364,27 @@ uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNa
 {
     return framed<x_qbobj_setSmbUserNameMapSmbUserName>("qbobj_setSmbUserNameMapSmbUserName", qbdb, db, err, map);
 }
+
+// ---- Shares, reading
+
+// ---- Shares, creating
+
+// ---- Protocol settings
+
+// ---- Time Machine, TiVo, Coffer
+
+// ---- Dictionary and daemon record
+
+// ---- Volumes and disks
+
+// ---- Volume spares and schedules
+
+// ---- Snapshots, clones, subvolumes
+
+// ---- Health
+
+// ---- iSCSI
+
+// ---- Backup jobs
+
+// ---- UPS configuration
