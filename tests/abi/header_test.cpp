@@ -58,7 +58,7 @@ TEST(Headers, EachCompilesAlone)
 
 TEST(Headers, AFaultInAHeaderWouldShow)
 {
-    EXPECT_NE(test::compile(QBOBJ_C_COMPILER, "c", "-std=c11 -Wall -Wextra -pedantic -Werror",
+    EXPECT_NE(test::compile(test::c_compiler(), "c", "-std=c11 -Wall -Wextra -pedantic -Werror",
                             includes("qbobj.h") + "enum { trailing, };\nstruct {};\n")
                   .status,
               0);
@@ -72,13 +72,13 @@ TEST(Headers, FunctionsHaveCLinkage)
         "extern \"C\" uint32_t qbobj_clear_Share(Share *record);\n"
         "extern \"C\" const QbobjType *qbobj_types(void);\n"
         "extern \"C\" void qbdb_close(qbdb_t *qbdb);\n";
-    const auto outcome = test::compile(QBOBJ_CXX_COMPILER, "c++", "-std=c++17 -Werror", code);
+    const auto outcome = test::compile(test::cxx_compiler(), "c++", "-std=c++17 -Werror", code);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
 }
 
 TEST(Headers, QbobjIncludesAllOfItsFamily)
 {
-    const std::string text = test::read_file(std::string(QBOBJ_SOURCE_DIR) + "/include/qbobj.h");
+    const std::string text = test::read_file(test::source_path("include/qbobj.h"));
     for (const std::string &header : headers())
         if (header.rfind("qbobj/", 0) == 0) {
             EXPECT_NE(text.find("#include \"" + header + "\""), std::string::npos) << header;
@@ -144,7 +144,7 @@ TEST(Comments, ExplainEachMember)
         bool open = false;  // in a comment of more than one line
         int number = 0;
         for (const std::string &line :
-             test::lines_of(test::read_file(std::string(QBOBJ_SOURCE_DIR) + "/include/" + header))) {
+             test::lines_of(test::read_file(test::source_path("include/" + header)))) {
             number++;
             if (line.rfind("struct ", 0) == 0 && line.back() == '{') inside = true;
             if (line[0] == '}') inside = false;
@@ -192,7 +192,7 @@ TEST(Symbols, SupportLibraryExportsWhatItsHeaderDeclares)
 
 std::vector<std::string> dynamic_entries(const std::string &library, const std::string &tag)
 {
-    const test::Outcome outcome = test::run("readelf -d '" QBOBJ_BINARY_DIR "/" + library + "'");
+    const test::Outcome outcome = test::run("readelf -d '" + test::build_path(library) + "'");
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     std::vector<std::string> names;
     for (const std::string &line : test::lines_of(outcome.output)) {
@@ -230,7 +230,7 @@ TEST(Symbols, LibrariesAreNamedByTheirMajorVersion)
 
 TEST(Symbols, ObjectLibraryUsesOnlyTheListedCallsOfTheSupportLibrary)
 {
-    const test::Outcome outcome = test::run("nm -D --undefined-only '" QBOBJ_BINARY_DIR "/libqbobj.so'");
+    const test::Outcome outcome = test::run("nm -D --undefined-only '" + test::build_path("libqbobj.so") + "'");
     ASSERT_EQ(outcome.status, 0) << outcome.output;
     const auto ours = exported("libqbdb.so");
     std::vector<std::string> used;
@@ -240,7 +240,7 @@ TEST(Symbols, ObjectLibraryUsesOnlyTheListedCallsOfTheSupportLibrary)
         if (std::binary_search(ours.begin(), ours.end(), name)) used.push_back(name);
     }
     std::sort(used.begin(), used.end());
-    const auto allowed = test::lines_of(test::read_file(std::string(QBOBJ_SOURCE_DIR) + "/tests/abi/libqbdb.contract"));
+    const auto allowed = test::lines_of(test::read_file(test::source_path("tests/abi/libqbdb.contract")));
     EXPECT_FALSE(used.empty());
     for (const std::string &name : used)
         EXPECT_TRUE(std::find(allowed.begin(), allowed.end(), name) != allowed.end()) << name;

@@ -100,7 +100,7 @@ TEST(Layout, HoldsForACCompiler)
 {
     std::string code = "#include <stddef.h>\n#include \"qbobj.h\"\n#include \"qbdb.h\"\n";
     std::string type;
-    for (const std::string &each : test::lines_of(test::read_file(std::string(QBOBJ_SOURCE_DIR) + "/" + kList))) {
+    for (const std::string &each : test::lines_of(test::read_file(test::source_path(kList)))) {
         std::istringstream words(each);
         if (each[0] != ' ') {
             std::string size;
@@ -115,9 +115,9 @@ TEST(Layout, HoldsForACCompiler)
                     type + "." + name + "\");\n";
         }
     }
-    const auto right = test::compile(QBOBJ_C_COMPILER, "c", "-std=c11", code);
+    const auto right = test::compile(test::c_compiler(), "c", "-std=c11", code);
     EXPECT_EQ(right.status, 0) << right.output;
-    const auto wrong = test::compile(QBOBJ_C_COMPILER, "c", "-std=c11",
+    const auto wrong = test::compile(test::c_compiler(), "c", "-std=c11",
                                      code + "_Static_assert(offsetof(struct Share,QuotaMB)==4,\"wrong\");\n");
     EXPECT_NE(wrong.status, 0);
 }

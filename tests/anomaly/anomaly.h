@@ -15,6 +15,7 @@
 #include "anomaly/setups.h"
 #include "call.h"
 #include "fixture/fixture.h"
+#include "fixture/paths.h"
 #include "user_changes/list_file.h"
 
 namespace test {

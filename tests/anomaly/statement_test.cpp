@@ -16,7 +16,7 @@ namespace {
 
 std::string golden_of(const Family &family)
 {
-    return std::string(QBOBJ_SOURCE_DIR "/tests/anomaly/failures/") + family.name + ".txt";
+    return source_path(std::string("tests/anomaly/failures/") + family.name + ".txt");
 }
 
 /// A statement without its values.

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "fixture/fixture.h"
+#include "fixture/paths.h"
 
 namespace test {
 
@@ -27,7 +28,7 @@ struct Result {
 
 inline std::string program()
 {
-    return QBOBJ_BINARY_DIR "/tools/qbobj/qbobj";
+    return build_path("tools/qbobj/qbobj");
 }
 
 inline int exit_status(int status)

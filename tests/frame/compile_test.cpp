@@ -193,7 +193,7 @@ const Case kOperationRows[] = {
 
 void check(const Case &each, const std::string &code)
 {
-    const test::Outcome outcome = test::compile(QBOBJ_CXX_COMPILER, "c++", "-std=gnu++20 -Wall -Wextra -Werror", code);
+    const test::Outcome outcome = test::compile(test::cxx_compiler(), "c++", "-std=gnu++20 -Wall -Wextra -Werror", code);
     if (each.complaint) {
         EXPECT_NE(outcome.status, 0) << code;
         EXPECT_THAT(outcome.output, HasSubstr(each.complaint));

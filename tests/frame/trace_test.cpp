@@ -473,7 +473,7 @@ TEST_F(TraceDeathTest, EveryOperationAbortsWithoutAnErrorRecord)
 TEST(Assertions, DoNotDependOnTheBuild)
 {
     // <cassert> would be silent in a release build: nobody uses it.
-    const std::string root = QBOBJ_SOURCE_DIR;
+    const std::string root = test::source_path();
     const auto found = test::run("grep -rnE 'cassert|assert\\.h|[^_A-Za-z]assert\\(' '" + root + "/src' '" + root +
                                  "/support' --include=*.cpp --include=*.h");
     EXPECT_EQ(found.output, "");
