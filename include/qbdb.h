@@ -56,7 +56,13 @@ typedef struct qbdb {
 /**
  * Opens a database. Nothing is created or changed unless QBDB_OPEN_CREATE is given; a file that is
  * not an appliance database, or one of a newer schema, is refused and left as it is. While a database
- * is open, also for reading, SQLite keeps its -wal and -shm files beside it.
+ * is open, also for reading, SQLite keeps its -wal and -shm files beside it, with the mode of the database.
+ *
+ * A file that is created may be read by its owner alone (mode 0600): password hashes are stored in it. An empty
+ * file that is there already keeps its mode.
+ *
+ * With QBDB_OPEN_READONLY a database is read where nothing may be written, too (a backup, a snapshot), as long as no
+ * -wal or -journal file lies beside it. It is then read as it stands and must not be changed while it is open.
  * @param path    File name of the database, not null.
  * @param mode    One of the QBDB_OPEN_ values.
  * @param volume  With QBDB_OPEN_CREATE the name of a first volume, or null for none; else ignored.

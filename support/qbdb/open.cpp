@@ -2,6 +2,7 @@
 #include <apr_allocator.h>
 #include <apr_general.h>
 #include <apr_strings.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/stat.h>
@@ -203,33 +204,103 @@ bool creation_was_interrupted(const Opening &opening, qbdb_t *qbdb)
     return journal && access(journal, F_OK) == 0;
 }
 
-int open_connection(const Opening &opening, unsigned mode, const char *volume, qbdb_t *qbdb)
+/// Makes the empty file, for its creator's eyes alone: password hashes go into it. SQLite gives the journals the mode
+/// of the database. A file that is there already keeps the mode that it has.
+int make_file(const Opening &opening)
 {
-    static constexpr int kFlags[] = {SQLITE_OPEN_READWRITE, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                                     SQLITE_OPEN_READONLY};
-    if (mode >= sizeof kFlags / sizeof *kFlags) return refuse(opening, SQLITE_MISUSE, "unknown way to open");
-    qbdb_private *internal = qbdb->internal;
-    const bool create = mode == QBDB_OPEN_CREATE;
-    int rc = look_at_path(opening);
-    if (rc == SQLITE_EMPTY && !create) return refuse(opening, SQLITE_CANTOPEN, "no such database");
-    if (rc != SQLITE_OK && rc != SQLITE_EMPTY) return rc;
-    // A name is a file's name: SQLite takes "file:..." and ":memory:" for something else.
-    const char *name = apr_pstrcat(qbdb->pool, *opening.path == '/' ? "" : "./", opening.path, nullptr);
-    if (!name) return refuse(opening, SQLITE_NOMEM, "out of memory");
-    rc = sqlite3_open_v2(name, &internal->db, kFlags[mode] | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int file = open(opening.path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (file >= 0) {
+        close(file);  // no lock of this process is on it yet
+        return SQLITE_OK;
+    }
+    if (errno != EEXIST) return refuse(opening, SQLITE_CANTOPEN, strerror(errno));
+    const int rc = look_at_path(opening);  // somebody else made it meanwhile
+    return rc == SQLITE_EMPTY ? refuse(opening, SQLITE_CANTOPEN, "is a link that leads nowhere") : rc;
+}
+
+/// The name that makes SQLite open the file as one that nobody changes; null without memory.
+const char *immutable_name(apr_pool_t *pool, const char *path)
+{
+    const char *start = *path == '/' ? "file://" : "file:./";
+    auto *name = static_cast<char *>(apr_palloc(pool, strlen(start) + 3 * strlen(path) + sizeof "?immutable=1"));
+    if (!name) return nullptr;
+    char *at = stpcpy(name, start);
+    for (; *path; path++) {
+        if (strchr("%?#", *path)) at += sprintf(at, "%%%02X", static_cast<unsigned char>(*path));
+        else *at++ = *path;
+    }
+    strcpy(at, "?immutable=1");
+    return name;
+}
+
+int connect(const Opening &opening, const char *name, int flags, qbdb_private *internal)
+{
+    const int rc = sqlite3_open_v2(name, &internal->db, flags | SQLITE_OPEN_NOMUTEX, nullptr);
     if (rc != SQLITE_OK) return refuse(opening, rc, internal->db);
     sqlite3_busy_handler(internal->db, wait_for_lock, internal);
     // Until the file has proved to be ours and of our version it is not written to, not even on close.
     sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    return SQLITE_OK;
+}
+
+/// Even reading takes a file beside the database through which processes tell each other what they read. Where none can
+/// be made (a backup, a snapshot: the folder may not be written to) nobody is at work on the database, and it is read as
+/// it stands; with a journal beside it, it would be read without the changes in there.
+int read_as_it_stands(const Opening &opening, qbdb_t *qbdb)
+{
+    qbdb_private *internal = qbdb->internal;
+    const char *file = sqlite3_db_filename(internal->db, "main");
+    if (access(sqlite3_filename_wal(file), F_OK) == 0 || access(sqlite3_filename_journal(file), F_OK) == 0)
+        return refuse(opening, SQLITE_CANTOPEN, "needs write access to its folder: a journal lies beside it");
+    const char *name = immutable_name(qbdb->pool, opening.path);
+    if (!name) return refuse(opening, SQLITE_NOMEM, "out of memory");
+    sqlite3_close(internal->db);
+    internal->db = nullptr;
+    const int rc = connect(opening, name, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, internal);
+    return rc == SQLITE_OK ? check_schema(opening, internal->db) : rc;
+}
+
+/// Reads the schema; 0 when it is ours.
+int check_content(const Opening &opening, qbdb_t *qbdb)
+{
+    qbdb_private *internal = qbdb->internal;
+    const int rc = check_schema(opening, internal->db);
+    const bool no_room_beside_it = rc == SQLITE_CANTOPEN || rc == SQLITE_READONLY;
+    return internal->read_only && no_room_beside_it ? read_as_it_stands(opening, qbdb) : rc;
+}
+
+/// Opens the file and proves that it is what is wanted: an appliance database, or none yet.
+int open_file(const Opening &opening, unsigned mode, qbdb_t *qbdb)
+{
+    static constexpr int kFlags[] = {SQLITE_OPEN_READWRITE, SQLITE_OPEN_READWRITE, SQLITE_OPEN_READONLY};
+    qbdb_private *internal = qbdb->internal;
+    const bool create = mode == QBDB_OPEN_CREATE;
+    int rc = look_at_path(opening);
+    if (rc == SQLITE_EMPTY)
+        rc = create ? make_file(opening) : refuse(opening, SQLITE_CANTOPEN, "no such database");
+    if (rc != SQLITE_OK) return rc;
+    // A name is a file's name: SQLite takes "file:..." and ":memory:" for something else.
+    const char *name = apr_pstrcat(qbdb->pool, *opening.path == '/' ? "" : "./", opening.path, nullptr);
+    if (!name) return refuse(opening, SQLITE_NOMEM, "out of memory");
+    rc = connect(opening, name, kFlags[mode], internal);
+    if (rc != SQLITE_OK) return rc;
     rc = look_at_header(opening, internal->db);
     if (rc == SQLITE_OK && create && !creation_was_interrupted(opening, qbdb))
         return refuse(opening, SQLITE_CANTOPEN, kExists);
-    if (rc == SQLITE_EMPTY && !create) return refuse(opening, SQLITE_NOTADB, "is not an appliance database");
-    if (rc != SQLITE_OK && rc != SQLITE_EMPTY) return rc;
+    if (rc == SQLITE_EMPTY) return create ? SQLITE_OK : refuse(opening, SQLITE_NOTADB, "is not an appliance database");
+    return rc;
+}
+
+int open_connection(const Opening &opening, unsigned mode, const char *volume, qbdb_t *qbdb)
+{
+    if (mode > QBDB_OPEN_READONLY) return refuse(opening, SQLITE_MISUSE, "unknown way to open");
+    qbdb_private *internal = qbdb->internal;
+    int rc = open_file(opening, mode, qbdb);
+    if (rc != SQLITE_OK) return rc;
     internal->read_only = mode == QBDB_OPEN_READONLY;
     if (!internal->read_only && sqlite3_db_readonly(internal->db, "main") == 1)
         return refuse(opening, SQLITE_READONLY, "may not be written to");
-    rc = create ? create_schema(opening, internal->db, volume) : check_schema(opening, internal->db);
+    rc = mode == QBDB_OPEN_CREATE ? create_schema(opening, internal->db, volume) : check_content(opening, qbdb);
     if (rc != SQLITE_OK) return rc;
     sqlite3_db_config(internal->db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     return configure(opening, internal);

@@ -340,35 +340,7 @@ TEST_F(Open, RefusesWhereItMayNotWrite)
     ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
 }
 
-TEST_F(Open, TheTextIsCutToFitAndMayBeLeftOut)
-{
-    char small[8] = "1234567";
-    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, small, sizeof small), 14);
-    EXPECT_EQ(std::string(small), path.substr(0, 7));
-    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, small, 0), 14);
-    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, nullptr, 100), 14);
-    ASSERT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_CREATE, nullptr, &qbdb, &db, nullptr, 0), 0);
-}
-
-TEST_F(Open, FailsInAFullPlace)
-{
-    // A limit on the size of files stands for a full disk.
-    const pid_t child = fork();
-    if (child == 0) {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{100000, 100000};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        const int rc = open(QBDB_OPEN_CREATE);
-        _exit((rc == 10 || rc == 13) && !qbdb && strlen(why) > path.size() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(open(QBDB_OPEN_CREATE), 0) << why << ": it can be created when there is room";
-    EXPECT_EQ(value("PRAGMA integrity_check"), "ok");
-}
-
-// ---- A creation that is interrupted
+// ---- A process that dies while it creates
 
 const sqlite3_io_methods *real_methods;
 sqlite3_io_methods counting_methods;
@@ -433,6 +405,145 @@ bool die_while_creating(const std::string &path, int n)
     return WEXITSTATUS(status) == 9;
 }
 
+// ---- Who may read it: the database holds password hashes
+
+unsigned mode_of(const std::string &path)
+{
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+struct Private : Open {
+    const mode_t before = umask(0);
+    ~Private() override { umask(before); }
+};
+
+TEST_F(Private, AFreshDatabaseIsItsCreatorsAlone)
+{
+    ASSERT_EQ(open(QBDB_OPEN_CREATE), 0) << why;
+    ASSERT_EQ(exec("UPDATE account_default SET next_uid=4711"), 0);
+    for (const char *file : {"", "-wal", "-shm"}) EXPECT_EQ(mode_of(path + file), 0600u) << file;
+}
+
+TEST_F(Private, SoIsTheJournalOfItsCreation)
+{
+    ASSERT_TRUE(die_while_creating(path, 20));
+    ASSERT_TRUE(fs::exists(path + "-journal"));
+    EXPECT_EQ(mode_of(path), 0600u);
+    EXPECT_EQ(mode_of(path + "-journal"), 0600u);
+}
+
+TEST_F(Private, AnEmptyFileKeepsItsModeAndItsJournalsTakeIt)
+{
+    write(path, "");
+    ASSERT_EQ(chmod(path.c_str(), 0660), 0);
+    ASSERT_EQ(open(QBDB_OPEN_CREATE), 0) << why;
+    ASSERT_EQ(exec("UPDATE account_default SET next_uid=4711"), 0);
+    for (const char *file : {"", "-wal", "-shm"}) EXPECT_EQ(mode_of(path + file), 0660u) << file;
+}
+
+TEST_F(Private, ALinkThatLeadsNowhereIsNotFollowed)
+{
+    const std::string target = directory.path + "/target.db";
+    fs::create_symlink(target, path);
+    EXPECT_EQ(open(QBDB_OPEN_CREATE), 14);
+    EXPECT_THAT(std::string(why), HasSubstr(path + ": is a link that leads nowhere"));
+    EXPECT_FALSE(fs::exists(target));
+}
+
+// ---- Reading a copy where nothing may be written: a backup, a snapshot
+
+struct Copy : Open {
+    ~Copy() override { chmod(directory.path.c_str(), 0755); }
+
+    /// Leaves a database that anybody may read, in a folder that only its owner may write to.
+    void put(const std::string &name)
+    {
+        path = directory.path + "/" + name;
+        create("tank");
+        ASSERT_EQ(chmod(path.c_str(), 0444), 0);
+        ASSERT_EQ(chmod(directory.path.c_str(), 0555), 0);
+    }
+    /// Exit status of a stranger who opens it for reading: 0 done, else 100 and the result code.
+    int read_by_stranger()
+    {
+        return as_nobody([this] {
+            if (const int rc = open(QBDB_OPEN_READONLY)) return 100 + rc;
+            return value("SELECT id FROM _volume") == "tank" && exec("DELETE FROM _volume") == 8 ? 0 : 1;
+        });
+    }
+};
+
+TEST_F(Copy, IsReadByWhoMayOnlyReadIt)
+{
+    for (const char *name : {"plain.db", "a b%41'\"#?mode=rwc&x", "file:x"}) {
+        SCOPED_TRACE(name);
+        put(name);
+        const auto before = files();
+        EXPECT_EQ(read_by_stranger(), 0);
+        EXPECT_EQ(files(), before);
+        ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+    }
+}
+
+TEST_F(Copy, IsReadByItsNameFromTheWorkingDirectoryAndThroughSlashes)
+{
+    put("copy.db");
+    const std::string old = fs::current_path();
+    fs::current_path(directory.path);
+    path = "copy.db";
+    EXPECT_EQ(read_by_stranger(), 0);
+    fs::current_path(old);
+    path = "//" + directory.path + "//copy.db";
+    EXPECT_EQ(read_by_stranger(), 0);
+}
+
+TEST_F(Copy, IsReadByNobodyWhileAJournalLiesBesideIt)
+{
+    for (const char *journal : {"-wal", "-journal"}) {
+        SCOPED_TRACE(journal);
+        put("copy" + std::string(journal));
+        ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+        write(path + journal, "changes that are not in the file yet");
+        ASSERT_EQ(chmod(directory.path.c_str(), 0555), 0);
+        EXPECT_EQ(as_nobody([this] {
+                      return open(QBDB_OPEN_READONLY) == 14 && strstr(why, "a journal lies beside it") ? 0 : 1;
+                  }),
+                  0);
+        ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+    }
+}
+
+TEST_F(Open, TheTextIsCutToFitAndMayBeLeftOut)
+{
+    char small[8] = "1234567";
+    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, small, sizeof small), 14);
+    EXPECT_EQ(std::string(small), path.substr(0, 7));
+    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, small, 0), 14);
+    EXPECT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &qbdb, &db, nullptr, 100), 14);
+    ASSERT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_CREATE, nullptr, &qbdb, &db, nullptr, 0), 0);
+}
+
+TEST_F(Open, FailsInAFullPlace)
+{
+    // A limit on the size of files stands for a full disk.
+    const pid_t child = fork();
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{100000, 100000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        const int rc = open(QBDB_OPEN_CREATE);
+        _exit((rc == 10 || rc == 13) && !qbdb && strlen(why) > path.size() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(open(QBDB_OPEN_CREATE), 0) << why << ": it can be created when there is room";
+    EXPECT_EQ(value("PRAGMA integrity_check"), "ok");
+}
+
+// ---- A creation that is interrupted
+
 TEST_F(Open, ACreationIsWholeOrCanBeRepeated)
 {
     int whole = 0;
@@ -480,6 +591,7 @@ TEST_F(Open, LookingAtADatabaseLeavesTheLocksOfOtherHandlesAlone)
                }) == 1;
     };
     ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     ASSERT_TRUE(locked()) << "a connection in WAL mode holds its lock all the time";
     qbdb_t *second = nullptr;
     sqlite3 *second_db = nullptr;
