@@ -81,8 +81,7 @@ QBOBJ_API int32_t qbobj_validate_myhostname(const char *name);
  * Checks the address of a host: an IPv4 address in dotted form, or a host name of up to 255 bytes, which is a letter or
  * digit followed by letters, digits, "_", "-" and ".".
  *
- * A text of digits and dots alone has to be an address: 192.168.1.300 is refused rather than taken for a name. No name
- * is looked up.
+ * Digits and dots that are no address are a host name: 192.168.1.300 passes. No name is looked up.
  *
  * @param ip  in: the address or name; may be null
  * @retval 0  valid

@@ -59,14 +59,6 @@ int prefix_of(const Quad &mask)
     return std::popcount(bits) == ones ? ones : -1;
 }
 
-/// Whether a text is written like an address: digits and dots, nothing else.
-bool looks_numeric(const char *text)
-{
-    constexpr CharSet numeric = digits | chars(".");
-    while (numeric.has(*text)) ++text;
-    return *text == '\0';
-}
-
 /// Reads what follows the slash: a mask of four numbers, or a prefix length. False when it is neither; the prefix is -1
 /// when the value makes no sense.
 bool scan_prefix(const char *text, Quad *mask, int *prefix)
@@ -90,8 +82,7 @@ bool scan_prefix(const char *text, Quad *mask, int *prefix)
 int32_t qbobj_validate_ip(const char *ip)
 {
     const int32_t result = check_inet_address(ip);
-    if (result != 1) return result;
-    return looks_numeric(ip) || check_host_name(ip) != 0 ? 1 : 0;
+    return result == 1 && check_host_name(ip) == 0 ? 0 : result;
 }
 
 namespace qb {
@@ -151,12 +142,11 @@ int32_t check_host_or_network(const char *name, char (&buffer)[network_text_size
 {
     buffer[0] = '\0';
     const char *entry = name;
-    int32_t result = 0;
+    int32_t result = check_host_name(name);  // an address is spelled in characters of a host name
     if (check_inet_address(name) != 0) {
-        result = check_network(name, buffer);
-        if (result == 0) entry = buffer;
-        else if (result == 1) result = check_host_name(name);
-        if (result == 0 && entry == name && looks_numeric(name)) result = 1;
+        const int32_t network = check_network(name, buffer);
+        if (network == 0) entry = buffer;
+        if (network == 0 || (network == -1 && result != 0)) result = network;
     }
     if (out != nullptr) *out = result == 0 ? entry : nullptr;
     return result;

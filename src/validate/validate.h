@@ -281,21 +281,21 @@ inline constexpr size_t network_text_size = 19;
 /// @retval 1   null, or not one of these forms: text after it, a prefix above 32, a mask with holes
 int32_t check_network(const char *text, char (&out)[network_text_size]);
 
-/// Host name as in check_host_name(), or IPv4 address. Unlike qbobj_validate_ip() it takes 192.168.1.300 for a name.
+/// Host name as in check_host_name(), or IPv4 address.
 ///
 /// @retval 0            valid
 /// @retval -11,1,2,3    as check_host_name()
 int32_t check_host_or_address(const char *name);
 
-/// Entry of a host access list: an IPv4 address, a network or a host name, tried in that order. A text of digits and
-/// dots alone is never taken for a host name: 192.168.1.300 is a slip of the pen, which would silently match no host.
+/// Entry of a host access list: an IPv4 address, a network or a host name, tried in that order. Digits and dots that
+/// are neither address nor network are a host name: 192.168.1.300, 999.
 ///
 /// @param buffer  where a network is written
 /// @param out     on success the entry as it is stored: `buffer` for a network, else `name` itself
 /// @retval 0        valid
 /// @retval -11      null or empty
 /// @retval -1       a network with a number of 256 or more
-/// @retval 1,2,3    the result of check_host_name(); 1 also for digits and dots that are neither address nor network
+/// @retval 1,2,3    the result of check_host_name()
 int32_t check_host_or_network(const char *name, char (&buffer)[network_text_size], const char **out);
 
 /// @}
