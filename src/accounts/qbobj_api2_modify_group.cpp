@@ -74,7 +74,7 @@ uint32_t modify_group(CallContext *ctx, sqlite3 *db, const Group *group)
     const int32_t id = addressed_group(group);
     if (id < 1) return REPORT(ctx, 8, "Invalid resource_id (%d).", id);
     TRY(require_group(ctx, db, id));
-    if (group->GroupName) TRY(rename_group(ctx, db, id, group->GroupName));
+    if (is_set(group->GroupName)) TRY(rename_group(ctx, db, id, group->GroupName));
     for (const Quota *quota = group->GroupQuota; quota; quota = quota->next) TRY(set_quota(ctx, db, id, quota));
     return replace_members(ctx, db, id, group->SecondaryMember);
 }

@@ -49,7 +49,7 @@ uint32_t read_stored(CallContext *ctx, sqlite3 *db, Change *change)
 {
     TRY(read_stored_user(ctx, db, change->id, &change->stored));
     if (change->stored.protected_account) return REPORT(ctx, 8, "Cannot modify user (user_id=%d)", change->id);
-    change->name = change->given->UserName ? change->given->UserName : or_empty(change->stored.name);
+    change->name = is_set(change->given->UserName) ? change->given->UserName : or_empty(change->stored.name);
     const char *group = nullptr;
     if (auto bad = select_text(ctx, db, group,
                                "SELECT G.gname FROM `$user` U INNER JOIN `$group` G ON G.id=U.group_id WHERE U.id=%d",
@@ -97,7 +97,7 @@ uint32_t choose_home(CallContext *ctx, sqlite3 *db, Change *change)
 
 uint32_t set_name(CallContext *ctx, sqlite3 *db, Change *change)
 {
-    if (!change->given->UserName) return 0;
+    if (!is_set(change->given->UserName)) return 0;
     TRY(check_given_user_name(ctx, change->ads, change->name, kChangedNameTooLong));
     TRY(check_name_is_free(ctx, db, change));
     change->set.add("uname='%q'", change->name);

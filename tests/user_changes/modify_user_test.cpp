@@ -58,6 +58,18 @@ TEST_F(ModifyUser, WhatIsNotGivenStays)
     EXPECT_STREQ(given.OldHomeDirectory, "");
 }
 
+TEST_F(ModifyUser, AnEmptyNameIsNone)
+{
+    const std::string before = user("anna", "uname,home");
+    User given = with_id(200);
+    given.UserName = "";
+    given.Email = "new@x.com";
+    ASSERT_EQ(modify(&given), 0u) << err.message;
+    EXPECT_EQ(user("anna", "uname,home"), before);
+    EXPECT_EQ(user("anna", "email"), "new@x.com");
+    EXPECT_STREQ(given.OldUserName, "");
+}
+
 TEST_F(ModifyUser, TheIdIsTheResourceIdOrTheUserId)
 {
     User given{};
@@ -91,7 +103,6 @@ TEST_F(ModifyUser, RefusesWhatIsMissingOrMalformed)
         {806, "UserName is too long (a23456789012345678901234567890123)", with_id(200)},
         {809, "UserName (Homes) is reserved", with_id(200)},
         {809, "UserName (b_x) is reserved", with_id(200)},
-        {8, "Invalid UserName (), rc=1", with_id(200)},
         {8, "Invalid UserName (a b), rc=2", with_id(200)},
         {8, "Invalid UserName (12), rc=6", with_id(200)},
         {801, "Cannot rename to user which already exists (bob).", with_id(200)},
@@ -104,11 +115,11 @@ TEST_F(ModifyUser, RefusesWhatIsMissingOrMalformed)
     const std::string long_password(600, 'x');
     cases[1].given.UserId = -7;
     const char *names[] = {
-        "a23456789012345678901234567890123", "Homes", "b_x", "", "a b", "12", "bob", "admin", "shared"};
+        "a23456789012345678901234567890123", "Homes", "b_x", "a b", "12", "bob", "admin", "shared"};
     for (size_t i = 0; i < std::size(names); i++) cases[4 + i].given.UserName = names[i];
-    cases[13].given.Password = long_password.c_str();
-    cases[14].given.Email = "nobody";
-    cases[15].given.GroupName = "nosuch";
+    cases[12].given.Password = long_password.c_str();
+    cases[13].given.Email = "nobody";
+    cases[14].given.GroupName = "nosuch";
     for (auto &row : cases) {
         row.given.OldUserName = "untouched";
         expect_failure(row.code, row.message, [&] { return modify(&row.given); });
