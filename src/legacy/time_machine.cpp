@@ -60,6 +60,16 @@ bool find_bundle(const char *folder, char (&name)[256])
     return false;
 }
 
+/// A number after blanks and a plus sign, if any; 0 when there is none or when it is out of range.
+uint64_t number_of(const char *text)
+{
+    text += strspn(text, " \t\n\v\f\r");
+    text += *text == '+';
+    uint64_t number = 0;
+    std::from_chars(text, text + strlen(text), number);
+    return number;
+}
+
 /// Reads the size of a band, which stands on the line after its key; 0 when the file does not say.
 uint64_t read_band_size(FILE *description)
 {
@@ -69,11 +79,7 @@ uint64_t read_band_size(FILE *description)
     char line[kLineSize];
     bool next = false;
     while (fgets(line, sizeof line, description)) {
-        if (next && strncmp(line, kNumber, kNumberLength) == 0) {
-            uint64_t size = 0;
-            std::from_chars(line + kNumberLength, line + strlen(line), size);
-            return size;
-        }
+        if (next && strncmp(line, kNumber, kNumberLength) == 0) return number_of(line + kNumberLength);
         next = strcmp(line, kKey) == 0;
     }
     return 0;
