@@ -246,13 +246,17 @@ QBDB_API void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t l
 
 /* ---- Transactions ------------------------------------------------------------------------------- */
 
+/** Flag of qbdb_sql_begin: the transaction only reads. */
+#define QBDB_BEGIN_READ 1
+
 /**
- * Begins a transaction that may write (BEGIN IMMEDIATE; a plain BEGIN on a read-only connection). Each
+ * Begins a transaction that may write (BEGIN IMMEDIATE), or one that only reads (BEGIN): on a read-only
+ * connection it always is. Readers take no lock for writing: they wait for no writer and keep none waiting. Each
  * begin is followed by its commit or, when it or anything after it failed, by its rollback: one that is
  * refused because the handle's own transaction is open leaves that one open, and so does its rollback.
  * @param qbdb  The handle.
  * @param db    The connection.
- * @param flags 0.
+ * @param flags 0, or QBDB_BEGIN_READ.
  * @param file  Caller's source file.
  * @param line  Caller's source line.
  * @return 0, or a result code: 5 locked longer than the timeout, 8 when `db` is null, 1 when a

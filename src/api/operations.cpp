@@ -1,32 +1,10 @@
-// The operation table: one row per exported operation. Front ends, tests, fuzzers and bindings walk it.
-#include <array>
-#include <cstring>
+#include "api/operations.h"
 
-#include "api/rows_accounts.h"
-#include "api/rows_legacy.h"
-#include "api/rows_system.h"
+#include <cstring>
 
 namespace {
 
 using namespace qb;
-
-/// The families' rows in one table, which an empty row ends.
-template <size_t... N>
-consteval auto joined(const QbobjOperation (&...families)[N])
-{
-    std::array<QbobjOperation, (N + ...) + 1> table{};
-    QbobjOperation *end = table.data();
-    const auto append = [&](const auto &rows) {
-        for (const QbobjOperation &row : rows) *end++ = row;
-    };
-    (append(families), ...);
-    return table;
-}
-
-constexpr auto kOperations = joined(  //
-    kSystemRows,                      //
-    kLegacyRows,                      //
-    kAccountsRows);
 
 const char *without_prefix(const char *name)
 {

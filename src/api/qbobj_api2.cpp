@@ -5,12 +5,13 @@
 #include "accounts/ssh_keys.h"
 #include "accounts/user_changes.h"
 #include "accounts/users.h"
-#include "frame/frame.h"
+#include "api/framed.h"
 #include "qbobj.h"
 #include "system/log.h"
 #include "system/network.h"
 
 using namespace qb;
+using api::framed;
 
 // ---- System log
 

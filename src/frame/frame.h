@@ -5,25 +5,34 @@
 
 #include <type_traits>
 
+#include "frame/format.h"
 #include "frame/records.h"
 #include "frame/report.h"
 
 namespace qb {
+
+/// Whether an operation may write. One that only reads takes no lock for writing and waits for no writer.
+enum class Access { reads, changes };
 
 /// Name and source position of an exported operation.
 struct Site {
     const char *operation;
     const char *file;
     uint32_t line;
+    Access access = Access::changes;
 
     template <size_t N>
     consteval Site(const char (&name)[N], const char *f = __builtin_FILE(), uint32_t l = __builtin_LINE())
-        : operation(name), file(f), line(l)
+        : operation(name), file(file_name(f)), line(l)
     {
-        for (const char *at = f; *at; at++)
-            if (*at == '/') file = at + 1;
     }
 };
+
+/// Begins an operation's transaction.
+inline uint32_t begin(const Site &site, qbdb_t *qbdb, sqlite3 *db)
+{
+    return qbdb_sql_begin(qbdb, db, site.access == Access::reads ? QBDB_BEGIN_READ : 0, site.file, site.line);
+}
 
 /// Dumps an argument when its type says that it is a record, or the address of a list of records.
 template <class A>
@@ -57,7 +66,7 @@ uint32_t run_worker(const Site &site, CallContext *ctx, Args... args)
 
 /// Runs a worker: trace, one transaction, record dumps before and (on success) after, trace.
 template <auto Worker, class... Args>
-uint32_t framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... args)
+uint32_t run_framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... args)
 {
     const time_t called = time(nullptr);
     if (!err) assertion_failed("err", site.file, site.line, site.operation);
@@ -66,7 +75,7 @@ uint32_t framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... ar
     if (qbdb->log_level > 3) qbdb_log(qbdb, site.file, site.line, 4, 0, ">>>> %s()\n", site.operation);
     const time_t begun = time(nullptr);
 
-    uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
+    uint32_t rc = begin(site, qbdb, db);
     if (rc == 0) {
         if (qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
         rc = run_worker<Worker>(site, &ctx, db, args...);

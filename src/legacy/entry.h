@@ -26,13 +26,14 @@ void trace_entry(const Site &site, qbdb_t *qbdb, const char *key, Value value, u
 }
 
 /// Runs a worker in one transaction. `value` is what a setter writes, or where a getter's answer goes.
-template <auto Worker, class Value>
+template <auto Worker, Access Needed, class Value>
 uint32_t entry(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, const char *key, Value value)
 {
     const time_t called = time(nullptr);
     *err = {};
     CallContext ctx{qbdb, err};
-    uint32_t rc = qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
+    site.access = Needed;
+    uint32_t rc = begin(site, qbdb, db);
     if (rc == 0) rc = run_worker<Worker>(site, &ctx, db, key, value);
     if (rc) qbdb_sql_rollback(qbdb, db, 0, site.file, site.line);
     else rc = qbdb_sql_commit(qbdb, db, 0, site.file, site.line);

@@ -170,7 +170,7 @@ uint32_t getFolderAttribute(qbdb_t *qbdb, sqlite3 *db, const char *path, FolderA
     QB_ASSERT(err);
     QB_ASSERT(attr);
     *attr = {};
-    return entry<x_getFolderAttribute>("getFolderAttribute", qbdb, db, err, path, attr);
+    return entry<x_getFolderAttribute, Access::reads>("getFolderAttribute", qbdb, db, err, path, attr);
 }
 
 uint32_t getServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char **val, ErrorInfo *err)
@@ -179,7 +179,7 @@ uint32_t getServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char 
     QB_ASSERT(err);
     QB_ASSERT(key);
     QB_ASSERT(val);
-    return entry<x_getServiceEntry>("getServiceEntry", qbdb, db, err, key, val);
+    return entry<x_getServiceEntry, Access::reads>("getServiceEntry", qbdb, db, err, key, val);
 }
 
 uint32_t setServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char *val, ErrorInfo *err)
@@ -187,7 +187,7 @@ uint32_t setServiceEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char 
     QB_ASSERT(qbdb);
     QB_ASSERT(err);
     QB_ASSERT(key);
-    return entry<x_setServiceEntry>("setServiceEntry", qbdb, db, err, key, val);
+    return entry<x_setServiceEntry, Access::changes>("setServiceEntry", qbdb, db, err, key, val);
 }
 
 uint32_t getRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char **val, ErrorInfo *err)
@@ -196,7 +196,7 @@ uint32_t getRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char
     QB_ASSERT(key);
     QB_ASSERT(val);
     ErrorInfo unread;
-    return entry<x_getRegistryEntry>("getRegistryEntry", qbdb, db, err ? err : &unread, key, val);
+    return entry<x_getRegistryEntry, Access::reads>("getRegistryEntry", qbdb, db, err ? err : &unread, key, val);
 }
 
 uint32_t setRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char *val, ErrorInfo *err)
@@ -204,5 +204,5 @@ uint32_t setRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char
     QB_ASSERT(qbdb);
     QB_ASSERT(key);
     ErrorInfo unread;
-    return entry<x_setRegistryEntry>("setRegistryEntry", qbdb, db, err ? err : &unread, key, val);
+    return entry<x_setRegistryEntry, Access::changes>("setRegistryEntry", qbdb, db, err ? err : &unread, key, val);
 }

@@ -22,6 +22,7 @@ struct qbdb_private {
     uint32_t timeout_ms;
     int64_t waiting_since_us;  // when the busy handler was first called for the present lock
     sqlite3_stmt *begin;
+    sqlite3_stmt *begin_reading;
     sqlite3_stmt *commit;
     sqlite3_stmt *rollback;
     bool renew_rollback;  // the statement may need memory when it next runs

@@ -186,7 +186,8 @@ int configure(const Opening &opening, qbdb_private *internal)
     const struct {
         const char *sql;
         sqlite3_stmt **stmt;
-    } prepared[] = {{internal->read_only ? "BEGIN" : "BEGIN IMMEDIATE", &internal->begin},
+    } prepared[] = {{"BEGIN", &internal->begin_reading},
+                    {"BEGIN IMMEDIATE", &internal->begin},
                     {"COMMIT", &internal->commit},
                     {"ROLLBACK", &internal->rollback}};
     for (const auto &each : prepared)
@@ -362,7 +363,7 @@ void qbdb_close(qbdb_t *qbdb)
     if (!qbdb) return;
     qbdb_private *internal = qbdb->internal;
     qdb::destroy_cache(internal->cache);
-    for (sqlite3_stmt *stmt : {internal->begin, internal->commit, internal->rollback}) sqlite3_finalize(stmt);
+    for (sqlite3_stmt *stmt : {internal->begin, internal->begin_reading, internal->commit, internal->rollback}) sqlite3_finalize(stmt);
     if (internal->db) {
         // A statement that the caller has not finalised keeps the connection alive, but not what it calls.
         sqlite3_busy_handler(internal->db, nullptr, nullptr);

@@ -48,7 +48,6 @@ int renew_rollback(qbdb_private *internal)
 
 uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
 {
-    (void)flags;
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
     sqlite3 *&begun = begun_on(internal, db);
@@ -59,13 +58,14 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     internal->refused = nullptr;
     begun = nullptr;
     const bool read_only = db == internal->db ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
+    const bool reads = read_only || flags & QBDB_BEGIN_READ;
     // A transaction that starts by reading and then writes fails at once when another process wrote in
     // between, whatever the timeout: so the lock for writing is taken first.
-    const char *sql = read_only ? "BEGIN" : "BEGIN IMMEDIATE";
+    const char *sql = reads ? "BEGIN" : "BEGIN IMMEDIATE";
     const Call call{qbdb, db, nullptr, file, line};
     if (const int rc = qdb::ask_hook(call, sql)) return static_cast<uint32_t>(rc);
     int rc = internal->renew_rollback && db == internal->db ? renew_rollback(internal) : SQLITE_OK;
-    if (rc == SQLITE_OK) rc = run(call, internal->begin, sql);
+    if (rc == SQLITE_OK) rc = run(call, reads ? internal->begin_reading : internal->begin, sql);
     if (rc == SQLITE_OK) begun = db;
     return static_cast<uint32_t>(rc);
 }

@@ -27,7 +27,7 @@ constexpr char kQueries[] =
     "void use(CallContext *ctx, sqlite3 *db, int32_t i, uint64_t n, const char *s) {\n"
     "Rows rows; (void)ctx; (void)db; (void)i; (void)n; (void)s; (void)rows;\n";
 constexpr char kReadRow[] =
-    "#include \"frame/read_row.h\"\n"
+    "#include \"qbobj.h\"\n#include \"frame/read_row.h\"\n"
     "using namespace qb;\n"
     "void use(CallContext *ctx, const Rows &rows, Share *share, double d, char *t) {\n"
     "(void)d; (void)t;\n";

@@ -311,13 +311,16 @@ TEST(Operations, TakeAndDumpSoMany)
 
 struct Calls : test::Database {};
 
-TEST_F(Calls, EachOperationDumpsItsRecordsInOrder)
+TEST_F(Calls, EachOperationBeginsAsItsRowSaysAndDumpsItsRecordsInOrder)
 {
     // Nothing but BEGIN runs, so each call fails after the dump, unless it needs no statement at all.
-    const auto refuse = [](void *, const char *sql, const char *, uint32_t, const char **) -> int {
-        return strcmp(sql, "BEGIN IMMEDIATE") != 0;
+    std::string begin;
+    const auto refuse = [](void *self, const char *sql, const char *, uint32_t, const char **) -> int {
+        if (strncmp(sql, "BEGIN", 5) != 0) return 1;
+        *static_cast<std::string *>(self) = sql;
+        return 0;
     };
-    qbdb_set_statement_hook(qbdb, refuse, nullptr);
+    qbdb_set_statement_hook(qbdb, refuse, &begin);
     qbdb->log_level = 5;
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
         if (strcmp(row->family, "legacy") == 0) continue;  // these have a frame of their own
@@ -336,6 +339,7 @@ TEST_F(Calls, EachOperationDumpsItsRecordsInOrder)
         }
         log.clear();
         row->call(qbdb, db, values, &err);
+        EXPECT_EQ(begin, row->changes ? "BEGIN IMMEDIATE" : "BEGIN");
         std::vector<std::string> dumped;
         for (const test::LogLine &line : log) {
             if (line.level != 5 || line.file != "qbobj_api2.cpp") continue;

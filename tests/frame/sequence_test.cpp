@@ -161,7 +161,7 @@ struct Sequence : testing::Test {
     {
         handle.log_level = level;
         line = __LINE__ + 1;
-        return qb::framed<worker>("qbobj_getThing", &handle, nullptr, record, static_cast<LogQuery *>(nullptr), 5,
+        return qb::run_framed<worker>("qbobj_getThing", &handle, nullptr, record, static_cast<LogQuery *>(nullptr), 5,
                                   "word", head, static_cast<const ResourceId *>(&id), &out);
     }
 };
@@ -228,10 +228,10 @@ TEST_F(Sequence, AValueThatLackedMemoryIsNone)
     for (const uint32_t value : {0u, 1u, 100u, UINT32_MAX}) {
         worker_answer = value;
         worker_lacks_memory = false;
-        EXPECT_EQ(qb::framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), value);
+        EXPECT_EQ(qb::run_framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), value);
         worker_lacks_memory = true;
         calls.clear();
-        EXPECT_EQ(qb::framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), UINT32_MAX);
+        EXPECT_EQ(qb::run_framed<value_worker>("qbobj_getThing", &handle, nullptr, &err), UINT32_MAX);
         EXPECT_THAT(calls, ElementsAre("time", "time", "begin 0", "rollback 0"));
         EXPECT_EQ(err.code, 0u);
     }

@@ -282,16 +282,21 @@ TEST_F(Trace, BeginFailsBehindAnotherConnectionsLock)
     const std::string before = content();
     err = {77, "f", 8, "old"};
     take_statements();
-    EXPECT_EQ(get(&query), 5u);
+    EXPECT_EQ(add(), 5u);
     expect_no_error();
     EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE"));
-    EXPECT_THAT(texts(log), ElementsAre(">>>> qbobj_getLog()", "<<<< qbobj_getLog() ==> rc=5 (0ms)"));
+    EXPECT_THAT(texts(log), ElementsAre(">>>> qbobj_addLog()", "<<<< qbobj_addLog() ==> rc=5 (0ms)"));
     EXPECT_TRUE(sqlite3_get_autocommit(db));
-    EXPECT_EQ(count, -1);
+    EXPECT_EQ(content(), before);
+    // Who only reads waits for no writer, and sees nothing of what it has not committed.
+    ASSERT_EQ(sqlite3_exec(other_db, "INSERT INTO `$log`(tstamp) VALUES(1)", nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(get(&query), 0u);
+    EXPECT_EQ(total, 2);
     EXPECT_EQ(qbdb_sql_commit(other, other_db, 0, "here", 1), 0u);
     qbdb_close(other);
     EXPECT_EQ(get(&query), 0u);
-    EXPECT_EQ(content(), before);
+    EXPECT_EQ(total, 3);
+    EXPECT_EQ(add(), 0u);
 }
 
 TEST_F(Trace, BeginFailsWithoutAConnection)

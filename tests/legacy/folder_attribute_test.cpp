@@ -92,7 +92,7 @@ TEST_F(Folders, AsksNoMoreThanItNeeds)
             "SELECT 1 FROM `$user` U WHERE '" + each.path + "' LIKE U.home||'/%'",
         };
         expected.resize(each.questions);
-        expected.insert(expected.begin(), "BEGIN IMMEDIATE");
+        expected.insert(expected.begin(), "BEGIN");
         expected.push_back("COMMIT");
         ASSERT_EQ(ask(each.path.c_str()), 0u);
         EXPECT_EQ(take_statements(), expected);

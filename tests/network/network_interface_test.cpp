@@ -377,7 +377,7 @@ TEST_F(Network, RunsOneStatementEach)
     for (const auto &each : calls) {
         take_statements();
         EXPECT_EQ(each.call(), 0u) << err.message;
-        EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE", each.statement, "COMMIT"));
+        EXPECT_THAT(take_statements(), ElementsAre(testing::StartsWith("BEGIN"), each.statement, "COMMIT"));
     }
 }
 

@@ -27,7 +27,7 @@ TEST_F(Defaults, AreReadInto)
     take_statements();
     ASSERT_EQ(get(), 0u) << err.message;
     EXPECT_THAT(take_statements(),
-                ElementsAre("BEGIN IMMEDIATE",
+                ElementsAre("BEGIN",
                             "SELECT A.home_volume_id,A.diskquota_warn,A.group_id,A.disallow_password_change,"
                             "A.home_folder_capacity_limit,A.group_membership,A.private_time_machine,"
                             "A.private_time_machine_space,A.snapshot_protection FROM account_default A LIMIT 1",

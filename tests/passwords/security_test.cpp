@@ -44,7 +44,7 @@ TEST_F(Directory, IsRead)
     take_statements();
     ASSERT_EQ(get(), 0u) << err.message;
     EXPECT_THAT(take_statements(),
-                ElementsAre("BEGIN IMMEDIATE",
+                ElementsAre("BEGIN",
                             "SELECT S.security,S.workgroup,S.realm,S.orgunit,S.restrict_ou,S.no_sync_ads,"
                             "S.domain_admin_user,S.password_server,S.allow_trusted_domains,S.domain_sid,"
                             "IFNULL(S.domain_admin_gid,98),IFNULL(S.domain_admin_uid,98),"
@@ -306,7 +306,7 @@ TEST_F(Directory, ProgressIsRead)
     ASSERT_EQ(get_progress(), 0u) << err.message;
     EXPECT_THAT(
         take_statements(),
-        ElementsAre("BEGIN IMMEDIATE",
+        ElementsAre("BEGIN",
                     "SELECT CASE WHEN I.state=0 THEN 'idle' WHEN I.state=1 THEN 'running' WHEN I.state=2 THEN "
                     "'complete' ELSE 'error' END,I.total_user,I.curr_user,I.total_group,I.curr_group,I.start_at,"
                     "I.done_at,CASE WHEN I.total_user>0 THEN 50*I.curr_user/I.total_user ELSE 0 END + CASE WHEN "

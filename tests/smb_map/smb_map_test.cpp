@@ -181,7 +181,7 @@ TEST_F(Map, RunsOneStatementEach)
     for (const auto &row : cases) {
         take_statements();
         EXPECT_EQ(row.call(this), 0u) << row.statement;
-        EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE", row.statement, "COMMIT"));
+        EXPECT_THAT(take_statements(), ElementsAre(testing::StartsWith("BEGIN"), row.statement, "COMMIT"));
     }
 }
 

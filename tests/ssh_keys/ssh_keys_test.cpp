@@ -396,7 +396,7 @@ TEST_F(SshKeys, OneIsRead)
     EXPECT_STREQ(key.Fingerprint, "SHA256:x");
     EXPECT_STREQ(key.Title, "laptop");
     EXPECT_THAT(take_statements(),
-                ElementsAre("BEGIN IMMEDIATE",
+                ElementsAre("BEGIN",
                             "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM "
                             "`ssh_public_key` WHERE id = 1",
                             "COMMIT"));
@@ -432,7 +432,7 @@ TEST_F(SshKeys, TwinIsReadByTheAdministratorsKey)
     EXPECT_STREQ(key.Key, "ADMIN");
     EXPECT_STREQ(key.Title, "root_desk");
     EXPECT_THAT(take_statements(),
-                ElementsAre("BEGIN IMMEDIATE",
+                ElementsAre("BEGIN",
                             "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM "
                             "`ssh_public_key` WHERE key = (SELECT key FROM `ssh_public_key` WHERE id = 2 AND user_id = "
                             "98) AND user_id = 0",

@@ -399,14 +399,14 @@ TEST_F(FilledLog, TheStatementsOfReading)
         "severity IN ('err') AND category IN ('disk') AND msg_tag='LOGMSG_B'";
     EXPECT_THAT(
         take_statements(),
-        ElementsAre("BEGIN IMMEDIATE", "SELECT COUNT(*) FROM `$log` L " + where, "SELECT COUNT(*) FROM `$log` L",
+        ElementsAre("BEGIN", "SELECT COUNT(*) FROM `$log` L " + where, "SELECT COUNT(*) FROM `$log` L",
                     "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L " + where +
                         " ORDER BY L.id DESC LIMIT 4,3",
                     "COMMIT"));
     ASSERT_EQ(get(nullptr), 0u);
     EXPECT_THAT(
         take_statements(),
-        ElementsAre("BEGIN IMMEDIATE", "SELECT COUNT(*) FROM `$log` L ", "SELECT COUNT(*) FROM `$log` L",
+        ElementsAre("BEGIN", "SELECT COUNT(*) FROM `$log` L ", "SELECT COUNT(*) FROM `$log` L",
                     "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L  ORDER BY "
                     "L.id ASC ",
                     "COMMIT"));
