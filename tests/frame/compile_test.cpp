@@ -122,12 +122,12 @@ const Case kOwnStructures[] = {
 
 const Case kRowReads[] = {
     {"EachKind",
-     "read_row(ctx, rows, 0, both(share->key, share->ShareId), empty(share->Comment), skip, share->NonOwnerDelete,\n"
+     "read_row(ctx, rows, 0, both(share->key, share->ShareId), empty(share->Comment), skip, share->VisibleSnapshot,\n"
      "optional(share->QuotaMB, share->QuotaMB_void));",
      nullptr},
     {"Fraction", "read_row(ctx, rows, 0, d);", "no matching function"},
     {"TextThatIsNotConstant", "read_row(ctx, rows, 0, t);", "no matching function"},
-    {"SubRecord", "read_row(ctx, rows, 0, share->CifsOptions);", "no matching function"},
+    {"SubRecord", "read_row(ctx, rows, 0, share->next);", "no matching function"},
     {"BothOfTwoTypes", "read_row(ctx, rows, 0, both(share->key, share->VisibleSnapshot));", "no matching function"},
 };
 
