@@ -9,10 +9,31 @@ trap 'rm -rf "$home"' EXIT
 cmake --install "$build_dir" --prefix "$home/first" > /dev/null
 mv "$home/first" "$home/moved"
 libdir=$(dirname "$(find "$home/moved" -name 'libqbobj.so')")
-export LD_LIBRARY_PATH=$libdir
+unset LD_LIBRARY_PATH
 
-echo "-- the installed command line"
+echo "-- the installed command line finds its libraries"
 "$home/moved/bin/qbobj" init "$home/tool.db"
+
+# It names no more than libqbobj: that one has to find libqbdb by itself.
+echo "-- a program that only asks what there is"
+cat > "$home/introspect.c" << 'END'
+#include <qbobj.h>
+#include <stdio.h>
+
+int main(void)
+{
+    size_t count = 0;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) count++;
+    printf("%zu operations\n", count);
+    return count == 0;
+}
+END
+# shellcheck disable=SC2046
+"$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$home/introspect.c" -o "$home/introspect" \
+  $(pkg-config --cflags apr-1) -I"$home/moved/include" -L"$libdir" -lqbobj -Wl,--enable-new-dtags,-rpath,"$libdir"
+"$home/introspect"
+
+export LD_LIBRARY_PATH=$libdir
 
 echo "-- by pkg-config"
 export PKG_CONFIG_PATH=$libdir/pkgconfig
