@@ -8,7 +8,7 @@
 #include <set>
 
 #include "fixture/fixture.h"
-#include "legacy/password.h"
+#include "validate/password.h"
 
 using testing::Each;
 using testing::MatchesRegex;
