@@ -1,9 +1,9 @@
-// What the workers of SSH public keys share.
 #include "accounts/ssh_keys.h"
 
-#include "accounts/accounts.h"
+#include "accounts/login_shell.h"
+#include "accounts/workers.h"
 #include "frame/pool.h"
-#include "frame/report_line.h"
+#include "frame/read_row.h"
 
 namespace qb {
 

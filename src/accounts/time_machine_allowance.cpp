@@ -1,5 +1,6 @@
 #include "accounts/time_machine_allowance.h"
 
+#include "frame/pool.h"
 #include "frame/read_row.h"
 #include "qbobj/legacy.h"
 #include "validate/validate_db.h"

@@ -1,5 +1,6 @@
 #include "accounts/user_changes.h"
 
+#include "frame/pool.h"
 #include "frame/read_row.h"
 #include "validate/password.h"
 #include "validate/validate.h"

@@ -2,6 +2,7 @@
 
 #include "accounts/quotas.h"
 #include "accounts/time_machine_allowance.h"
+#include "frame/pool.h"
 
 namespace qb {
 

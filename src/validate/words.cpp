@@ -195,7 +195,7 @@ int32_t check_one_of(const char *value, Case letters, std::span<const char *cons
 
 int32_t check_literal_list(const char *text)
 {
-    constexpr CharSet blank = chars(" \t\n\r");
+    static constexpr CharSet blank = chars(" \t\n\r");
     const auto skip_blanks = [&text] {
         while (blank.has(*text)) ++text;
     };

@@ -135,7 +135,7 @@ TEST_F(DeleteGroup, FailedStatements)
     Group group = group_of(100);
     expect_statement_failures(
         {
-            {"SELECT id FROM `$group`", "Failed DB Query for 'SELECT group'. Look-up by id failed."},
+            {"SELECT id FROM `$group`", "Failed DB Query for 'SELECT group'. injected"},
             {"SELECT EXISTS", "Failed DB Query for 'SELECT user'. injected"},
             {"SELECT gname FROM", "Failed DB Query for 'SELECT group'. injected"},
             {"SELECT group_membership FROM", "Failed DB Query for 'SELECT account_default'. injected\n"},

@@ -238,9 +238,9 @@ TEST_F(ModifyGroup, FailedStatements)
     group.SecondaryMember = &bert;
     expect_statement_failures(
         {
-            {"SELECT id FROM `$group` WHERE id=100", "Failed DB Query for 'SELECT group'. Look-up by id failed."},
+            {"SELECT id FROM `$group` WHERE id=100", "Failed DB Query for 'SELECT group'. injected"},
             {"SELECT id FROM `$group` WHERE gname='crew' AND rid IS NULL",
-             "Failed DB Query for 'SELECT group'. Look-up by name failed."},
+             "Failed DB Query for 'SELECT group'. injected"},
             {"SELECT G.gname FROM `$group` G WHERE G.id=100 AND G.gname<>'crew'",
              "Failed DB Query for 'SELECT group'. injected"},
             {"UPDATE `$group` SET gname='crew' WHERE id=100", "Failed DB Query for 'UPDATE group'. injected"},

@@ -215,6 +215,18 @@ TEST_F(Network, ListsByNameWithoutCase)
     EXPECT_THAT(names, ElementsAre("Bond0", "br-lan", "Eth0", "eth1", "wlan0"));
 }
 
+TEST_F(Network, ListingTracesItsRows)
+{
+    for (const char *name : {"eth0", "eth1"}) ASSERT_EQ(add(named(name)), 0u) << name;
+    qbdb->log_level = 5;
+    NetworkInterfaceCollection all{};
+    ASSERT_EQ(qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err), 0u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getNetworkInterfaceCollection() rc=0 nrow=2\n"));
+    fail_statement(1);
+    ASSERT_EQ(qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err), 5u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getNetworkInterfaceCollection() rc=5 nrow=0\n"));
+}
+
 TEST_F(Network, ListsNothingOfAnEmptyTable)
 {
     NetworkInterfaceCollection all{};

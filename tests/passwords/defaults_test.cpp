@@ -151,10 +151,10 @@ TEST_F(Defaults, WriteFailure)
     for (const int nth : {1, 2}) {  // by id, by name
         def.HomeVolumeId = nth == 1 ? "tank" : "pool two";
         fail_statement(nth, 1, "injected", "FROM _volume");
-        expect_failure(5, "Failed DB Query for _volume. Look-up failed.", [&] { return set(); });
+        expect_failure(5, "Failed DB Query for _volume. injected", [&] { return set(); });
     }
     fail_statement(1, 1, "injected", "FROM `$group`");
-    expect_failure(5, "Failed DB Query for group. Look-up failed.", [&] { return set(); });
+    expect_failure(5, "Failed DB Query for group. injected", [&] { return set(); });
     fail_statement(1, 1, "injected", "UPDATE account_default");
     expect_failure(5, "Failed update account_default table. (injected)", [&] { return set(); });
 }

@@ -183,7 +183,7 @@ TEST_F(Passwords, AdminShellFollowsAccessAndKeys)
 
 TEST_F(Passwords, AdminWriteFailures)
 {
-    const std::string shell = "Failed DB Query for set admin's shell. The login shell was not refreshed.";
+    const std::string shell = "Failed DB Query for set admin's shell. injected";
     struct {
         const char *part;
         std::string message;
@@ -349,7 +349,7 @@ TEST_F(Passwords, MineFailures)
     give("anna", "$1$saltsalt$", "old");
     mine = {nullptr, "anna", "old", "new"};
     fail_statement(1, 1, "injected", "SELECT id FROM `$user`");
-    expect_failure(5, "SQL Query fail. Look-up failed.", [&] { return set_mine(); });
+    expect_failure(5, "SQL Query fail. injected", [&] { return set_mine(); });
     fail_statement(1, 1, "injected", "SELECT U.passwd");
     expect_failure(5, "SQL Query fail. injected", [&] { return set_mine(); });
     fail_statement(1, 1, "injected", "UPDATE `$user` SET passwd=");

@@ -1,4 +1,4 @@
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "fixture/fixture.h"
 
 using testing::AllOf;

@@ -101,6 +101,32 @@ TEST_F(SshKeys, AddForTheAdministratorWithoutATitle)
     EXPECT_THAT(rows("SELECT user_id,title FROM ssh_public_key"), ElementsAre("98|NULL", "0|root_"));
 }
 
+TEST_F(SshKeys, ARemovedAccountGetsNoKeyAndNoShell)
+{
+    User user{};
+    user.resource_id = 100;
+    ASSERT_EQ(qbobj_deleteUser(qbdb, db, &user, &err), 0u) << err.message;
+    key.ServeFor = "rsync";
+    expect_failure(836, "User id 100 does not exist", [&] { return add(); });
+}
+
+TEST_F(SshKeys, TheAdministratorsKeyTakesRootsAlongUnderWhateverOwnerItIsRemoved)
+{
+    for (const int32_t owner : {98, 100, 4711}) {
+        admin_key();
+        ASSERT_THAT(stored(), SizeIs(2));
+        key.UserId = owner;
+        ASSERT_EQ(remove(), 0u) << err.message;
+        EXPECT_THAT(stored(), IsEmpty()) << owner;
+    }
+    // A record that says 98 of another's key asks for a twin that there is not.
+    key = {nullptr, 0, 0, 100, "login", "ssh-ed25519", "AAAA", "", "", ""};
+    ASSERT_EQ(add(), 0u) << err.message;
+    key.UserId = 98;
+    expect_failure(5, "Failed to find the tied root ssh public key for key id " + std::to_string(key.Id),
+                   [&] { return remove(); });
+}
+
 TEST_F(SshKeys, AddRefusesSystemAccounts)
 {
     for (const int32_t id : {50, 99, 97, 96, 0, -1}) {
@@ -167,10 +193,10 @@ TEST_F(SshKeys, AddFailures)
 TEST_F(SshKeys, AddThatCannotLookUpAddsNothing)
 {
     fail_statement(1, 1, "injected", "FROM `$user`");
-    expect_failure(5, "Failed DB Query for user. Look-up failed.", [&] { return add(); });
+    expect_failure(5, "Failed DB Query for user. The look-up failed.", [&] { return add(); });
     for (const char *part : {"user_id=100 AND key=", "SELECT COUNT(*) FROM ssh_public_key"}) {
         fail_statement(1, 1, "injected", part);
-        expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return add(); });
+        expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return add(); });
     }
 }
 
@@ -178,9 +204,9 @@ TEST_F(SshKeys, ChangeAndRemovalThatCannotLookUpChangeNothing)
 {
     ASSERT_EQ(add(), 0u) << err.message;
     fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return change(); });
+    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return change(); });
     fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. Look-up failed.", [&] { return remove(); });
+    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return remove(); });
 }
 
 TEST_F(SshKeys, AddLooksAtUserKeyAndLimitInOrder)

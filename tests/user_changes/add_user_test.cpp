@@ -322,7 +322,7 @@ TEST_F(AddUser, AHiddenSnapshotFolderHasNoName)
     User bob = named("bob");
     bob.HomeFolderSettings = &settings;
     ASSERT_EQ(add(&bob), 0u) << err.message;
-    EXPECT_THAT(rows("SELECT * FROM `$home_folder` WHERE user_id=101"), ElementsAre("101|0|0||0"));
+    EXPECT_THAT(rows("SELECT * FROM `$home_folder` WHERE user_id=101"), ElementsAre("101|0|0|NULL|0")) << "one that was not given";
 }
 
 TEST_F(AddUser, CloudUsersGetAnAlias)
@@ -529,7 +529,7 @@ TEST_F(FullRecord, EachFailedStatementIsReported)
 {
     const FailingStatement cases[] = {
         {"SELECT CASE WHEN S.security", "Failed DB Query 'SELECT service_cifs'. (injected)"},
-        {"FROM `$group` WHERE gname='sky-loft' AND rid IS NULL", "Failed DB Query for group. Look-up failed."},
+        {"FROM `$group` WHERE gname='sky-loft' AND rid IS NULL", "Failed DB Query for group. injected"},
         {"SELECT '/home/a@x.com'", "Failed 'SELECT /home/%s'. injected"},
         {"SELECT COUNT(*) FROM `$user` WHERE uname='a@x.com'", "Failed DB Query for user. injected"},
         {"SELECT next_uid", "Could not get next available uid. injected"},
@@ -539,7 +539,7 @@ TEST_F(FullRecord, EachFailedStatementIsReported)
         {"INSERT INTO user_quota", "Failed DB Query for 'INSERT user_quota'. injected"},
         {"INSERT INTO `$home_folder`", "Failed DB Query for 'INSERT $home_folder'. injected"},
         {"SELECT home FROM `$user`", "Failed DB Query for (SELECT user). injected"},
-        {"SELECT unix_uname FROM 'smb_username_map'", "Failed DB Query for smb_username_map. Look-up failed."},
+        {"SELECT unix_uname FROM 'smb_username_map'", "Failed DB Query for smb_username_map. injected"},
         {"SELECT COUNT(*) FROM '$timemachine_quota'", "Failed DB Query for $timemachine_quota. injected"},
         {"UPDATE service_afp", "Failed DB Query for 'UPDATE service_afp'. injected"},
     };
@@ -718,7 +718,7 @@ TEST_F(AddUserList, EachFailedStatementIsReported)
 {
     const FailingStatement cases[] = {
         {"SELECT CASE WHEN S.security", "Failed DB Query 'SELECT service_cifs'. (injected)"},
-        {"FROM `$group` WHERE gname='staff'", "Failed DB Query for group. Look-up failed."},
+        {"FROM `$group` WHERE gname='staff'", "Failed DB Query for group. injected"},
         {"SELECT IFNULL(MAX(U.id)+1,100)", "Failed DB Query for user. injected"},
         {"INSERT INTO `$user`", "Failed DB Query for 'INSERT user'. injected"},
         {"SELECT home FROM `$user`", "Failed DB Query for (SELECT user). injected"},

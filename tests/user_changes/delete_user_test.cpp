@@ -177,7 +177,7 @@ TEST_F(DeleteUser, ARowThatVanishesIsReported)
 TEST_F(DeleteUser, EachFailedStatementIsReported)
 {
     const FailingStatement cases[] = {
-        {"SELECT id FROM `$user` WHERE id=200", "Failed DB Query for user. Look-up failed."},
+        {"SELECT id FROM `$user` WHERE id=200", "Failed DB Query for user. injected"},
         {"SELECT U.home,U.uname,U.is_privileged", "Failed DB Query for user. injected"},
         {"DELETE FROM user_quota", "Failed DELETE user_quota. injected"},
         {"DELETE FROM user_acl", "Failed DELETE user_acl. injected"},
@@ -199,7 +199,7 @@ TEST_F(DeleteUser, EachFailedStatementIsReported)
     }
     User given = named("anna");
     fail_statement(1, 1, "injected", "SELECT id FROM `$user` WHERE uname='anna' AND rid IS NULL");
-    expect_failure(5, "Failed DB Query for user. Look-up failed.", [&] { return remove_by_name(&given); });
+    expect_failure(5, "Failed DB Query for user. injected", [&] { return remove_by_name(&given); });
     fail_statement(1, 1, "injected", "smb_username_map");
     const std::string before = content();
     EXPECT_EQ(remove_by_name(&given), 5u);

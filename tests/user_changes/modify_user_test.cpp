@@ -546,17 +546,17 @@ TEST_F(FullChange, EachFailedStatementIsReported)
 {
     const FailingStatement cases[] = {
         {"SELECT CASE WHEN S.security", "Failed DB Query 'SELECT service_cifs'. (injected)"},
-        {"SELECT id FROM `$user` WHERE id=300", "Failed DB Query for user. Look-up failed."},
+        {"SELECT id FROM `$user` WHERE id=300", "Failed DB Query for user. injected"},
         {"SELECT U.home,U.uname,U.is_privileged", "Failed DB Query for user. injected"},
         {"SELECT G.gname", "Failed DB Query for user. injected"},
-        {"SELECT id FROM `$user` WHERE uname='b@x.com' AND rid IS NULL", "Failed DB Query for user. Look-up failed."},
+        {"SELECT id FROM `$user` WHERE uname='b@x.com' AND rid IS NULL", "Failed DB Query for user. injected"},
         {"SELECT U.uname FROM `$user` U WHERE U.id=300 AND U.uname<>'b@x.com'",
          "Failed DB Query for 'SELECT user'. injected"},
         {"SELECT U.home FROM `$user` U WHERE U.id=300 AND U.uname<>'b@x.com'",
          "Failed DB Query for 'SELECT user'. injected"},
         {"SELECT '/home/'||'b@x.com'", "Failed DB Query for 'SELECT account_default'. injected"},
-        {"FROM `$group` WHERE gname='sky-loft' AND rid IS NULL", "Failed DB Query for group. Look-up failed."},
-        {"SELECT COUNT(*) FROM ssh_public_key", "Failed DB Query for ssh_public_key. Look-up failed."},
+        {"FROM `$group` WHERE gname='sky-loft' AND rid IS NULL", "Failed DB Query for group. injected"},
+        {"SELECT COUNT(*) FROM ssh_public_key", "Failed DB Query for ssh_public_key. injected"},
         {"UPDATE `$user` SET", "Failed DB Query for 'UPDATE user'. injected"},
         {"INSERT OR REPLACE INTO user_quota", "Failed DB Query for 'UPDATE user_quota. injected"},
         {"DELETE FROM user_quota", "Failed DB Query for 'DELETE user_quota. injected"},
@@ -567,7 +567,7 @@ TEST_F(FullChange, EachFailedStatementIsReported)
          "Failed DB Query for 'DELETE user from $timemachine_quota. injected"},
         {"SELECT COUNT(*) FROM '$timemachine_quota'", "Failed DB Query for $timemachine_quota. injected"},
         {"UPDATE service_afp", "Failed DB Query for 'UPDATE service_afp'. injected"},
-        {"SELECT unix_uname FROM 'smb_username_map'", "Failed DB Query for smb_username_map. Look-up failed."},
+        {"SELECT unix_uname FROM 'smb_username_map'", "Failed DB Query for smb_username_map. injected"},
         {"UPDATE `$home_folder_snapshot`", "Failed DB Query for 'UPDATE $home_folder_snapshot'. injected"},
     };
     for (const auto &row : cases) {
@@ -737,10 +737,11 @@ TEST_F(NarrowChanges, TheSnapshotFolder)
     sql("INSERT INTO `$home_folder` VALUES(200,1,5,'old',1),(201,1,5,'old',1)");
     ASSERT_EQ(set_folder(200, "o'clock"), 0u) << err.message;
     EXPECT_THAT(rows("SELECT * FROM `$home_folder`"), ElementsAre("200|1|5|o'clock|1", "201|1|5|old|1"));
-    for (const char *none : {"", static_cast<const char *>(nullptr)}) {
-        ASSERT_EQ(set_folder(201, none), 0u) << err.message;
-        EXPECT_EQ(value("SELECT visible_snapdir FROM `$home_folder` WHERE user_id=201"), "");
-    }
+    const std::string folder = "SELECT visible_snapdir FROM `$home_folder` WHERE user_id=201";
+    ASSERT_EQ(set_folder(201, ""), 0u) << err.message;
+    EXPECT_EQ(value(folder), "");
+    ASSERT_EQ(set_folder(201, nullptr), 0u) << err.message;
+    EXPECT_EQ(value(folder), "NULL");
     const std::string before = content();
     EXPECT_EQ(set_folder(12345, "x"), 0u);
     EXPECT_EQ(content(), before);
