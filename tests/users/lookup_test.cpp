@@ -211,6 +211,17 @@ TEST_F(Lookups, UserIdByNameRunsItsStatementAsItStands)
     }
 }
 
+TEST_F(Lookups, AFailedLookUpIsLoggedAsNobodysError)
+{
+    sql("DROP TABLE service_cifs");
+    int32_t id = 0;
+    log.clear();
+    EXPECT_EQ(qbobj_getUID(qbdb, db, "anna", &id, &err), kNothing);
+    EXPECT_EQ(err.code, 0u);
+    EXPECT_THAT(logged(2), ElementsAre("Failed DB Query 'SELECT service_cifs'. (no such table: service_cifs)\n"));
+    EXPECT_EQ(log[0].flag, 0u);
+}
+
 TEST_F(Lookups, AFailedStatementFindsNothing)
 {
     for (const char *part : {"service_cifs", "SELECT U.id"}) {
