@@ -7,10 +7,10 @@
 
 namespace qb {
 
-/// A name pattern of this many bytes is too long for a list.
+/// A name pattern of this many bytes is too long.
 inline constexpr size_t kPatternLimit = 257;
 
-/// The clause that cuts a list to a page: it holds two numbers of the longest kind.
+/// The clause that cuts a list to a page, with room for two numbers of any length.
 using PageClause = char[32];
 
 /// Writes the page clause that a query asks for; a query without a limit leaves it alone.

@@ -5,16 +5,16 @@
 
 namespace qb {
 
-/// Whether a user of this name and primary group is one of the cloud service, which knows it by an alias.
+/// Whether this name and primary group make a user of the cloud service, which may have an alias.
 bool may_have_alias(const char *user_name, const char *group_name);
 
 /// Whether a text can be such an alias.
 bool is_alias(const char *alias);
 
-/// Refuses a name that is the alias of another user: SMB clients could not tell the two apart.
+/// Refuses a name that is another user's alias: SMB clients could not tell the two apart.
 uint32_t check_alias_clash(CallContext *ctx, sqlite3 *db, const char *user_name);
 
-/// Gives a user an alias, next to any that it has.
+/// Adds an alias to those that a user has.
 uint32_t add_alias(CallContext *ctx, sqlite3 *db, const char *user_name, const char *alias);
 
 /// Changes a user's alias, or gives it one when it has none.

@@ -6,10 +6,10 @@
 
 namespace qb {
 
-/// Checks the form of a name that a group is to get; not null.
+/// Checks the form of a new group name, which is not null.
 uint32_t check_given_group_name(CallContext *ctx, const char *name);
 
-/// Checks that a group has this id, be it a removed one.
+/// Checks that there is a group of this id; a removed one counts.
 uint32_t require_group(CallContext *ctx, sqlite3 *db, int32_t id);
 
 /// Makes a user, addressed by id, a secondary member of a group.

@@ -6,10 +6,10 @@
 
 namespace qb {
 
-/// What an id look-up returns when there is nothing to return.
+/// Stands for "no such id".
 inline constexpr int32_t kNoId = -1;
 
-/// Whether the CIFS service runs in directory mode could be read.
+/// Reads whether the CIFS service runs in directory mode. False when that cannot be read.
 bool find_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads);
 
 /// Id of a user by name: a local user, in directory mode a domain user, and a privileged account in both.

@@ -1,4 +1,4 @@
-// A set of names that n names fill and ask in n steps. It lives in the call's pool and holds no copies.
+// A set of names: adding one and asking for one take constant time. It lives in the call's pool and copies no name.
 #pragma once
 
 #include <cstring>

@@ -1,4 +1,4 @@
-// Creating users: one by one with every check, and in bulk from a list that was checked before.
+// Creating users: one by one with all checks, or in bulk from a list that has been checked.
 #include "accounts/accounts.h"
 #include "accounts/aliases.h"
 #include "accounts/quotas.h"
@@ -40,7 +40,7 @@ uint32_t choose_group(CallContext *ctx, sqlite3 *db, int32_t ads, const User *us
     return is_set(user->GroupName) ? require_primary_group(ctx, db, ads, user->GroupName, id) : 0;
 }
 
-/// The name goes in as it is: a name that was checked holds nothing that could end the text.
+/// The name goes in unescaped: a name that passed the check cannot end the literal.
 uint32_t choose_home(CallContext *ctx, sqlite3 *db, const User *user, const char **home)
 {
     if (is_set(user->HomeVolumeId)) {
@@ -113,7 +113,7 @@ uint32_t choose_id(CallContext *ctx, sqlite3 *db, const User *user, int32_t *id)
 
 uint32_t insert_user(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
-    // A new user has no keys yet, so that the shell depends on the access alone.
+    // A new user has no keys, so the shell depends on the access alone.
     const User *given = user->given;
     return execute(ctx, db,
                    "INSERT INTO `$user` "
@@ -182,7 +182,7 @@ uint32_t read_default_allowance(CallContext *ctx, sqlite3 *db, bool *given)
     return 0;
 }
 
-/// Inserts an allowance. A failure is reported, but the user stays, were it for lack of memory.
+/// Inserts an allowance. A failure is reported, but the user stays even then, for lack of memory, too.
 uint32_t insert_allowance(CallContext *call, sqlite3 *db, int32_t id, const UserTimeMachineQuota *own)
 {
     CallContext apart = *call;
@@ -199,8 +199,8 @@ uint32_t insert_allowance(CallContext *call, sqlite3 *db, int32_t id, const User
         .or_report(ctx, "Failed DB Query for 'INSERT $timemachine_quota' using account_default. %s");
 }
 
-/// A failed insert is no failure of the call: the user is created without the allowance, the caller reads
-/// that in the error record, and `ended` tells that no further user of the chain is created.
+/// The call succeeds even if the insert fails: the user is created without the allowance, the error record says so,
+/// and `ended` that the rest of the chain is not created.
 uint32_t give_allowance(CallContext *ctx, sqlite3 *db, const NewUser *user, bool *ended)
 {
     const UserTimeMachineQuota *own = user->given->TimeMachineQuota;
@@ -237,8 +237,7 @@ uint32_t add_user(CallContext *ctx, sqlite3 *db, int32_t ads, User *given, bool 
     return 0;
 }
 
-/// One above the highest ordinary local id: the list was checked as a whole, and the cursor of single
-/// creation stays where it is.
+/// One above the highest ordinary local id. The cursor of single creation stays where it is.
 uint32_t next_list_id(CallContext *ctx, sqlite3 *db, int32_t *id)
 {
     return select_int32(ctx, db, *id,
@@ -249,8 +248,7 @@ uint32_t next_list_id(CallContext *ctx, sqlite3 *db, int32_t *id)
 
 uint32_t insert_list_user(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
-    // last_changed is divided by 60 and twice by 24 here, unlike for a single user, where it counts days:
-    // the stored values of listed users follow this count, so it stays.
+    // Not days, as for a single user: 24 stands twice here. The values stored for listed users count that way.
     return execute(ctx, db,
                    "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed) "
                    "VALUES(%d,%Q,%Q,%Q,%Q,%d,'/bin/false',0,STRFTIME('%%s',DATETIME('NOW'))/60/24/24)",

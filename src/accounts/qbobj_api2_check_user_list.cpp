@@ -1,4 +1,4 @@
-// Checking a list of users that waits in a file to be imported.
+// Checking the file with a list of users to import.
 #include <cerrno>
 #include <cstring>
 
@@ -15,12 +15,12 @@ namespace {
 
 constexpr char kListFile[] = "/tmp/user_list.txt";
 constexpr size_t kLineSize = 1024;      // a longer line is read in pieces, each a line of its own
-constexpr long kMostBytes = 64L << 20;  // twice what a line of the full length for every possible id takes
+constexpr long kMostBytes = 64L << 20;  // twice a full line for every possible id
 constexpr int kFieldCount = 4;
 
 enum Field { kName, kGroup, kEmail, kPassword };
 
-/// What is known while the lines are read. The lists are the caller's only when every line has passed.
+/// State while the lines are read. The caller gets the lists only when every line has passed.
 struct ListCheck {
     CallContext *ctx;
     int32_t ads = 0;
@@ -140,7 +140,7 @@ uint32_t check_lines(ListCheck *check, FILE *stream)
         trim_line_end(line);
         TRY(check_line(check, line));
     }
-    // What could be read is not the list.
+    // A read error: what was read so far is not the list.
     return ferror(stream) ? wrong_format(check->ctx) : 0;
 }
 

@@ -12,7 +12,7 @@ uint32_t delete_key(CallContext *ctx, sqlite3 *db, int32_t id)
         .or_report(ctx, "Failed DB Query for 'DELETE %s'. %s", kSshKeyTable);
 }
 
-/// Before the key itself, whose text is what leads to the twin.
+/// Called before the key itself goes, because the twin is found by the key's text.
 uint32_t delete_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id)
 {
     SshPublicKey root_key{};
@@ -20,8 +20,8 @@ uint32_t delete_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id)
     return delete_key(ctx, db, root_key.Id);
 }
 
-/// Whether a key is the administrator's: the record may say so, or name another owner than the key has.
-uint32_t check_owner(CallContext *ctx, sqlite3 *db, const SshPublicKey *key, bool *is_admins)
+/// Tells whether a key is the administrator's, by the record or, when that names another owner, by the stored key.
+uint32_t find_owner(CallContext *ctx, sqlite3 *db, const SshPublicKey *key, bool *is_admins)
 {
     int32_t owner = key->UserId;
     if (owner != kAdminId)
@@ -39,7 +39,7 @@ uint32_t x_qbobj_deleteSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey 
     TRACE(ctx, "%s: Deleting a key. %s\n", __func__, one_line(ctx, key));
     TRY(require_key(ctx, db, key->Id));
     bool is_admins = false;
-    TRY(check_owner(ctx, db, key, &is_admins));
+    TRY(find_owner(ctx, db, key, &is_admins));
     if (is_admins) TRY(delete_root_key(ctx, db, key->Id));
     TRY(delete_key(ctx, db, key->Id));
     return refresh_owner_shell(ctx, db, key->UserId);

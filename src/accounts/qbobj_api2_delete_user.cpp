@@ -1,5 +1,5 @@
-// Removing users. The row stays, marked as removed, so that neither name nor id is given to somebody else;
-// what hangs on the user goes.
+// Removing users. The row stays, marked as removed, so that nobody else gets the name or the id; everything else of the
+// user goes.
 #include "accounts/time_machine_allowance.h"
 #include "accounts/user_changes.h"
 #include "accounts/workers.h"

@@ -15,10 +15,10 @@ namespace {
 /// The clauses that a query adds to the list's statements.
 struct Clauses {
     const char *kind = "";     // "NOT ": domain users instead of local ones
-    const char *skyloft = "";  // leaves the users of the cloud service out
-    const char *admin = "";    // the administrator comes along, whatever the other clauses say
+    const char *skyloft = "";  // leaves out the users of the cloud service
+    const char *admin = "";    // adds the administrator, whatever the other clauses say
     const char *order = "ORDER BY U.uname";
-    char name[2048] = "";  // holds three patterns of the longest kind, each of its bytes doubled
+    char name[2048] = "";  // room for the longest pattern three times, each byte doubled
     char option[512] = "";
     PageClause page = "";
     bool existing_homes = false;
@@ -89,7 +89,7 @@ const char *order_clause(int32_t order)
     }
 }
 
-/// Without a query the list shows the users that the appliance works with: domain users in directory mode.
+/// Without a query the list shows domain users in directory mode, else local ones.
 uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query, Clauses *clauses)
 {
     int32_t domain = 0;

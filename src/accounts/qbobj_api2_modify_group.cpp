@@ -9,7 +9,7 @@
 namespace qb {
 namespace {
 
-/// Names of domain groups are not looked at here: the table itself refuses a name that one of them has.
+/// Looks at local groups only: a domain group's name is refused by the table itself.
 uint32_t check_name_of_others(CallContext *ctx, sqlite3 *db, int32_t id, const char *name)
 {
     bool found = false;
@@ -20,7 +20,7 @@ uint32_t check_name_of_others(CallContext *ctx, sqlite3 *db, int32_t id, const c
     return 0;
 }
 
-/// A record that is written back as it was read must not touch the row, so the name is compared first.
+/// A record written back as it was read must not touch the row, so the names are compared first.
 uint32_t rename_group(CallContext *ctx, sqlite3 *db, int32_t id, const char *name)
 {
     TRY(check_given_group_name(ctx, name));

@@ -83,8 +83,8 @@ uint32_t read_previous(CallContext *ctx, sqlite3 *db, Change *change)
     return bad.or_report(ctx, "Failed DB Query for 'SELECT user'. %s");
 }
 
-/// A local user that is named lives under /home/ from then on, whatever volume it was created on; a
-/// directory user stays where it is.
+/// Naming a local user moves its home path to /home/, whatever volume it was created on. A directory user keeps its
+/// path.
 uint32_t choose_home(CallContext *ctx, sqlite3 *db, Change *change)
 {
     if (change->ads)
@@ -106,7 +106,7 @@ uint32_t set_name(CallContext *ctx, sqlite3 *db, Change *change)
     return 0;
 }
 
-/// The mask stands for the stored password: a record that was read can be written back.
+/// The mask stands for the stored password, so that a record can be written back as it was read.
 uint32_t set_password(CallContext *ctx, Change *change)
 {
     const User *given = change->given;
@@ -152,7 +152,7 @@ uint32_t set_access(CallContext *ctx, sqlite3 *db, Change *change)
 
 uint32_t update_user(CallContext *ctx, sqlite3 *db, const Change *change)
 {
-    // An assignment that does not fit is left out of the list: rather nothing than half of a change.
+    // An assignment that did not fit was left out, and half a change is worse than none.
     if (change->set.dropped) return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user'. %s", "Too long.");
     const Failure bad = execute(ctx, db, "UPDATE `$user` SET %s WHERE id=%d", +change->set.text, change->id);
     if (bad.rc == kConstraint) return bad.or_report(ctx, 801, "Specified uname already exists'. %s");
@@ -183,7 +183,7 @@ uint32_t write_quotas(CallContext *ctx, sqlite3 *db, const Change *change)
     return 0;
 }
 
-/// The folder's name stays: it has an operation of its own. The record only shows or hides it.
+/// The record shows or hides the snapshot folder. Its name stays: another operation changes that.
 uint32_t write_home_folder(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     const UserHomeFolderSettings *given = change->given->HomeFolderSettings;
@@ -224,8 +224,8 @@ uint32_t write_allowance(CallContext *ctx, sqlite3 *db, const Change *change)
     return count > kMostTimeMachineUsers ? refuse_allowance(ctx, db, change) : 0;
 }
 
-/// What an alias does when its user changes: it goes when the user is none of the cloud service any more or
-/// the record takes it away, moves along with the name, and follows the record. No alias given keeps it.
+/// Keeps a user's alias in step. It is removed when the user leaves the cloud service or the record clears it, moves
+/// with the name, and takes the record's value. A record without an alias keeps the stored one.
 uint32_t write_alias(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     const User *given = change->given;
@@ -296,7 +296,7 @@ uint32_t x_qbobj_setPrimaryGroupByName(CallContext *ctx, sqlite3 *db, const char
 
 uint32_t x_qbobj_disableEnableLocalUserByName(CallContext *ctx, sqlite3 *db, int32_t enable, const char *userName)
 {
-    // A locked hash begins with "!": no password matches it, and nothing of it is lost.
+    // "!" before the hash locks it: no password matches, and removing it restores the hash.
     const int32_t all = userName ? 0 : 1;
     const Failure bad =
         enable ? execute(ctx, db,

@@ -12,7 +12,7 @@ uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *volume)
     return found ? 0 : REPORT(ctx, 8, "Invalid HomeVolumeId.");
 }
 
-/// A local group, else one of the directory or a system group: whichever has the name.
+/// Finds the default group by name: a local group first, then a domain or system group.
 uint32_t require_default_group(CallContext *ctx, sqlite3 *db, const char *name, int32_t *id)
 {
     bool found = false;
@@ -29,7 +29,7 @@ uint32_t x_qbobj_setAccountDefault(CallContext *ctx, sqlite3 *db, AccountDefault
     QB_ASSERT(def);
     TRY(require_volume(ctx, db, def->HomeVolumeId));
     if (def->DiskQuotaWarn < 1 || def->DiskQuotaWarn > 99) return REPORT(ctx, 8, "Invalid DiskQuotaWarn. 1-99.");
-    // The group is chosen by name; the record's own id is not looked at.
+    // The name decides; the record's GroupId is ignored.
     int32_t group_id = 0;
     TRY(require_default_group(ctx, db, def->GroupMembership, &group_id));
     return execute(ctx, db,

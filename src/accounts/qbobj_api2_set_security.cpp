@@ -12,7 +12,7 @@ namespace {
 
 uint32_t check_security(CallContext *ctx, const Security *security)
 {
-    // Exactly these: "ADS" would be stored as it is and not be taken for the directory mode afterwards.
+    // In this case only: "ADS" would be stored as it is, and then not count as directory mode.
     if (check_one_of(security->Security, Case::exact, {"user", "ads"})) return REPORT(ctx, 8, "Security is not valid");
     if (check_short_name(security->workGroup)) return REPORT(ctx, 819, "Bad workgroup");
     if (strcmp(security->Security, "ads") != 0) return 0;

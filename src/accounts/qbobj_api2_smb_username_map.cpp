@@ -7,7 +7,7 @@
 namespace qb {
 namespace {
 
-// Callers of the map take a missing argument for an invalid one, not for a programming error.
+// A missing argument is an error code here, not an assertion: callers of the map rely on that.
 uint32_t missing_argument(CallContext *ctx, const char *worker)
 {
     return REPORT_LINE(ctx, 8, "%s: Missing argument!", worker);

@@ -12,7 +12,7 @@ uint32_t read_user_quotas(CallContext *ctx, sqlite3 *db, int32_t user_id, Quota 
 /// Appends a group's per-share quotas to a list.
 uint32_t read_group_quotas(CallContext *ctx, sqlite3 *db, int32_t group_id, Quota **head);
 
-/// A quota's limit as the statements take it: what does not fit is the highest that fits, never less.
+/// A quota's limit in the range of the statements: a larger one becomes the largest.
 int32_t limit_of(const Quota *quota);
 
 }  // namespace qb

@@ -9,7 +9,7 @@ namespace qb {
 inline constexpr const char *kSshKeyTable = "ssh_public_key";
 /// Owner of the twins of the administrator's keys.
 inline constexpr int32_t kRootId = 0;
-/// How many keys are stored, twins included; the last one may bring its twin along.
+/// No key is added when this many are stored, twins included. The last one may still bring its own twin.
 inline constexpr int32_t kMostSshKeys = 256;
 
 /// A key on one line, for the log.

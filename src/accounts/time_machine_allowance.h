@@ -15,10 +15,10 @@ uint32_t read_time_machine_allowance(CallContext *ctx, sqlite3 *db, int32_t user
 /// Counts the Time Machine allowances, disabled and shared ones included.
 uint32_t count_allowances(CallContext *ctx, sqlite3 *db, int32_t *count);
 
-/// The report that a user would be one too many.
+/// Reports that this user would be one too many.
 uint32_t too_many_allowances(CallContext *ctx, const char *user_name);
 
-/// Time Machine is served over AFP.
+/// Switches the AFP service on, which serves Time Machine.
 uint32_t switch_afp_on(CallContext *ctx, sqlite3 *db);
 
 }  // namespace qb

@@ -6,17 +6,17 @@
 
 namespace qb {
 
-/// What says that a name is too long: the operations differ in its words.
+/// The message for a name that is too long: operations word it differently.
 inline constexpr char kNewNameTooLong[] = "UserName (%s) is too long";
 inline constexpr char kChangedNameTooLong[] = "UserName is too long (%s)";
 
-/// Checks the form of a name that a user is to get. Names of a directory may hold blanks.
+/// Checks the form of a new user name. In directory mode it may hold blanks.
 uint32_t check_given_user_name(CallContext *ctx, int32_t ads, const char *name, const char *too_long);
 
-/// Checks an address; an empty or null one is none.
+/// Checks an e-mail address, if there is one.
 uint32_t check_given_email(CallContext *ctx, const char *email);
 
-/// Hashes a password that is to be stored.
+/// Hashes a password for storing.
 uint32_t hash_given_password(CallContext *ctx, const char *password, const char **hash);
 
 /// Finds the group that a record names as primary group: a local one, in directory mode one of the directory.
@@ -29,7 +29,7 @@ struct StoredUser {
     bool protected_account = false;
 };
 
-/// Checks that a user has this id, be it a removed one. `too_low` is the message for an id that none has.
+/// Checks that there is a user of this id; a removed one counts. `too_low` is the message for an id below 1.
 uint32_t require_user(CallContext *ctx, sqlite3 *db, int32_t id, const char *too_low);
 
 /// Reads name, home path and protection of a user.

@@ -12,7 +12,7 @@ enum class Passwords { masked, stored };
 /// What stands for a stored password hash: the mask, or "" when there is none. A static text.
 const char *masked(const char *hash);
 
-/// Cells of a user's row that are not handed out as they are.
+/// Cells of a user's row that do not go into the record as they are.
 struct UserCells {
     const char *group = nullptr;  // name of the primary group; null when that has no row
     const char *hash = nullptr;
@@ -27,7 +27,7 @@ void read_user(CallContext *ctx, const Rows &rows, int row, User *user, UserCell
              empty(user->HomeDirectory), empty(user->Email), uncopied(cells->hash), user->IsDomainMember, more...);
 }
 
-/// Name of a primary group, which is asked of the directory when it has no row.
+/// Name of a user's primary group. The directory is asked for that of a group without a row.
 const char *group_name(CallContext *ctx, sqlite3 *db, const UserCells &cells, int32_t group_id);
 
 /// Reads a user's home-folder settings; null when it has none.

@@ -109,8 +109,7 @@ uint32_t change_entry(CallContext *ctx, sqlite3 *db, const char *key, const char
 
 uint32_t empty_entry(CallContext *ctx, sqlite3 *db, const char *key, const Mirror &mirror)
 {
-    // What counts for the services is the mirror: whether the row itself was emptied is not looked at here. Only a
-    // call that was short of memory is taken back as a whole.
+    // Result ignored by design: services read the mirror. A call short of memory is still rolled back.
     (void)execute(ctx, db, "UPDATE service_misc SET val=NULL,table_name=NULL,column_name=NULL WHERE key=%Q", key);
     if (!mirror) return 0;
     return execute(ctx, db, "UPDATE %s SET %s=NULL", mirror.table, mirror.column)
@@ -142,7 +141,7 @@ uint32_t x_getRegistryEntry(CallContext *ctx, sqlite3 *db, const char *key, cons
 uint32_t x_setRegistryEntry(CallContext *ctx, sqlite3 *db, const char *key, const char *val)
 {
     if (!val) {
-        // No SQL, so the database refuses it: entries stay, and callers rely on being told so.
+        // Not valid SQL, so the database refuses it: an entry cannot be removed, and callers rely on that answer.
         auto bad = execute(ctx, db, "DELETE FROM `$registry` SET value=%Q WHERE key=%Q", val, key);
         return REPORT(ctx, 5, "Failed 'UPDATE $registry'. %s", bad.text);
     }

@@ -1,5 +1,5 @@
-// The space that a Time Machine sparse bundle takes: its bands are counted, not weighed, because each is
-// as large as the bundle's description says until it is the last.
+// The space that a Time Machine sparse bundle takes: the number of its bands times the band size that the bundle's
+// description gives.
 #include <dirent.h>
 
 #include <charconv>
@@ -21,7 +21,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-/// A path that was put together; empty when it did not fit.
+/// Path of a file in a bundle; empty when it does not fit.
 struct Path {
     char text[kPathSize];
 
@@ -83,7 +83,7 @@ uint64_t get_tm_used_mb(const char *path)
 {
     char bundle[sizeof(dirent::d_name)];
     if (!path || !find_bundle(path, bundle)) return 0;
-    // The folder is the user's: what lies in there may be anything.
+    // The folder is the user's, so this may be anything.
     const qb::TextFile description = qb::open_text_file(Path(path, bundle, "Info.plist").text);
     if (!description) return 0;
     const uint64_t band_size = read_band_size(description.get());

@@ -77,14 +77,14 @@ struct Filter {
         too_long = too_long || part.dropped;
     }
 
-    /// A condition that is cut selects other entries, so none is.
+    /// A condition is never cut: it would select other entries.
     Failure fits() const
     {
         return too_long ? Failure{SQLITE_TOOBIG, "A condition is longer than 255 bytes."} : Failure{};
     }
 };
 
-/// Adds a list that the caller has quoted, when it is one: other text would become part of the statement.
+/// Adds a list of words that the caller has quoted. Any other text would become part of the statement.
 uint32_t add_list(Filter *filter, const char *field, Sql<const char *> condition, const char *list)
 {
     if (!is_set(list)) return 0;
@@ -186,8 +186,8 @@ uint32_t x_qbobj_deleteLog(CallContext *ctx, sqlite3 *db, LogQuery *query)
 
 uint32_t x_qbobj_truncateLog(CallContext *ctx, sqlite3 *db, int32_t keep)
 {
-    // The offset counts from 0, so the entry looked at is the one after the last to be kept; what shares
-    // its second stays, too.
+    // OFFSET counts from 0, so this is the time of the first entry beyond those to keep. It stays with all of its
+    // second.
     return execute(ctx, db,
                    "DELETE FROM `$log` WHERE tstamp < (SELECT tstamp FROM `$log` ORDER BY tstamp DESC LIMIT 1 "
                    "OFFSET %d)",

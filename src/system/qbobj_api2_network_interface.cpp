@@ -132,7 +132,7 @@ uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkIn
         if (check(value)) return REPORT(ctx, 8, refusal.text, value);
         set.add(assignment, value);
     }
-    // What does not fit must not be left out in silence: the caller would take it for written.
+    // The caller would take a value that was left out for written.
     if (set.dropped) return REPORT(ctx, 5, "Failed 'UPDATE network_if'. %s", "The values are too long.");
     if (set.empty()) return 0;
     return execute(ctx, db, "UPDATE network_if SET %s WHERE Name=%Q", +set.text, nif->Name)

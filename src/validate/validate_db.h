@@ -1,11 +1,11 @@
-// Checks against the database: one statement each, asked whether a row exists.
+// Look-ups in the database: one statement each tells whether a row exists.
 #pragma once
 
 #include "frame/query.h"
 
 namespace qb {
 
-/// What is looked up by a name. The comment names the column that a check hands back.
+/// What is looked up by name. The comment names the column that the look-up hands back.
 enum class NameCheck {
     domain_user,        ///< user, domain or privileged: id
     local_user,         ///< local user: id
@@ -65,11 +65,5 @@ int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id);
 
 /// Volume by id, else by name; `id` (may be null) receives the volume's id.
 int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id = nullptr);
-
-/// Number of a user's SSH keys that serve rsync. 0, or kCheckFailed.
-int32_t count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t *count);
-
-/// Number of Time Machine allowances. 0, or kCheckFailed.
-int32_t count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t *count);
 
 }  // namespace qb

@@ -185,17 +185,6 @@ TEST_F(Network, TellsNamesApartByCase)
     EXPECT_EQ(get("Eth0"), 6u);
 }
 
-TEST_F(Network, ReportsWhyAnInterfaceCannotBeAdded)
-{
-    for (int rc : {1, 10, 20}) {
-        fail_statement(1, rc);
-        expect_failure(5, "Failed DB Query for 'INSERT INTO network_if'. injected", [&] { return add(eth0()); });
-    }
-    fail_statement(1, 19);
-    expect_failure(8, "NetworkInterface Name (eth0) is already exist.", [&] { return add(eth0()); });
-    EXPECT_EQ(add(eth0()), 0u) << "nothing is left of the failures";
-}
-
 // ---- Reading
 
 TEST_F(Network, ListsByNameWithoutCase)
@@ -234,24 +223,12 @@ TEST_F(Network, ListsNothingOfAnEmptyTable)
     EXPECT_EQ(all.NetworkInterface, nullptr);
 }
 
-TEST_F(Network, ReportsWhyTheListCannotBeRead)
-{
-    ASSERT_EQ(add(eth0()), 0u);
-    NetworkInterfaceCollection all{};
-    fail_statement(1);
-    expect_failure(5, "Failed DB Query for 'SELECT FROM network_interface'. injected",
-                   [&] { return qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err); });
-    EXPECT_EQ(all.NetworkInterface, nullptr);
-}
-
 TEST_F(Network, ReportsWhyAnInterfaceCannotBeRead)
 {
     ASSERT_EQ(add(eth0()), 0u);
     expect_failure(8, "NetworkInterface Name cannot be NULL.", [&] { return get(nullptr); });
     expect_failure(6, "NetworkInterface Name=eth9 not exist.", [&] { return get("eth9"); });
     expect_failure(6, "NetworkInterface Name= not exist.", [&] { return get(""); });
-    fail_statement(1);
-    expect_failure(5, "Failed DB Query for 'SELECT network_if'. injected", [&] { return get("eth0"); });
     EXPECT_EQ(nif.Mac, nullptr);
     EXPECT_EQ(nif.key, nullptr);
 }
@@ -427,8 +404,6 @@ TEST_F(Network, ReportsWhyAnInterfaceCannotBeDeleted)
     expect_failure(8, "NetworkInterface Name cannot be NULL.", [&] { return remove(nullptr); });
     expect_failure(6, "None of row is deleted. Specifie Name (eth9) is not exist.", [&] { return remove("eth9"); });
     expect_failure(6, "None of row is deleted. Specifie Name (ETH0) is not exist.", [&] { return remove("ETH0"); });
-    fail_statement(1);
-    expect_failure(5, "Failed DELETE network_if. (injected)", [&] { return remove("eth0"); });
 }
 
 // ---- All of them

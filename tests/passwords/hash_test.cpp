@@ -10,7 +10,6 @@
 #include "fixture/fixture.h"
 #include "validate/password.h"
 
-using testing::Each;
 using testing::MatchesRegex;
 using testing::SizeIs;
 

@@ -5,7 +5,6 @@ using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Field;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
@@ -190,25 +189,6 @@ TEST_F(SshKeys, AddFailures)
     EXPECT_EQ(add(), 0u) << err.message;
 }
 
-TEST_F(SshKeys, AddThatCannotLookUpAddsNothing)
-{
-    fail_statement(1, 1, "injected", "FROM `$user`");
-    expect_failure(5, "Failed DB Query for user. The look-up failed.", [&] { return add(); });
-    for (const char *part : {"user_id=100 AND key=", "SELECT COUNT(*) FROM ssh_public_key"}) {
-        fail_statement(1, 1, "injected", part);
-        expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return add(); });
-    }
-}
-
-TEST_F(SshKeys, ChangeAndRemovalThatCannotLookUpChangeNothing)
-{
-    ASSERT_EQ(add(), 0u) << err.message;
-    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return change(); });
-    fail_statement(1, 1, "injected", "SELECT 1 FROM ssh_public_key");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. The look-up failed.", [&] { return remove(); });
-}
-
 TEST_F(SshKeys, AddLooksAtUserKeyAndLimitInOrder)
 {
     ASSERT_EQ(add(), 0u) << err.message;
@@ -390,12 +370,6 @@ TEST_F(SshKeys, RemoveFailures)
 TEST_F(SshKeys, RemoveFailuresOfTheTwin)
 {
     admin_key();
-    for (const int nth : {1, 2}) {
-        fail_statement(nth, 1, "injected", "DELETE FROM `ssh_public_key`");
-        expect_failure(5, "Failed DB Query for 'DELETE ssh_public_key'. injected", [&] { return remove(); });
-    }
-    fail_statement(1, 1, "injected", "AND user_id = 0");
-    expect_failure(5, "Failed to find the tied root ssh public key for key id 1", [&] { return remove(); });
     sql("DELETE FROM ssh_public_key WHERE user_id=0");
     expect_failure(5, "Failed to find the tied root ssh public key for key id 1", [&] { return remove(); });
     EXPECT_THAT(stored(), SizeIs(1));
@@ -439,8 +413,6 @@ TEST_F(SshKeys, OneOfRootIsReadById)
 TEST_F(SshKeys, OneReadFailures)
 {
     expect_failure(838, "None of row selected for resource_id=1.", [&] { return get(1); });
-    fail_statement(1, 1, "injected", "FROM `ssh_public_key`");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. injected", [&] { return get(1); });
     EXPECT_STREQ(key.Key, "AAAA");
 }
 
@@ -472,8 +444,6 @@ TEST_F(SshKeys, TwinReadFailures)
     key = {};
     for (const int32_t id : {1, 3, 99})  // anna's, root's own, nobody's
         expect_failure(838, "No tied root key for key id=" + std::to_string(id) + ".", [&] { return get_root(id); });
-    fail_statement(1, 1, "injected", "FROM `ssh_public_key`");
-    expect_failure(5, "Failed DB Query for 'SELECT ssh_public_key'. injected", [&] { return get_root(2); });
     sql("DELETE FROM ssh_public_key WHERE user_id=0");
     expect_failure(838, "No tied root key for key id=2.", [&] { return get_root(2); });
     EXPECT_EQ(key.Id, 0);

@@ -364,24 +364,6 @@ TEST_F(FilledLog, AnOverLongPartIsRefusedNotMisread)
     }
 }
 
-TEST_F(FilledLog, EachStatementOfReadingCanFail)
-{
-    LogEntry before{};
-    for (int n = 1; n <= 3; n++) {
-        SCOPED_TRACE(n);
-        entries = &before;
-        fail_statement(n, 1, "disk I/O error");
-        expect_failure(5, "Failed DB Query for 'SELECT $log'. disk I/O error", [&] { return get(&query); });
-        EXPECT_EQ(entries, &before);
-        EXPECT_EQ(before.next, nullptr);
-        EXPECT_EQ(count, -1);
-        EXPECT_EQ(total, -1);
-    }
-    take_statements();
-    EXPECT_EQ(get(&query), 0u);
-    EXPECT_EQ(take_statements().size(), 5u) << "begin, three reads, commit";
-}
-
 TEST_F(FilledLog, ACutConditionNeverSelectsAnotherEntry)
 {
     // Cut at 255 bytes, the tag would end inside its doubled apostrophe and be another entry's.
@@ -400,9 +382,27 @@ TEST_F(FilledLog, ACutConditionNeverSelectsAnotherEntry)
 }
 
 constexpr const char *kNoLists[] = {
-    "'info",   "info",      "'x') OR (1=1", "'x'),(", "SELECT severity FROM `$log`", "'a' 'b'", "'a',",
-    ",'a'",    "'a'; --",   "'a'--",        "\"a\"",  "X'00'",                       "1",       "NULL",
-    "'a'||1",  "'a',,'b'",  "('a')",        "' ''",   "'a'/**/",                     " ",       "'a'\"b\"",
+    "'info",
+    "info",
+    "'x') OR (1=1",
+    "'x'),(",
+    "SELECT severity FROM `$log`",
+    "'a' 'b'",
+    "'a',",
+    ",'a'",
+    "'a'; --",
+    "'a'--",
+    "\"a\"",
+    "X'00'",
+    "1",
+    "NULL",
+    "'a'||1",
+    "'a',,'b'",
+    "('a')",
+    "' ''",
+    "'a'/**/",
+    " ",
+    "'a'\"b\"",
 };
 
 TEST_F(FilledLog, WhatIsNoListOfQuotedWordsIsRefused)
@@ -619,13 +619,6 @@ TEST_F(Log, WhatIsAddedIsRead)
     EXPECT_EQ(read(lists("'emerge'", nullptr, nullptr)), (Ids{2}));
 }
 
-TEST_F(Log, AddingCanFail)
-{
-    fail_statement(1, 13, "database or disk is full");
-    expect_failure(5, "Failed DB Query for 'INSERT INTO $log'. database or disk is full", [&] { return add(5); });
-    EXPECT_EQ(add(5), 0u);
-}
-
 // ---- Deleting
 
 TEST_F(FilledLog, Deletes)
@@ -666,12 +659,6 @@ TEST_F(FilledLog, DeletingWithoutAQueryEmptiesTheLog)
 {
     ASSERT_EQ(remove(nullptr), 0u);
     EXPECT_THAT(left(), IsEmpty());
-}
-
-TEST_F(FilledLog, DeletingCanFail)
-{
-    fail_statement(1, 1, "no luck");
-    expect_failure(5, "Failed DB Query for 'DELETE $log'. no luck", [&] { return remove(&query); });
 }
 
 TEST_F(FilledLog, TheStatementsOfDeleting)
@@ -751,12 +738,6 @@ TEST_F(Log, AThousandToAHundredKeepsTheNextEntryToo)
     ASSERT_EQ(ids.size(), 103u);
     EXPECT_EQ(ids.front(), 898);
     EXPECT_EQ(ids.back(), 1000);
-}
-
-TEST_F(FilledLog, TruncatingCanFail)
-{
-    fail_statement(1, 1, "no luck");
-    expect_failure(5, "Failed DB Query for 'DELETE $log'. no luck", [&] { return truncate(1); });
 }
 
 // ---- Programming errors

@@ -6,7 +6,6 @@
 using test::elements;
 using test::verifies;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

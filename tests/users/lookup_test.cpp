@@ -100,15 +100,6 @@ TEST_F(Members, APrimaryMemberComesOnceForEachSecondaryMembership)
     EXPECT_THAT(names(), ElementsAre("anna"));
 }
 
-TEST_F(Members, AFailedStatementIsReported)
-{
-    for (const int32_t primary_only : {0, 1}) {
-        fail_statement(1);
-        expect_failure(5, "Failed DB Query for user. injected", [&] { return members("staff", primary_only); });
-        EXPECT_EQ(users.User, nullptr);
-    }
-}
-
 TEST_F(Members, TraceTheNumberOfRows)
 {
     qbdb->log_level = 5;

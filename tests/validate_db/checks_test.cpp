@@ -249,9 +249,9 @@ TEST_F(ValidateDb, LooksIdsUp)
         int32_t id;
         bool found;
     } rows[] = {
-        {IdCheck::user, 0, true},   {IdCheck::user, 100, true},   {IdCheck::user, 101, true},
-        {IdCheck::user, -7, true},  {IdCheck::user, 99, false},   {IdCheck::user, INT32_MIN, false},
-        {IdCheck::group, 98, true}, {IdCheck::group, 101, true},  {IdCheck::group, -5, true},
+        {IdCheck::user, 0, true},   {IdCheck::user, 100, true},         {IdCheck::user, 101, true},
+        {IdCheck::user, -7, true},  {IdCheck::user, 99, false},         {IdCheck::user, INT32_MIN, false},
+        {IdCheck::group, 98, true}, {IdCheck::group, 101, true},        {IdCheck::group, -5, true},
         {IdCheck::group, 0, false}, {IdCheck::group, INT32_MAX, false},
     };
     for (const auto &row : rows) {
