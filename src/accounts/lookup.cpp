@@ -1,8 +1,6 @@
 #include "accounts/lookup.h"
 
-#include "accounts/accounts.h"
 #include "frame/pool.h"
-#include "frame/query.h"
 
 namespace qb {
 namespace {
@@ -11,8 +9,7 @@ namespace {
 bool take_id(CallContext *ctx, const Failure &bad, const Rows &rows, int32_t *id)
 {
     *id = kNoId;
-    if (bad) LOG_FAILURE(ctx, "Failed to look up an id. %s\n", bad.text);
-    if (bad || rows.count == 0 || !rows.cell(0, 0)) return false;
+    if (bad.logged(ctx, "Failed to look up an id. %s\n") || rows.count == 0 || !rows.cell(0, 0)) return false;
     *id = rows.int32(0, 0);
     return true;
 }
@@ -35,9 +32,7 @@ int32_t or_none(int32_t posix_id)
 
 bool find_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads)
 {
-    ErrorInfo unused{};
-    CallContext quiet{ctx->qbdb, &unused};
-    return read_ads_mode(&quiet, db, ads) == 0;
+    return !find_ads_mode(ctx, db, *ads).logged(ctx, "Failed DB Query 'SELECT service_cifs'. (%s)\n");
 }
 
 bool find_user_id(CallContext *ctx, sqlite3 *db, int32_t ads, const char *name, int32_t *id)
@@ -80,7 +75,7 @@ int32_t posix_gid_of(CallContext *ctx, sqlite3 *db, int32_t id)
 
 const char *name_of_unknown_id(CallContext *ctx, int32_t id)
 {
-    return id < 0 ? "" : apr_psprintf(pool_of(ctx->qbdb), "%d", id);
+    return id < 0 ? "" : noted(ctx, apr_psprintf(pool_of(ctx->qbdb), "%d", id));
 }
 
 const char *no_row_text(CallContext *ctx, int32_t id)

@@ -1,12 +1,12 @@
-// Ids by name and names by id of users and groups. These answer with a value: a statement that fails is
+// Ids by name and names by id of users and groups, for workers that answer with a value: a statement that fails is
 // logged, leaves the caller's error record alone and has found nothing.
 #pragma once
 
-#include "frame/report.h"
+#include "accounts/directory_mode.h"
 
 namespace qb {
 
-/// What an id look-up returns when there is nothing to return.
+/// Stands for "no such id".
 inline constexpr int32_t kNoId = -1;
 
 /// Reads whether the CIFS service runs in directory mode. False when that cannot be read.
@@ -31,7 +31,7 @@ int32_t posix_uid_of(CallContext *ctx, sqlite3 *db, int32_t id);
 /// POSIX gid that goes with a group's id, as posix_uid_of.
 int32_t posix_gid_of(CallContext *ctx, sqlite3 *db, int32_t id);
 
-/// What is shown for an id that no row names: the number, or "" when it is negative. Null without memory.
+/// What is shown for an id that no row names: the number, or "" when it is negative.
 const char *name_of_unknown_id(CallContext *ctx, int32_t id);
 
 /// Says that no row has an id; "" without memory.

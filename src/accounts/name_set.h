@@ -1,4 +1,4 @@
-// A set of names that n names fill and ask in n steps. It lives in the call's pool and holds no copies.
+// A set of names: adding one and asking for one take constant time. It lives in the call's pool and copies no name.
 #pragma once
 
 #include <cstring>
@@ -18,24 +18,20 @@ struct NameSet {
 
     bool contains(const char *name) const { return room > 0 && slots[slot_of(name)]; }
 
-    /// Adds a name; null is none. False without memory.
-    bool add(const char *name)
+    /// Adds a name; null is none. Without memory it is missing, and the call notes that.
+    void add(const char *name)
     {
-        if (!name) return true;
-        if (2 * (used + 1) > room && !grow()) return false;
+        if (!name || (2 * (used + 1) > room && !grow())) return;
         const char *&slot = slots[slot_of(name)];
         used += !slot;
         slot = name;
-        return true;
     }
 
     /// Adds the names of a list of records.
     template <class T>
-    bool add_all(const T *head, const char *T::*name)
+    void add_all(const T *head, const char *T::*name)
     {
-        for (; head; head = head->next)
-            if (!add(head->*name)) return false;
-        return true;
+        for (; head; head = head->next) add(head->*name);
     }
 
 private:
@@ -51,7 +47,7 @@ private:
     {
         const NameSet old = *this;
         room = old.room ? 2 * old.room : 64;
-        slots = static_cast<const char **>(apr_palloc(pool_of(ctx->qbdb), room * sizeof *slots));
+        slots = static_cast<const char **>(noted(ctx, apr_palloc(pool_of(ctx->qbdb), room * sizeof *slots)));
         if (!slots) {
             *this = old;
             return false;

@@ -1,10 +1,11 @@
-// Creating users: one by one with every check, and in bulk from a list that was checked before.
-#include "accounts/groups.h"
-#include "accounts/smb_username_map.h"
+// Creating users: one by one with all checks, or in bulk from a list that has been checked.
+#include "accounts/accounts.h"
+#include "accounts/aliases.h"
+#include "accounts/quotas.h"
+#include "accounts/time_machine_allowance.h"
 #include "accounts/user_changes.h"
+#include "accounts/workers.h"
 #include "frame/pool.h"
-#include "frame/query.h"
-#include "validate/validate.h"
 
 namespace qb {
 namespace {
@@ -13,10 +14,10 @@ namespace {
 struct NewUser {
     const User *given;
     const char *name;
-    int32_t id;
-    int32_t group_id;
-    const char *password;
-    const char *home;
+    int32_t id = 0;
+    int32_t group_id = 0;
+    const char *password = nullptr;
+    const char *home = nullptr;
 };
 
 uint32_t check_new_name(CallContext *ctx, int32_t ads, const char *name)
@@ -36,19 +37,19 @@ uint32_t choose_password(CallContext *ctx, const User *user, const char **passwo
 uint32_t choose_group(CallContext *ctx, sqlite3 *db, int32_t ads, const User *user, int32_t *id)
 {
     *id = kDefaultGroupId;
-    return is_set(user->GroupName) ? resolve_group(ctx, db, ads, user->GroupName, id) : 0;
+    return is_set(user->GroupName) ? require_primary_group(ctx, db, ads, user->GroupName, id) : 0;
 }
 
-/// The name goes in as it is: a name that was checked holds nothing that could end the text.
+/// The name goes in unescaped: a name that passed the check cannot end the literal.
 uint32_t choose_home(CallContext *ctx, sqlite3 *db, const User *user, const char **home)
 {
     if (is_set(user->HomeVolumeId)) {
-        if (auto bad = select_text(ctx, db, *home, "SELECT '/'||V.lv_name||'/home/%s' FROM _volume V WHERE V.id=%Q",
-                                   user->UserName, user->HomeVolumeId))
-            return REPORT(ctx, 5, "Failed 'SELECT _volume'. %s", bad.text);
+        TRY(select_text(ctx, db, *home, "SELECT '/'||V.lv_name||'/home/%s' FROM _volume V WHERE V.id=%Q",
+                        user->UserName, user->HomeVolumeId)
+                .or_report(ctx, "Failed 'SELECT _volume'. %s"));
     } else {
-        if (auto bad = select_text(ctx, db, *home, "SELECT '/home/%s'", user->UserName))
-            return REPORT(ctx, 5, "Failed 'SELECT /home/%%s'. %s", bad.text);
+        TRY(select_text(ctx, db, *home, "SELECT '/home/%s'", user->UserName)
+                .or_report(ctx, "Failed 'SELECT /home/%%s'. %s"));
     }
     if (!is_set(*home)) return REPORT(ctx, 8, "Invalid HomeVolume or default home volume not exists");
     return 0;
@@ -57,38 +58,37 @@ uint32_t choose_home(CallContext *ctx, sqlite3 *db, const User *user, const char
 uint32_t check_name_is_free(CallContext *ctx, sqlite3 *db, const char *name)
 {
     int32_t taken = 0;
-    if (auto bad = select_int32(ctx, db, taken, "SELECT COUNT(*) FROM `$user` WHERE uname=%Q", name))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    TRY(select_int32(ctx, db, taken, "SELECT COUNT(*) FROM `$user` WHERE uname=%Q", name)
+            .or_report(ctx, "Failed DB Query for user. %s"));
     if (taken == 0) return 0;
     int32_t remote = 0;
-    if (auto bad = select_int32(
+    TRY(select_int32(
             ctx, db, remote,
             "SELECT COUNT(*) FROM `$user` WHERE uname=%Q AND group_id=(SELECT id FROM `$group` WHERE gname=%Q)", name,
-            "sky-loft"))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+            "sky-loft")
+            .or_report(ctx, "Failed DB Query for user. %s"));
     if (remote > 0) return REPORT(ctx, 834, "Username (%s) is the same as existing remote username.", name);
     return REPORT(ctx, 801, "User (%s) already exists.", name);
 }
 
 /// The first id at or above the cursor that no row holds, a removed or domain user's row included.
-Failure find_free_id(CallContext *ctx, sqlite3 *db, int32_t *id)
+Failure find_free_id(CallContext *ctx, sqlite3 *db, int32_t &id)
 {
-    int32_t candidate = 0;
-    if (auto bad = select_int32(ctx, db, candidate, "SELECT next_uid FROM account_default")) return bad;
+    id = 0;
+    Failure bad = select_int32(ctx, db, id, "SELECT next_uid FROM account_default");
     Rows taken;
-    if (auto bad = select(ctx, db, taken, "SELECT id FROM `$user` WHERE id >= %d ORDER BY id", candidate)) return bad;
-    for (int i = 0; i < taken.count && candidate <= kHighestId && taken.int32(i, 0) == candidate; i++) candidate++;
-    *id = candidate;
-    return {};
+    if (!bad) bad = select(ctx, db, taken, "SELECT id FROM `$user` WHERE id >= %d ORDER BY id", id);
+    for (int i = 0; !bad && i < taken.count && id <= kHighestId && taken.int32(i, 0) == id; i++) id++;
+    return bad;
 }
 
 uint32_t allocate_id(CallContext *ctx, sqlite3 *db, int32_t *id)
 {
     int32_t free_id = 0;
-    Failure bad = find_free_id(ctx, db, &free_id);
-    if (!bad && (free_id < kLowestId || free_id > kHighestId)) bad = {1, "Every id is taken."};
+    Failure bad = find_free_id(ctx, db, free_id);
+    if (!bad && (free_id < kLowestId || free_id > kHighestId)) bad = {SQLITE_ERROR, "Every id is taken."};
     if (!bad) bad = execute(ctx, db, "UPDATE account_default SET next_uid=%d", free_id + 1);
-    if (bad) return REPORT(ctx, 5, "Could not get next available uid. %s", bad.text);
+    TRY(bad.or_report(ctx, "Could not get next available uid. %s"));
     *id = free_id;
     return 0;
 }
@@ -98,8 +98,8 @@ uint32_t check_id_is_free(CallContext *ctx, sqlite3 *db, int32_t id)
     if (id < kLowestId || id > kHighestId)
         return REPORT(ctx, 8, "UserId=%d is out of valid range (%d-%d).", id, kLowestId, kHighestId);
     int32_t taken = 0;
-    if (auto bad = select_int32(ctx, db, taken, "SELECT COUNT(*) FROM `$user` WHERE id=%d", id))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    TRY(select_int32(ctx, db, taken, "SELECT COUNT(*) FROM `$user` WHERE id=%d", id)
+            .or_report(ctx, "Failed DB Query for user. %s"));
     if (taken > 0) return REPORT(ctx, 802, "UserId (%d) already exists.", id);
     return 0;
 }
@@ -113,17 +113,16 @@ uint32_t choose_id(CallContext *ctx, sqlite3 *db, const User *user, int32_t *id)
 
 uint32_t insert_user(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
-    // A new user has no keys yet, so that the shell depends on the access alone.
+    // A new user has no keys, so the shell depends on the access alone.
     const User *given = user->given;
-    if (auto bad = execute(ctx, db,
-                           "INSERT INTO `$user` "
-                           "(id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,"
-                           "shell_access) VALUES(%d,%Q,%Q,%Q,%Q,%d,%Q,0,"
-                           "STRFTIME('%%s',DATETIME('NOW'))/60/60/24,%d,%d)",
-                           user->id, user->name, user->password, given->Email, user->home, user->group_id,
-                           given->ShellAccess == 1 ? "/bin/bash" : "/bin/false", given->IsLocked, given->ShellAccess))
-        return REPORT(ctx, 5, "Failed DB Query for 'INSERT user'. %s", bad.text);
-    return 0;
+    return execute(ctx, db,
+                   "INSERT INTO `$user` "
+                   "(id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed,is_locked,"
+                   "shell_access) VALUES(%d,%Q,%Q,%Q,%Q,%d,%Q,0,"
+                   "STRFTIME('%%s',DATETIME('NOW'))/60/60/24,%d,%d)",
+                   user->id, user->name, user->password, given->Email, user->home, user->group_id,
+                   given->ShellAccess == 1 ? "/bin/bash" : "/bin/false", given->IsLocked, given->ShellAccess)
+        .or_report(ctx, "Failed DB Query for 'INSERT user'. %s");
 }
 
 /// The soft limit of a new user is stored undivided, in hundredths of a megabyte; a change divides it.
@@ -131,42 +130,38 @@ uint32_t insert_quotas(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
     for (const Quota *quota = user->given->UserQuota; quota; quota = quota->next) {
         const int32_t limit = limit_of(quota);
-        if (auto bad = execute(ctx, db,
-                               "INSERT INTO user_quota (user_id,share_id,mb_soft,mb_hard) VALUES(%d,(SELECT S.id FROM "
-                               "share S WHERE zfs_name=%Q),%d*(SELECT diskquota_warn FROM account_default LIMIT 1),%d)",
-                               user->id, quota->ShareId, limit, limit))
-            return REPORT(ctx, 5, "Failed DB Query for 'INSERT user_quota'. %s", bad.text);
+        TRY(execute(ctx, db,
+                    "INSERT INTO user_quota (user_id,share_id,mb_soft,mb_hard) VALUES(%d,(SELECT S.id FROM "
+                    "share S WHERE zfs_name=%Q),%d*(SELECT diskquota_warn FROM account_default LIMIT 1),%d)",
+                    user->id, quota->ShareId, limit, limit)
+                .or_report(ctx, "Failed DB Query for 'INSERT user_quota'. %s"));
     }
     return 0;
 }
 
 uint32_t insert_home_folder(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
-    if (const UserHomeFolderSettings *given = user->given->HomeFolderSettings) {
-        if (auto bad = execute(ctx, db,
-                               "INSERT INTO `$home_folder` "
-                               "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
-                               "(%d,%d,%lu,%Q,%d)",
-                               user->id, given->SnapshotProtectionEnabled, given->SizeLimit,
-                               given->VisibleSnapshot ? or_empty(given->VisibleSnapFolder) : "", given->PrevVersions))
-            return REPORT(ctx, 5, "Failed DB Query for 'INSERT $home_folder'. %s", bad.text);
-        return 0;
-    }
-    if (auto bad = execute(ctx, db,
-                           "INSERT INTO `$home_folder` "
-                           "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
-                           "(%d,(SELECT snapshot_protection FROM account_default LIMIT 1),(SELECT "
-                           "home_folder_capacity_limit FROM account_default LIMIT 1),%Q,0)",
-                           user->id, ""))
-        return REPORT(ctx, 5, "Failed DB Query for 'INSERT $home_folder' using account_default. %s", bad.text);
-    return 0;
+    if (const UserHomeFolderSettings *given = user->given->HomeFolderSettings)
+        return execute(ctx, db,
+                       "INSERT INTO `$home_folder` "
+                       "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
+                       "(%d,%d,%lu,%Q,%d)",
+                       user->id, given->SnapshotProtectionEnabled, given->SizeLimit,
+                       given->VisibleSnapshot ? given->VisibleSnapFolder : "", given->PrevVersions)
+            .or_report(ctx, "Failed DB Query for 'INSERT $home_folder'. %s");
+    return execute(ctx, db,
+                   "INSERT INTO `$home_folder` "
+                   "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
+                   "(%d,(SELECT snapshot_protection FROM account_default LIMIT 1),(SELECT "
+                   "home_folder_capacity_limit FROM account_default LIMIT 1),%Q,0)",
+                   user->id, "")
+        .or_report(ctx, "Failed DB Query for 'INSERT $home_folder' using account_default. %s");
 }
 
 uint32_t read_home(CallContext *ctx, sqlite3 *db, int32_t id, const char **home)
 {
-    if (auto bad = select_text(ctx, db, *home, "SELECT home FROM `$user` WHERE id=%d", id))
-        return REPORT(ctx, 5, "Failed DB Query for (SELECT user). %s", bad.text);
-    return 0;
+    return select_text(ctx, db, *home, "SELECT home FROM `$user` WHERE id=%d", id)
+        .or_report(ctx, "Failed DB Query for (SELECT user). %s");
 }
 
 uint32_t give_alias(CallContext *ctx, sqlite3 *db, const NewUser *user)
@@ -181,40 +176,31 @@ uint32_t give_alias(CallContext *ctx, sqlite3 *db, const NewUser *user)
 uint32_t read_default_allowance(CallContext *ctx, sqlite3 *db, bool *given)
 {
     int32_t private_time_machine = 0;
-    if (auto bad =
-            select_int32(ctx, db, private_time_machine, "SELECT private_time_machine FROM account_default LIMIT 1"))
-        return REPORT(ctx, 5, "Failed DB Query for account_default. %s", bad.text);
+    TRY(select_int32(ctx, db, private_time_machine, "SELECT private_time_machine FROM account_default LIMIT 1")
+            .or_report(ctx, "Failed DB Query for account_default. %s"));
     *given = private_time_machine == 1;
     return 0;
 }
 
-/// Inserts an allowance. False when that failed: it is reported, but the user stays, were it for lack of memory.
-bool insert_allowance(CallContext *call, sqlite3 *db, int32_t id, const UserTimeMachineQuota *own)
+/// Inserts an allowance. A failure is reported, but the user stays even then, for lack of memory, too.
+uint32_t insert_allowance(CallContext *call, sqlite3 *db, int32_t id, const UserTimeMachineQuota *own)
 {
     CallContext apart = *call;
     CallContext *ctx = &apart;
-    if (own) {
-        if (auto bad =
-                execute(ctx, db, "INSERT INTO '$timemachine_quota' (user_id,enabled,capacity_mb) VALUES (%d,%d,%d)", id,
-                        own->Enabled, own->CapacityMB)) {
-            REPORT(ctx, 5, "Failed DB Query for 'INSERT $timemachine_quota'. %s", bad.text);
-            return false;
-        }
-        return true;
-    }
-    if (auto bad = execute(ctx, db,
-                           "INSERT INTO '$timemachine_quota' (user_id,enabled,capacity_mb) VALUES (%d,(SELECT "
-                           "private_time_machine FROM account_default LIMIT 1), (SELECT private_time_machine_space "
-                           "FROM account_default LIMIT 1)*1000)",
-                           id)) {
-        REPORT(ctx, 5, "Failed DB Query for 'INSERT $timemachine_quota' using account_default. %s", bad.text);
-        return false;
-    }
-    return true;
+    if (own)
+        return execute(ctx, db, "INSERT INTO '$timemachine_quota' (user_id,enabled,capacity_mb) VALUES (%d,%d,%d)", id,
+                       own->Enabled, own->CapacityMB)
+            .or_report(ctx, "Failed DB Query for 'INSERT $timemachine_quota'. %s");
+    return execute(ctx, db,
+                   "INSERT INTO '$timemachine_quota' (user_id,enabled,capacity_mb) VALUES (%d,(SELECT "
+                   "private_time_machine FROM account_default LIMIT 1), (SELECT private_time_machine_space "
+                   "FROM account_default LIMIT 1)*1000)",
+                   id)
+        .or_report(ctx, "Failed DB Query for 'INSERT $timemachine_quota' using account_default. %s");
 }
 
-/// A failed insert is no failure of the call: the user is created without the allowance, the caller reads
-/// that in the error record, and `ended` tells that no further user of the chain is created.
+/// The call succeeds even if the insert fails: the user is created without the allowance, the error record says so,
+/// and `ended` that the rest of the chain is not created.
 uint32_t give_allowance(CallContext *ctx, sqlite3 *db, const NewUser *user, bool *ended)
 {
     const UserTimeMachineQuota *own = user->given->TimeMachineQuota;
@@ -225,15 +211,13 @@ uint32_t give_allowance(CallContext *ctx, sqlite3 *db, const NewUser *user, bool
     int32_t count = 0;
     TRY(count_allowances(ctx, db, &count));
     if (count >= kMostTimeMachineUsers) return too_many_allowances(ctx, user->name);
-    *ended = !insert_allowance(ctx, db, user->id, own);
+    *ended = insert_allowance(ctx, db, user->id, own) != 0;
     return *ended ? 0 : switch_afp_on(ctx, db);
 }
 
 uint32_t add_user(CallContext *ctx, sqlite3 *db, int32_t ads, User *given, bool *ended)
 {
-    NewUser user{};
-    user.given = given;
-    user.name = given->UserName;
+    NewUser user{.given = given, .name = given->UserName};
     TRY(check_new_name(ctx, ads, user.name));
     TRY(choose_password(ctx, given, &user.password));
     TRY(check_given_email(ctx, given->Email));
@@ -253,36 +237,28 @@ uint32_t add_user(CallContext *ctx, sqlite3 *db, int32_t ads, User *given, bool 
     return 0;
 }
 
-/// One above the highest ordinary local id: the list was checked as a whole, and the cursor of single
-/// creation stays where it is.
+/// One above the highest ordinary local id. The cursor of single creation stays where it is.
 uint32_t next_list_id(CallContext *ctx, sqlite3 *db, int32_t *id)
 {
-    if (auto bad = select_int32(ctx, db, *id,
-                                "SELECT IFNULL(MAX(U.id)+1,100) FROM `$user` U WHERE U.is_privileged=0 AND U.rid IS "
-                                "NULL AND U.id<32767"))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    return 0;
+    return select_int32(ctx, db, *id,
+                        "SELECT IFNULL(MAX(U.id)+1,100) FROM `$user` U WHERE U.is_privileged=0 AND U.rid IS "
+                        "NULL AND U.id<32767")
+        .or_report(ctx, "Failed DB Query for user. %s");
 }
 
 uint32_t insert_list_user(CallContext *ctx, sqlite3 *db, const NewUser *user)
 {
-    // last_changed is divided by 60 and twice by 24 here, unlike for a single user, where it counts days:
-    // the stored values of listed users follow this count, so it stays.
-    if (auto bad = execute(ctx, db,
-                           "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed) "
-                           "VALUES(%d,%Q,%Q,%Q,%Q,%d,'/bin/false',0,STRFTIME('%%s',DATETIME('NOW'))/60/24/24)",
-                           user->id, user->name, user->password, user->given->Email, user->home, user->group_id))
-        return REPORT(ctx, 5, "Failed DB Query for 'INSERT user'. %s", bad.text);
-    return 0;
+    // Not days, as for a single user: 24 stands twice here. The values stored for listed users count that way.
+    return execute(ctx, db,
+                   "INSERT INTO `$user` (id,uname,passwd,email,home,group_id,shell,is_privileged,last_changed) "
+                   "VALUES(%d,%Q,%Q,%Q,%Q,%d,'/bin/false',0,STRFTIME('%%s',DATETIME('NOW'))/60/24/24)",
+                   user->id, user->name, user->password, user->given->Email, user->home, user->group_id)
+        .or_report(ctx, "Failed DB Query for 'INSERT user'. %s");
 }
 
 uint32_t add_list_user(CallContext *ctx, sqlite3 *db, int32_t ads, User *given)
 {
-    NewUser user{};
-    user.given = given;
-    user.name = given->UserName;
-    user.password = given->Password;
-    user.home = "/home";
+    NewUser user{.given = given, .name = given->UserName, .password = given->Password, .home = "/home"};
     TRY(choose_group(ctx, db, ads, given, &user.group_id));
     TRY(next_list_id(ctx, db, &user.id));
     TRY(insert_list_user(ctx, db, &user));

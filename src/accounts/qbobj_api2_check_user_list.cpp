@@ -1,34 +1,26 @@
-// Checking a list of users that waits in a file to be imported.
+// Checking the file with a list of users to import.
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
+#include "accounts/directory_mode.h"
 #include "accounts/groups.h"
 #include "accounts/name_set.h"
 #include "accounts/user_changes.h"
+#include "accounts/workers.h"
 #include "frame/list.h"
+#include "frame/text_file.h"
 
 namespace qb {
 namespace {
 
 constexpr char kListFile[] = "/tmp/user_list.txt";
-constexpr size_t kLineSize = 1024;  // a longer line is read in pieces, each a line of its own
+constexpr size_t kLineSize = 1024;      // a longer line is read in pieces, each a line of its own
+constexpr long kMostBytes = 64L << 20;  // twice a full line for every possible id
 constexpr int kFieldCount = 4;
 
 enum Field { kName, kGroup, kEmail, kPassword };
 
-struct File {
-    FILE *stream;
-    explicit File(const char *name) : stream(fopen(name, "re")) {}
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-    ~File()
-    {
-        if (stream) fclose(stream);
-    }
-};
-
-/// What is known while the lines are read. The lists are the caller's only when every line has passed.
+/// State while the lines are read. The caller gets the lists only when every line has passed.
 struct ListCheck {
     CallContext *ctx;
     int32_t ads = 0;
@@ -46,11 +38,6 @@ struct ListCheck {
 uint32_t wrong_format(CallContext *ctx)
 {
     return REPORT(ctx, 1, "User file wrong format");
-}
-
-uint32_t no_memory(CallContext *ctx)
-{
-    return REPORT(ctx, 2, "Failed to allocate resource.");
 }
 
 void trim_line_end(char *line)
@@ -104,20 +91,22 @@ uint32_t append_group(ListCheck *check, const char *name)
 {
     if (check->known_groups.contains(name)) return 0;
     Group *group = check->group_list.append(check->ctx);
-    if (!group) return no_memory(check->ctx);
+    TRY_MEMORY(check->ctx);
     group->GroupName = name;
-    return check->known_groups.add(name) ? 0 : no_memory(check->ctx);
+    check->known_groups.add(name);
+    return 0;
 }
 
 uint32_t append_user(ListCheck *check, char *const (&fields)[kFieldCount], const char *password)
 {
     User *user = check->user_list.append(check->ctx);
-    if (!user) return no_memory(check->ctx);
+    TRY_MEMORY(check->ctx);
     user->UserName = fields[kName];
     user->GroupName = fields[kGroup];
     user->Email = fields[kEmail];
     user->Password = password;
-    return check->known_users.add(user->UserName) ? 0 : no_memory(check->ctx);
+    check->known_users.add(user->UserName);
+    return 0;
 }
 
 uint32_t check_user_line(ListCheck *check, char *const (&fields)[kFieldCount])
@@ -133,8 +122,9 @@ uint32_t check_user_line(ListCheck *check, char *const (&fields)[kFieldCount])
 
 uint32_t check_line(ListCheck *check, const char *text)
 {
-    char *line = copy_text(pool_of(check->ctx->qbdb), text);  // the fields end up in the records
-    if (!line) return no_memory(check->ctx);
+    // The fields end up in the records.
+    char *line = noted(check->ctx, copy_text(pool_of(check->ctx->qbdb), text));
+    TRY_MEMORY(check->ctx);
     char *fields[kFieldCount] = {};
     const int count = split(line, fields);
     if (count == 1) return read_mode(check, line);
@@ -146,10 +136,11 @@ uint32_t check_lines(ListCheck *check, FILE *stream)
 {
     char line[kLineSize];
     while (fgets(line, sizeof line, stream)) {
+        if (ftell(stream) > kMostBytes) return REPORT(check->ctx, 1, "User file larger than %ld bytes", kMostBytes);
         trim_line_end(line);
         TRY(check_line(check, line));
     }
-    // What could be read is not the list.
+    // A read error: what was read so far is not the list.
     return ferror(stream) ? wrong_format(check->ctx) : 0;
 }
 
@@ -162,17 +153,19 @@ uint32_t x_qbobj_checkUserList(CallContext *ctx, sqlite3 *db, UserCollection *us
     QB_ASSERT(groups);
     ListCheck check(ctx);
     TRY(read_ads_mode(ctx, db, &check.ads));
-    const bool known = check.known_users.add_all(users->User, &User::UserName) &&
-                       check.known_groups.add_all(groups->Group, &Group::GroupName) &&
-                       (!existingUsers || check.known_users.add_all(existingUsers->User, &User::UserName)) &&
-                       (!existingGroups || check.known_groups.add_all(existingGroups->Group, &Group::GroupName));
-    if (!known) return no_memory(ctx);
-    const File file(kListFile);
-    if (!file.stream && errno == ENOMEM) return no_memory(ctx);
-    if (!file.stream) return REPORT(ctx, 1, "User file not exist");
-    TRY(check_lines(&check, file.stream));
-    if (check.users) List<User>(&users->User).link(check.users);
-    if (check.groups) List<Group>(&groups->Group).link(check.groups);
+    check.known_users.add_all(users->User, &User::UserName);
+    check.known_groups.add_all(groups->Group, &Group::GroupName);
+    if (existingUsers) check.known_users.add_all(existingUsers->User, &User::UserName);
+    if (existingGroups) check.known_groups.add_all(existingGroups->Group, &Group::GroupName);
+    TRY_MEMORY(ctx);
+    const TextFile file = open_text_file(kListFile);
+    if (!file && errno == ENOMEM) ctx->short_of_memory = true;
+    TRY_MEMORY(ctx);
+    if (!file) return errno == EINVAL ? wrong_format(ctx) : REPORT(ctx, 1, "User file not exist");
+    TRY(check_lines(&check, file.get()));
+    TRY_MEMORY(ctx);
+    List<User>(&users->User).link(check.users);
+    List<Group>(&groups->Group).link(check.groups);
     return 0;
 }
 

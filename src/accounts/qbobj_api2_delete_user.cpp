@@ -1,9 +1,9 @@
-// Removing users. The row stays, marked as removed, so that neither name nor id is given to somebody else;
-// what hangs on the user goes.
-#include "accounts/report_line.h"
-#include "accounts/smb_username_map.h"
+// Removing users. The row stays, marked as removed, so that nobody else gets the name or the id; everything else of the
+// user goes.
+#include "accounts/time_machine_allowance.h"
 #include "accounts/user_changes.h"
-#include "frame/query.h"
+#include "accounts/workers.h"
+#include "frame/addressed.h"
 #include "validate/validate_db.h"
 
 namespace qb {
@@ -12,7 +12,7 @@ namespace {
 /// A statement that removes something of a user, and what is reported when it fails.
 struct Removal {
     Sql<int32_t> statement;
-    const char *message;
+    FailureText<> words;
 };
 
 constexpr Removal kSettings[] = {
@@ -33,8 +33,7 @@ constexpr Removal kAccount[] = {
 template <size_t N>
 uint32_t run(CallContext *ctx, sqlite3 *db, const Removal (&removals)[N], int32_t id)
 {
-    for (const Removal &removal : removals)
-        if (auto bad = execute(ctx, db, removal.statement, id)) return REPORT(ctx, 5, removal.message, bad.text);
+    for (const Removal &removal : removals) TRY(execute(ctx, db, removal.statement, id).or_report(ctx, removal.words));
     return 0;
 }
 
@@ -61,7 +60,7 @@ uint32_t remove_user(CallContext *ctx, sqlite3 *db, int32_t id, const StoredUser
 
 uint32_t delete_by_id(CallContext *ctx, sqlite3 *db, User *user)
 {
-    const int32_t id = addressed_user(user);
+    const int32_t id = addressed(user, &User::UserId);
     TRY(require_user(ctx, db, id, "Invalid resource_id (%d)"));
     StoredUser stored;
     TRY(read_stored_user(ctx, db, id, &stored));
@@ -71,10 +70,11 @@ uint32_t delete_by_id(CallContext *ctx, sqlite3 *db, User *user)
 
 uint32_t delete_by_name(CallContext *ctx, sqlite3 *db, User *user)
 {
+    bool found = false;
     int32_t id = 0;
-    const int32_t rc = check_name_id(ctx, db, NameCheck::local_user, user->UserName, &id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
-    if (rc != kFound) return REPORT(ctx, 8, "Invalid resource_id (%d). Not exist.", id);
+    TRY(find_name(ctx, db, NameCheck::local_user, user->UserName, found, id)
+            .or_report(ctx, "Failed DB Query for user. %s"));
+    if (!found) return REPORT(ctx, 8, "Invalid resource_id (%d). Not exist.", id);
     StoredUser stored;
     TRY(read_stored_user(ctx, db, id, &stored));
     if (stored.protected_account) return REPORT(ctx, 8, "Cannot delete user (user_name=%s)", user->UserName);

@@ -1,9 +1,12 @@
 // The group list, single groups, and the look-ups of ids, names and memberships.
 #include <cstring>
 
-#include "accounts/groups.h"
+#include "accounts/account_list.h"
 #include "accounts/lookup.h"
+#include "accounts/quotas.h"
 #include "accounts/users.h"
+#include "accounts/workers.h"
+#include "frame/addressed.h"
 #include "frame/list.h"
 
 namespace qb {
@@ -58,65 +61,60 @@ uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query,
 uint32_t count_groups(CallContext *ctx, sqlite3 *db, const Clauses &clauses, int32_t *total, int32_t *matching)
 {
     const char *name = clauses.name;
-    if (auto bad = select_int32(ctx, db, *total,
-                                "SELECT COUNT(*)  FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS %sNULL AND "
-                                "G.gname<>'nogroup' AND G.gname<>'guest'",
-                                clauses.kind))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    if (auto bad = select_int32(ctx, db, *matching,
-                                "SELECT COUNT(*)  FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS %sNULL AND "
-                                "G.gname<>'nogroup' AND G.gname<>'guest' %s",
-                                clauses.kind, name))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    return 0;
+    TRY(select_int32(ctx, db, *total,
+                     "SELECT COUNT(*)  FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS %sNULL AND "
+                     "G.gname<>'nogroup' AND G.gname<>'guest'",
+                     clauses.kind)
+            .or_report(ctx, "Failed DB Query for user. %s"));
+    return select_int32(ctx, db, *matching,
+                        "SELECT COUNT(*)  FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS %sNULL AND "
+                        "G.gname<>'nogroup' AND G.gname<>'guest' %s",
+                        clauses.kind, name)
+        .or_report(ctx, "Failed DB Query for user. %s");
 }
 
 uint32_t select_groups(CallContext *ctx, sqlite3 *db, const Clauses &clauses, Rows *rows)
 {
     const char *name = clauses.name;
     const char *page = clauses.page;
-    if (auto bad = select(ctx, db, *rows,
-                          "SELECT G.id,G.gname,CASE WHEN G.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE "
-                          "G.is_privileged=0 AND G.rid IS %sNULL AND G.gname<>'nogroup' AND G.gname<>'guest' %s %s %s",
-                          clauses.kind, name, clauses.order, page))
-        return REPORT(ctx, 5, "Failed DB Query for 'group'. %s", bad.text);
-    return 0;
+    return select(ctx, db, *rows,
+                  "SELECT G.id,G.gname,CASE WHEN G.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE "
+                  "G.is_privileged=0 AND G.rid IS %sNULL AND G.gname<>'nogroup' AND G.gname<>'guest' %s %s %s",
+                  clauses.kind, name, clauses.order, page)
+        .or_report(ctx, "Failed DB Query for 'group'. %s");
 }
-
-/// The members' statement reads no more of a user than its first columns.
-constexpr UserColumns kMemberColumns{.full_name = -1, .is_locked = -1, .group_id = -1, .shell_access = -1};
 
 uint32_t read_members(CallContext *ctx, sqlite3 *db, int32_t group_id, User **head)
 {
     Rows rows;
-    if (auto bad = select(
+    TRY(select(
             ctx, db, rows,
             "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
             "WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group_has_user` GU INNER JOIN `$user` U ON U.id=GU.user_id "
             "WHERE GU.group_id=%d ORDER BY U.uname COLLATE NOCASE",
-            group_id))
-        return REPORT(ctx, 5, "Failed DB Query for 'user' and 'group'. %s", bad.text);
+            group_id)
+            .or_report(ctx, "Failed DB Query for 'user' and 'group'. %s"));
     List<User> list(head);
     for (int i = 0; i < rows.count; i++) {
         User *member = list.append(ctx);
-        if (!member) return REPORT(ctx, 2, "Failed to allocate resource.");
-        TRY(fill_user(ctx, db, rows, i, kMemberColumns, Passwords::masked, member));
+        TRY_MEMORY(ctx);
+        UserCells cells;
+        read_user(ctx, rows, i, member, &cells);
+        member->GroupName = cells.group ? copy_text(ctx, cells.group) : "";
+        member->Password = masked(cells.hash);
+        TRY_MEMORY(ctx);
         TRY(read_user_quotas(ctx, db, member->UserId, &member->UserQuota));
     }
     return 0;
 }
 
-/// Fills a group from a row with its quotas and its secondary members.
-uint32_t fill_group(CallContext *ctx, sqlite3 *db, const Rows &rows, int row, Group *group)
+/// Reads a group with its quotas and its secondary members.
+uint32_t read_group(CallContext *ctx, sqlite3 *db, const Rows &rows, int row, Group *group)
 {
-    const int32_t id = rows.int32(row, 0);
-    group->resource_id = id;
-    group->GroupId = id;
-    group->GroupName = rows.word(ctx, row, 1);
-    group->IsDomainMember = rows.int32(row, 2);
-    if (!group->GroupName) return REPORT(ctx, 2, "Failed to allocate resource.");
-    TRY(read_group_quotas(ctx, db, id, &group->GroupQuota));
-    return read_members(ctx, db, id, &group->SecondaryMember);
+    read_row(ctx, rows, row, both(group->resource_id, group->GroupId), empty(group->GroupName), group->IsDomainMember);
+    TRY_MEMORY(ctx);
+    TRY(read_group_quotas(ctx, db, group->GroupId, &group->GroupQuota));
+    return read_members(ctx, db, group->GroupId, &group->SecondaryMember);
 }
 
 /// Appends the groups as they are read: on a failure the caller keeps what was read so far.
@@ -125,8 +123,8 @@ uint32_t append_groups(CallContext *ctx, sqlite3 *db, const Rows &rows, Group **
     List<Group> list(head);
     for (int i = 0; i < rows.count; i++) {
         Group *group = list.append(ctx);
-        if (!group) return REPORT(ctx, 2, "Failed to allocate resource.");
-        TRY(fill_group(ctx, db, rows, i, group));
+        TRY_MEMORY(ctx);
+        TRY(read_group(ctx, db, rows, i, group));
     }
     return 0;
 }
@@ -161,20 +159,20 @@ uint32_t x_qbobj_getGroupCollection(CallContext *ctx, sqlite3 *db, GroupCollecti
 uint32_t x_qbobj_getGroup(CallContext *ctx, sqlite3 *db, Group *group)
 {
     QB_ASSERT(group);
-    const int32_t id = addressed_group(group);
+    const int32_t id = addressed(group, &Group::GroupId);
     if (id < 1) return REPORT(ctx, 8, "Invalid resouce_id=%d.", id);
     // The statement names a column of `$user` without reading that table, so the database refuses it and
     // the call always fails. Callers know that and read groups through the list.
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT G.id,G.gname,CASE WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE "
-                          "G.is_privileged=0 AND G.gname<>'nogroup' AND G.gname<>'guest' AND G.id=%d ORDER BY G.gname "
-                          "COLLATE NOCASE",
-                          id))
-        return REPORT(ctx, 5, "Failed DB Query for 'group'. %s", bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT G.id,G.gname,CASE WHEN U.rid IS NULL THEN 0 ELSE 1 END FROM `$group` G WHERE "
+               "G.is_privileged=0 AND G.gname<>'nogroup' AND G.gname<>'guest' AND G.id=%d ORDER BY G.gname "
+               "COLLATE NOCASE",
+               id)
+            .or_report(ctx, "Failed DB Query for 'group'. %s"));
     if (rows.count == 0) return REPORT(ctx, 5, "Failed DB Query for 'group'. %s", no_row_text(ctx, id));
     Group read{};
-    TRY(fill_group(ctx, db, rows, 0, &read));
+    TRY(read_group(ctx, db, rows, 0, &read));
     read.next = group->next;
     *group = read;
     return 0;
@@ -185,15 +183,16 @@ uint32_t x_qbobj_getSystemGroup(CallContext *ctx, sqlite3 *db, SystemGroup *grou
     QB_ASSERT(group);
     int32_t ads = 0;
     TRY(read_ads_mode(ctx, db, &ads));
-    const int32_t id = addressed_group(group);
+    const int32_t id = addressed(group, &SystemGroup::GroupId);
     TRY(check_system_group_id(ctx, id, ads));
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT G.id,G.gname FROM `$group` G WHERE G.id=%d OR (%d AND G.id=%d AND G.rid IS NOT NULL)",
-                          id, ads, id))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM group'. %s", bad.text);
-    const char *name = rows.count ? rows.word(ctx, 0, 1) : nullptr;
-    if (rows.count && !name) return REPORT(ctx, 2, "Failed to allocate resource.");
+    TRY(select(ctx, db, rows,
+               "SELECT G.id,G.gname FROM `$group` G WHERE G.id=%d OR (%d AND G.id=%d AND G.rid IS NOT NULL)", id, ads,
+               id)
+            .or_report(ctx, "Failed DB Query for 'SELECT FROM group'. %s"));
+    const char *name = nullptr;
+    if (rows.count) read_row(ctx, rows, 0, skip, empty(name));
+    TRY_MEMORY(ctx);
     if (!name && (qbdb_util_get_domain_gname_by_gid(ctx->qbdb, db, id, &name) != 0 || !name)) {
         LOG_FAILURE(ctx, "None of row selected for resource_id=%d.\n", id);
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM group'. %s", no_row_text(ctx, id));
@@ -236,11 +235,10 @@ int32_t x_qbobj_getGroupName(CallContext *ctx, sqlite3 *db, int32_t id, const ch
 {
     QB_ASSERT(name);
     const char *found = nullptr;
-    if (auto bad = select_text(ctx, db, found, "SELECT G.gname FROM `$group` G WHERE G.id=%d", id)) {
-        LOG_FAILURE(ctx, "Failed DB Query for 'group'. %s\n", bad.text);
-        *name = "";
+    *name = "";
+    if (select_text(ctx, db, found, "SELECT G.gname FROM `$group` G WHERE G.id=%d", id)
+            .logged(ctx, "Failed DB Query for 'group'. %s\n"))
         return kNoId;
-    }
     if (!found) found = name_of_unknown_id(ctx, id);
     *name = or_empty(found);
     return found ? 0 : kNoId;
@@ -258,10 +256,7 @@ int32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userN
                            "SELECT 1 FROM `$user` U INNER JOIN `$group_has_user` GU ON GU.user_id=U.id INNER JOIN "
                            "`$group` G ON G.id=GU.group_id WHERE U.uname=%Q AND G.gname=%Q",
                            userName, groupName);
-    if (bad) {
-        LOG_FAILURE(ctx, "Failed DB Query for 'user' and 'group'. %s\n", bad.text);
-        return kNoId;
-    }
+    if (bad.logged(ctx, "Failed DB Query for 'user' and 'group'. %s\n")) return kNoId;
     return member ? kMember : kNotMember;
 }
 

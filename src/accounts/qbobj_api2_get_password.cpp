@@ -1,6 +1,6 @@
 // The administrator's recovery settings and shell access. The password itself never leaves the database.
-#include "accounts/passwords.h"
-#include "frame/query.h"
+#include "accounts/workers.h"
+#include "frame/read_row.h"
 
 namespace qb {
 
@@ -8,23 +8,16 @@ uint32_t x_qbobj_getAdminPassword(CallContext *ctx, sqlite3 *db, AdminPassword *
 {
     QB_ASSERT(admin);
     Rows recovery;
-    if (auto bad =
-            select(ctx, db, recovery,
-                   "SELECT PR.question,PR.answer,PR.email,PR.enabled,PR.method FROM passwordrecovery PR LIMIT 1"))
-        return REPORT(ctx, 5, "Failed DB Query for passwordrecovery. %s", bad.text);
+    TRY(select(ctx, db, recovery,
+               "SELECT PR.question,PR.answer,PR.email,PR.enabled,PR.method FROM passwordrecovery PR LIMIT 1")
+            .or_report(ctx, "Failed DB Query for passwordrecovery. %s"));
     int32_t access = 0;
-    if (auto bad = select_int32(ctx, db, access, "SELECT U.shell_access FROM `$user` U WHERE id=98"))
-        return REPORT(ctx, 5, "Failed DB Query for $user. %s", bad.text);
+    TRY(select_int32(ctx, db, access, "SELECT U.shell_access FROM `$user` U WHERE id=98")
+            .or_report(ctx, "Failed DB Query for $user. %s"));
 
     AdminPassword read{};
     read.ShellAccess = access;
-    if (recovery.count) {
-        read.Question = recovery.text(ctx, 0, 0);
-        read.Answer = recovery.text(ctx, 0, 1);
-        read.Email = recovery.text(ctx, 0, 2);
-        read.Enabled = recovery.int32(0, 3);
-        read.Method = recovery.text(ctx, 0, 4);
-    }
+    if (recovery.count) read_row(ctx, recovery, 0, read.Question, read.Answer, read.Email, read.Enabled, read.Method);
     TRY_MEMORY(ctx);
     *admin = read;
     return 0;

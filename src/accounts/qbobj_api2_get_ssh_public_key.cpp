@@ -1,5 +1,6 @@
 // Reading SSH public keys. The twins that give root the administrator's keys are never listed.
 #include "accounts/ssh_keys.h"
+#include "accounts/workers.h"
 #include "frame/list.h"
 
 namespace qb {
@@ -9,11 +10,10 @@ uint32_t x_qbobj_getSshPublicKeyById(CallContext *ctx, sqlite3 *db, int32_t id, 
     QB_ASSERT(key);
     TRACE(ctx, "%s: Getting a key, id = %d.\n", __func__, id);
     Rows rows;
-    if (auto bad =
-            select(ctx, db, rows,
-                   "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE id = %d",
-                   kSshKeyTable, id))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE id = %d",
+               kSshKeyTable, id)
+            .or_report(ctx, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable));
     if (rows.count == 0) return REPORT(ctx, 838, "None of row selected for resource_id=%d.", id);
     TRY(read_ssh_key(ctx, rows, 0, key));
     TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
@@ -26,11 +26,11 @@ uint32_t x_qbobj_getSshPublicKeyTiedRootKeyById(CallContext *ctx, sqlite3 *db, i
     TRACE(ctx, "%s: Getting a key, id = %d.\n", __func__, id);
     Rows rows;
     // Nothing links the two: a twin is the key of root with the same text.
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE key = "
-                          "(SELECT key FROM `%s` WHERE id = %d AND user_id = 98) AND user_id = 0",
-                          kSshKeyTable, kSshKeyTable, id))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE key = "
+               "(SELECT key FROM `%s` WHERE id = %d AND user_id = 98) AND user_id = 0",
+               kSshKeyTable, kSshKeyTable, id)
+            .or_report(ctx, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable));
     if (rows.count == 0) return REPORT(ctx, 838, "No tied root key for key id=%d.", id);
     TRY(read_ssh_key(ctx, rows, 0, key));
     TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
@@ -42,21 +42,21 @@ uint32_t x_qbobj_getSshPublicKeyCollection(CallContext *ctx, sqlite3 *db, SshPub
     QB_ASSERT(keys);
     TRACE(ctx, "%s: Getting key collection.\n", __func__);
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE "
-                          "user_id<>0",
-                          kSshKeyTable))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM %s'. %s", kSshKeyTable, bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM `%s` WHERE "
+               "user_id<>0",
+               kSshKeyTable)
+            .or_report(ctx, "Failed DB Query for 'SELECT FROM %s'. %s", kSshKeyTable));
 
     SshPublicKey *head = nullptr;
     List<SshPublicKey> list(&head);
     for (int i = 0; i < rows.count; i++) {
         SshPublicKey *key = list.append(ctx);
-        if (!key) return REPORT(ctx, 2, "Failed to allocate object.");
+        TRY_MEMORY(ctx, "Failed to allocate object.");
         TRY(read_ssh_key(ctx, rows, i, key));
         TRACE(ctx, "%s: Got a key. %s\n", __func__, one_line(ctx, key));
     }
-    *List<SshPublicKey>(&keys->SshPublicKey).tail = head;
+    List<SshPublicKey>(&keys->SshPublicKey).link(head);
     return 0;
 }
 

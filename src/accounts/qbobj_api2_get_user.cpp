@@ -1,20 +1,12 @@
 // Single users, members of groups, and the look-ups of ids and names.
 #include "accounts/lookup.h"
 #include "accounts/users.h"
+#include "accounts/workers.h"
+#include "frame/addressed.h"
 #include "frame/list.h"
 
 namespace qb {
 namespace {
-
-/// Where getUser's statement has its columns.
-constexpr UserColumns kColumns{.full_name = -1, .is_locked = 7, .group_id = 8, .shell_access = 9};
-
-/// The id by which a record addresses its user.
-template <class Record>
-int32_t addressed_id(const Record *record)
-{
-    return record->resource_id < 1 ? record->UserId : record->resource_id;
-}
 
 /// Whether a record may address this id. Only the directory has users with negative ids.
 uint32_t check_addressed_id(CallContext *ctx, int32_t id, int32_t ads)
@@ -30,7 +22,7 @@ uint32_t resolve_user(CallContext *ctx, sqlite3 *db, const User *user, int32_t *
 {
     int32_t ads = 0;
     TRY(read_ads_mode(ctx, db, &ads));
-    *id = addressed_id(user);
+    *id = addressed(user, &User::UserId);
     int32_t live = 0;
     if (*id == 0 && ads && is_set(user->UserName)) TRY(read_no_sync_ads(ctx, db, &live));
     if (!live) return check_addressed_id(ctx, *id, ads);
@@ -47,10 +39,8 @@ uint32_t append_names(CallContext *ctx, const Rows &rows, User **head)
     List<User> list(&read);
     for (int i = 0; i < rows.count; i++) {
         User *user = list.append(ctx);
-        if (!user) return REPORT(ctx, 2, "Failed to allocate resource.");
-        user->resource_id = rows.int32(i, 0);
-        user->UserId = user->resource_id;
-        user->UserName = rows.word(ctx, i, 1);
+        TRY_MEMORY(ctx);
+        read_row(ctx, rows, i, both(user->resource_id, user->UserId), empty(user->UserName));
     }
     TRY_MEMORY(ctx);
     List<User>(head).link(read);
@@ -65,20 +55,25 @@ uint32_t x_qbobj_getUser(CallContext *ctx, sqlite3 *db, User *user)
     int32_t id = 0;
     TRY(resolve_user(ctx, db, user, &id));
     Rows rows;
-    if (auto bad = select(
+    TRY(select(
             ctx, db, rows,
             "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
             "WHEN U.rid IS NULL THEN 0 ELSE 1 END,U.is_locked,U.group_id,U.shell_access FROM `$user` U WHERE "
             "U.is_privileged<>1 AND U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM "
             "`$group` G WHERE G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) AND U.id=%d ORDER "
             "BY U.uname COLLATE NOCASE",
-            id))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+            id)
+            .or_report(ctx, "Failed DB Query for user. %s"));
     if (rows.count == 0) return REPORT(ctx, 5, "Failed DB Query for user. %s", no_row_text(ctx, id));
 
     User read = *user;
     read.UserQuota = nullptr;  // what the record held of another user does not stay
-    TRY(fill_user(ctx, db, rows, 0, kColumns, Passwords::masked, &read));
+    UserCells cells;
+    int32_t group_id = 0;
+    read_user(ctx, rows, 0, &read, &cells, read.IsLocked, group_id, read.ShellAccess);
+    read.GroupName = group_name(ctx, db, cells, group_id);
+    read.Password = masked(cells.hash);
+    TRY_MEMORY(ctx);
     TRY(read_user_details(ctx, db, id, &read));
     *user = read;
     return 0;
@@ -89,13 +84,13 @@ uint32_t x_qbobj_getSystemUser(CallContext *ctx, sqlite3 *db, SystemUser *user)
     QB_ASSERT(user);
     int32_t ads = 0;
     TRY(read_ads_mode(ctx, db, &ads));
-    const int32_t id = addressed_id(user);
+    const int32_t id = addressed(user, &SystemUser::UserId);
     TRY(check_addressed_id(ctx, id, ads));
     const char *name = nullptr;
-    if (auto bad = select_text(ctx, db, name,
-                               "SELECT U.uname FROM `$user` U WHERE U.id=%d OR (%d AND U.id=%d AND U.rid IS NOT NULL)",
-                               id, ads, id))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM user'. %s", bad.text);
+    TRY(select_text(ctx, db, name,
+                    "SELECT U.uname FROM `$user` U WHERE U.id=%d OR (%d AND U.id=%d AND U.rid IS NOT NULL)", id, ads,
+                    id)
+            .or_report(ctx, "Failed DB Query for 'SELECT FROM user'. %s"));
     if (!name && (qbdb_util_get_domain_uname_by_uid(ctx->qbdb, db, id, &name) != 0 || !name)) {
         LOG_FAILURE(ctx, "None of row selected for resource_id=%d.\n", id);
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM user'. %s", no_row_text(ctx, id));
@@ -111,10 +106,10 @@ uint32_t x_qbobj_getCloudUser(CallContext *ctx, sqlite3 *db, UserCollection *use
 {
     QB_ASSERT(users);
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT U.id,U.uname FROM `$user` U WHERE U.is_privileged<>1 AND U.uname<>'nobody' AND "
-                          "U.uname<>'guest' AND U.group_id=98 ORDER BY U.uname COLLATE NOCASE"))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT U.id,U.uname FROM `$user` U WHERE U.is_privileged<>1 AND U.uname<>'nobody' AND "
+               "U.uname<>'guest' AND U.group_id=98 ORDER BY U.uname COLLATE NOCASE")
+            .or_report(ctx, "Failed DB Query for user. %s"));
     const uint32_t rc = append_names(ctx, rows, &users->User);
     TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
     return rc;
@@ -139,7 +134,7 @@ uint32_t x_qbobj_getUserInGroupName(CallContext *ctx, sqlite3 *db, const char *g
                      "`$group` G1 WHERE G1.gname=%Q)OR GU.group_id=(SELECT G2.id FROM `$group` G2 WHERE G2.gname=%Q)) "
                      "ORDER BY U.uname COLLATE NOCASE",
                      groupName, groupName);
-    if (bad) return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    TRY(bad.or_report(ctx, "Failed DB Query for user. %s"));
     const uint32_t rc = append_names(ctx, rows, &users->User);
     TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
     return rc;
@@ -158,11 +153,10 @@ int32_t x_qbobj_getUserName(CallContext *ctx, sqlite3 *db, int32_t id, const cha
 {
     QB_ASSERT(name);
     const char *found = nullptr;
-    if (auto bad = select_text(ctx, db, found, "SELECT U.uname FROM `$user` U WHERE U.id=%d", id)) {
-        LOG_FAILURE(ctx, "Failed DB Query for user. %s\n", bad.text);
-        *name = "";
+    *name = "";
+    if (select_text(ctx, db, found, "SELECT U.uname FROM `$user` U WHERE U.id=%d", id)
+            .logged(ctx, "Failed DB Query for user. %s\n"))
         return kNoId;
-    }
     if (!found) found = name_of_unknown_id(ctx, id);
     *name = or_empty(found);
     return found ? 0 : kNoId;

@@ -3,7 +3,10 @@
 
 #include <cstring>
 
+#include "accounts/account_list.h"
+#include "accounts/directory_mode.h"
 #include "accounts/users.h"
+#include "accounts/workers.h"
 #include "frame/list.h"
 
 namespace qb {
@@ -12,10 +15,10 @@ namespace {
 /// The clauses that a query adds to the list's statements.
 struct Clauses {
     const char *kind = "";     // "NOT ": domain users instead of local ones
-    const char *skyloft = "";  // leaves the users of the cloud service out
-    const char *admin = "";    // the administrator comes along, whatever the other clauses say
+    const char *skyloft = "";  // leaves out the users of the cloud service
+    const char *admin = "";    // adds the administrator, whatever the other clauses say
     const char *order = "ORDER BY U.uname";
-    char name[2048] = "";  // holds three patterns of the longest kind, each of its bytes doubled
+    char name[2048] = "";  // room for the longest pattern three times, each byte doubled
     char option[512] = "";
     PageClause page = "";
     bool existing_homes = false;
@@ -86,7 +89,7 @@ const char *order_clause(int32_t order)
     }
 }
 
-/// Without a query the list shows the users that the appliance works with: domain users in directory mode.
+/// Without a query the list shows domain users in directory mode, else local ones.
 uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query, Clauses *clauses)
 {
     int32_t domain = 0;
@@ -105,21 +108,20 @@ uint32_t count_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, int3
 {
     const char *name = clauses.name;
     const char *option = clauses.option;
-    if (auto bad = select_int32(
+    TRY(select_int32(
             ctx, db, *total,
             "SELECT COUNT(*)  FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND "
             "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
             "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup'))) %s",
-            clauses.skyloft, clauses.kind, clauses.admin))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    if (auto bad = select_int32(
-            ctx, db, *matching,
-            "SELECT COUNT(*) FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND "
-            "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
-            "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) %s %s) %s",
-            clauses.skyloft, clauses.kind, name, option, clauses.admin))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    return 0;
+            clauses.skyloft, clauses.kind, clauses.admin)
+            .or_report(ctx, "Failed DB Query for user. %s"));
+    return select_int32(
+               ctx, db, *matching,
+               "SELECT COUNT(*) FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND "
+               "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE "
+               "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) %s %s) %s",
+               clauses.skyloft, clauses.kind, name, option, clauses.admin)
+        .or_report(ctx, "Failed DB Query for user. %s");
 }
 
 uint32_t select_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, Rows *rows)
@@ -127,16 +129,17 @@ uint32_t select_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, Row
     const char *name = clauses.name;
     const char *option = clauses.option;
     const char *page = clauses.page;
-    if (auto bad = select(
-            ctx, db, *rows,
-            "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE G.id=U.group_id),U.home,U.email,U.passwd,CASE "
-            "WHEN U.rid IS NULL THEN 0 ELSE 1 END,U.fullname,U.is_locked,U.group_id,U.shell_access FROM `$user` U "
-            "WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND U.uname<>'nobody' AND "
-            "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM "
-            "`$group` G WHERE G.gname='nogroup')) %s %s) %s %s %s",
-            clauses.skyloft, clauses.kind, name, option, clauses.admin, clauses.order, page))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
-    return 0;
+    return select(
+               ctx, db, *rows,
+               "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE "
+               "G.id=U.group_id),U.home,U.email,U.passwd,CASE "
+               "WHEN U.rid IS NULL THEN 0 ELSE 1 END,U.fullname,U.is_locked,U.group_id,U.shell_access FROM `$user` U "
+               "WHERE (U.is_privileged=0 AND U.group_id<>98%s AND U.rid IS %sNULL AND U.uname<>'nobody' AND "
+               "U.uname<>'guest' AND U.group_id<>IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id "
+               "FROM "
+               "`$group` G WHERE G.gname='nogroup')) %s %s) %s %s %s",
+               clauses.skyloft, clauses.kind, name, option, clauses.admin, clauses.order, page)
+        .or_report(ctx, "Failed DB Query for user. %s");
 }
 
 bool is_directory(const char *path)
@@ -145,9 +148,19 @@ bool is_directory(const char *path)
     return path && stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-/// Where the list's statement has its columns.
-constexpr int kHome = 3;
-constexpr UserColumns kColumns{.full_name = 7, .is_locked = 8, .group_id = 9, .shell_access = 10};
+/// Reads a user with all that hangs on it.
+uint32_t read_listed_user(CallContext *ctx, sqlite3 *db, const Rows &rows, int row, Passwords passwords, User *user)
+{
+    UserCells cells;
+    int32_t group_id = 0;
+    read_user(ctx, rows, row, user, &cells, empty(user->FullName), user->IsLocked, group_id, user->ShellAccess);
+    user->GroupName = group_name(ctx, db, cells, group_id);
+    user->Password = passwords == Passwords::masked ? masked(cells.hash) : or_empty(copy_text(ctx, cells.hash));
+    TRY_MEMORY(ctx);
+    return read_user_details(ctx, db, user->UserId, user);
+}
+
+constexpr int kHome = 3;  // column of the home path
 
 /// Appends the users as they are read: on a failure the caller keeps what was read so far.
 uint32_t append_users(CallContext *ctx, sqlite3 *db, const Rows &rows, const Clauses &clauses, Passwords passwords,
@@ -157,9 +170,8 @@ uint32_t append_users(CallContext *ctx, sqlite3 *db, const Rows &rows, const Cla
     for (int i = 0; i < rows.count; i++) {
         if (clauses.existing_homes && !is_directory(rows.cell(i, kHome))) continue;
         User *user = list.append(ctx);
-        if (!user) return REPORT(ctx, 2, "Failed to allocate resource.");
-        TRY(fill_user(ctx, db, rows, i, kColumns, passwords, user));
-        TRY(read_user_details(ctx, db, user->UserId, user));
+        TRY_MEMORY(ctx);
+        TRY(read_listed_user(ctx, db, rows, i, passwords, user));
     }
     return 0;
 }

@@ -1,10 +1,14 @@
 // Changing users: whole records, and the narrow changes of one column.
 #include <cstring>
 
-#include "accounts/groups.h"
-#include "accounts/smb_username_map.h"
+#include "accounts/aliases.h"
+#include "accounts/directory_mode.h"
+#include "accounts/login_shell.h"
+#include "accounts/quotas.h"
+#include "accounts/time_machine_allowance.h"
 #include "accounts/user_changes.h"
-#include "frame/pool.h"
+#include "accounts/workers.h"
+#include "frame/addressed.h"
 #include "frame/set_list.h"
 #include "validate/validate.h"
 #include "validate/validate_db.h"
@@ -36,7 +40,7 @@ struct Change {
 
 uint32_t find_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, const User *user, int32_t *id)
 {
-    *id = addressed_user(user);
+    *id = addressed(user, &User::UserId);
     const bool live = *id == 0 && mode.ads && mode.no_sync && is_set(user->UserName);
     if (!live) return require_user(ctx, db, *id, "Invalid resource_id (%d).");
     *id = qbdb_util_get_posix_uid_by_name(ctx->qbdb, db, user->UserName, nullptr);
@@ -51,48 +55,43 @@ uint32_t read_stored(CallContext *ctx, sqlite3 *db, Change *change)
     if (change->stored.protected_account) return REPORT(ctx, 8, "Cannot modify user (user_id=%d)", change->id);
     change->name = is_set(change->given->UserName) ? change->given->UserName : or_empty(change->stored.name);
     const char *group = nullptr;
-    if (auto bad = select_text(ctx, db, group,
-                               "SELECT G.gname FROM `$user` U INNER JOIN `$group` G ON G.id=U.group_id WHERE U.id=%d",
-                               change->id))
-        return REPORT(ctx, 5, "Failed DB Query for user. %s", bad.text);
+    TRY(select_text(ctx, db, group,
+                    "SELECT G.gname FROM `$user` U INNER JOIN `$group` G ON G.id=U.group_id WHERE U.id=%d", change->id)
+            .or_report(ctx, "Failed DB Query for user. %s"));
     change->stored_group = or_empty(group);
     return 0;
 }
 
 uint32_t check_name_is_free(CallContext *ctx, sqlite3 *db, const Change *change)
 {
+    bool found = false;
     int32_t owner = 0;
-    const int32_t rc =
-        check_name_id(ctx, db, change->ads ? NameCheck::domain_user : NameCheck::local_user, change->name, &owner);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for user. %s", kLookUpFailed);
-    if (rc == kFound && owner != change->id)
+    TRY(find_name(ctx, db, change->ads ? NameCheck::domain_user : NameCheck::local_user, change->name, found, owner)
+            .or_report(ctx, "Failed DB Query for user. %s"));
+    if (found && owner != change->id)
         return REPORT(ctx, 801, "Cannot rename to user which already exists (%s).", change->name);
     return 0;
 }
 
 uint32_t read_previous(CallContext *ctx, sqlite3 *db, Change *change)
 {
-    auto bad = select_text(ctx, db, change->old_name, "SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q",
-                           change->id, change->name);
+    Failure bad = select_text(ctx, db, change->old_name, "SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q",
+                              change->id, change->name);
     if (!bad)
         bad = select_text(ctx, db, change->old_home, "SELECT U.home FROM `$user` U WHERE U.id=%d AND U.uname<>%Q",
                           change->id, change->name);
-    if (bad) return REPORT(ctx, 5, "Failed DB Query for 'SELECT user'. %s", bad.text);
-    return 0;
+    return bad.or_report(ctx, "Failed DB Query for 'SELECT user'. %s");
 }
 
-/// A local user that is named lives under /home/ from then on, whatever volume it was created on; a
-/// directory user stays where it is.
+/// Naming a local user moves its home path to /home/, whatever volume it was created on. A directory user keeps its
+/// path.
 uint32_t choose_home(CallContext *ctx, sqlite3 *db, Change *change)
 {
-    if (change->ads) {
-        if (auto bad = select_text(ctx, db, change->home, "SELECT U.home FROM `$user` U WHERE U.id=%d", change->id))
-            return REPORT(ctx, 5, "Failed DB Query for 'SELECT home FROM `$users`'. %s", bad.text);
-    } else {
-        if (auto bad = select_text(ctx, db, change->home, "SELECT '/home/'||%Q", change->name))
-            return REPORT(ctx, 5, "Failed DB Query for 'SELECT account_default'. %s", bad.text);
-    }
-    return 0;
+    if (change->ads)
+        return select_text(ctx, db, change->home, "SELECT U.home FROM `$user` U WHERE U.id=%d", change->id)
+            .or_report(ctx, "Failed DB Query for 'SELECT home FROM `$users`'. %s");
+    return select_text(ctx, db, change->home, "SELECT '/home/'||%Q", change->name)
+        .or_report(ctx, "Failed DB Query for 'SELECT account_default'. %s");
 }
 
 uint32_t set_name(CallContext *ctx, sqlite3 *db, Change *change)
@@ -107,7 +106,7 @@ uint32_t set_name(CallContext *ctx, sqlite3 *db, Change *change)
     return 0;
 }
 
-/// The mask stands for the stored password: a record that was read can be written back.
+/// The mask stands for the stored password, so that a record can be written back as it was read.
 uint32_t set_password(CallContext *ctx, Change *change)
 {
     const User *given = change->given;
@@ -134,7 +133,7 @@ uint32_t set_group(CallContext *ctx, sqlite3 *db, Change *change)
     const char *name = change->given->GroupName;
     if (!is_set(name)) return 0;
     int32_t id = 0;
-    TRY(resolve_group(ctx, db, change->ads, name, &id));
+    TRY(require_primary_group(ctx, db, change->ads, name, &id));
     change->set.add("group_id=%d", id);
     return 0;
 }
@@ -143,8 +142,8 @@ uint32_t set_access(CallContext *ctx, sqlite3 *db, Change *change)
 {
     const User *given = change->given;
     const char *shell = nullptr;
-    if (login_shell(ctx, db, change->id, given->ShellAccess, &shell))
-        return REPORT(ctx, 5, "Failed DB Query for ssh_public_key. %s", kLookUpFailed);
+    TRY(find_login_shell(ctx, db, change->id, given->ShellAccess, shell)
+            .or_report(ctx, "Failed DB Query for ssh_public_key. %s"));
     change->set.add("is_locked=%d", given->IsLocked);
     change->set.add("shell='%q'", shell);
     change->set.add("shell_access=%d", given->ShellAccess);
@@ -153,33 +152,28 @@ uint32_t set_access(CallContext *ctx, sqlite3 *db, Change *change)
 
 uint32_t update_user(CallContext *ctx, sqlite3 *db, const Change *change)
 {
-    // An assignment that does not fit is left out of the list: rather nothing than half of a change.
+    // An assignment that did not fit was left out, and half a change is worse than none.
     if (change->set.dropped) return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user'. %s", "Too long.");
-    auto bad =
-        execute(ctx, db, "UPDATE `$user` SET %s WHERE id=%d", static_cast<const char *>(change->set.text), change->id);
-    if (bad.rc == kConstraint) return REPORT(ctx, 801, "Specified uname already exists'. %s", bad.text);
-    if (bad) return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user'. %s", bad.text);
-    return 0;
+    const Failure bad = execute(ctx, db, "UPDATE `$user` SET %s WHERE id=%d", +change->set.text, change->id);
+    if (bad.rc == kConstraint) return bad.or_report(ctx, 801, "Specified uname already exists'. %s");
+    return bad.or_report(ctx, "Failed DB Query for 'UPDATE user'. %s");
 }
 
 uint32_t write_quota(CallContext *ctx, sqlite3 *db, int32_t user_id, const Quota *quota)
 {
     const int32_t limit = limit_of(quota);
-    if (limit == 0) {
-        if (auto bad = execute(ctx, db,
-                               "DELETE FROM user_quota WHERE user_id=%d AND share_id=(SELECT S.id FROM share S WHERE "
-                               "S.zfs_name=%Q)",
-                               user_id, quota->ShareId))
-            return REPORT(ctx, 5, "Failed DB Query for 'DELETE user_quota. %s", bad.text);
-        return 0;
-    }
-    if (auto bad = execute(ctx, db,
-                           "INSERT OR REPLACE INTO user_quota (user_id,share_id,mb_soft,mb_hard) VALUES(%d,(SELECT "
-                           "S.id FROM share S WHERE zfs_name=%Q),%d*(SELECT diskquota_warn FROM account_default LIMIT "
-                           "1)/100,%d)",
-                           user_id, quota->ShareId, limit, limit))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user_quota. %s", bad.text);
-    return 0;
+    if (limit == 0)
+        return execute(ctx, db,
+                       "DELETE FROM user_quota WHERE user_id=%d AND share_id=(SELECT S.id FROM share S WHERE "
+                       "S.zfs_name=%Q)",
+                       user_id, quota->ShareId)
+            .or_report(ctx, "Failed DB Query for 'DELETE user_quota. %s");
+    return execute(ctx, db,
+                   "INSERT OR REPLACE INTO user_quota (user_id,share_id,mb_soft,mb_hard) VALUES(%d,(SELECT "
+                   "S.id FROM share S WHERE zfs_name=%Q),%d*(SELECT diskquota_warn FROM account_default LIMIT "
+                   "1)/100,%d)",
+                   user_id, quota->ShareId, limit, limit)
+        .or_report(ctx, "Failed DB Query for 'UPDATE user_quota. %s");
 }
 
 uint32_t write_quotas(CallContext *ctx, sqlite3 *db, const Change *change)
@@ -189,29 +183,27 @@ uint32_t write_quotas(CallContext *ctx, sqlite3 *db, const Change *change)
     return 0;
 }
 
-/// The folder's name stays: it has an operation of its own. The record only shows or hides it.
+/// The record shows or hides the snapshot folder. Its name stays: another operation changes that.
 uint32_t write_home_folder(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     const UserHomeFolderSettings *given = change->given->HomeFolderSettings;
     if (!given) return 0;
     const char *folder = nullptr;
-    if (auto bad = select_text(ctx, db, folder, "SELECT H.visible_snapdir FROM `$home_folder` H WHERE H.user_id=%d",
-                               change->id))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT visible_snapdir'. %s", bad.text);
-    if (auto bad = execute(ctx, db,
-                           "INSERT OR REPLACE INTO `$home_folder` "
-                           "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
-                           "(%d,%d,%lu,%Q,%d)",
-                           change->id, given->SnapshotProtectionEnabled, given->SizeLimit,
-                           given->VisibleSnapshot ? or_empty(folder) : "", given->PrevVersions))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE $home_folder'. %s", bad.text);
-    return 0;
+    TRY(select_text(ctx, db, folder, "SELECT H.visible_snapdir FROM `$home_folder` H WHERE H.user_id=%d", change->id)
+            .or_report(ctx, "Failed DB Query for 'SELECT visible_snapdir'. %s"));
+    return execute(ctx, db,
+                   "INSERT OR REPLACE INTO `$home_folder` "
+                   "(user_id,snapshot_protection_enabled,quota,visible_snapdir,prev_versions) VALUES "
+                   "(%d,%d,%lu,%Q,%d)",
+                   change->id, given->SnapshotProtectionEnabled, given->SizeLimit,
+                   given->VisibleSnapshot ? or_empty(folder) : "", given->PrevVersions)
+        .or_report(ctx, "Failed DB Query for 'UPDATE $home_folder'. %s");
 }
 
 uint32_t refuse_allowance(CallContext *ctx, sqlite3 *db, const Change *change)
 {
-    if (auto bad = execute(ctx, db, "DELETE FROM '$timemachine_quota' WHERE user_id=%d", change->id))
-        return REPORT(ctx, 5, "Failed DB Query for 'DELETE user from $timemachine_quota. %s", bad.text);
+    TRY(execute(ctx, db, "DELETE FROM '$timemachine_quota' WHERE user_id=%d", change->id)
+            .or_report(ctx, "Failed DB Query for 'DELETE user from $timemachine_quota. %s"));
     return too_many_allowances(ctx, change->name);
 }
 
@@ -219,21 +211,21 @@ uint32_t write_allowance(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     const UserTimeMachineQuota *given = change->given->TimeMachineQuota;
     if (!given) return 0;
-    if (auto bad = execute(ctx, db,
-                           "INSERT OR REPLACE INTO `$timemachine_quota` (user_id,enabled,capacity_mb) VALUES "
-                           "(%d,%d,%d)",
-                           change->id, given->Enabled, given->CapacityMB))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE $timemachine_quota'. %s", bad.text);
-    if (auto bad = execute(ctx, db, "DELETE FROM '$timemachine_quota' WHERE enabled=0"))
-        return REPORT(ctx, 5, "Failed DB Query for 'DELETE user from $timemachine_quota. %s", bad.text);
+    TRY(execute(ctx, db,
+                "INSERT OR REPLACE INTO `$timemachine_quota` (user_id,enabled,capacity_mb) VALUES "
+                "(%d,%d,%d)",
+                change->id, given->Enabled, given->CapacityMB)
+            .or_report(ctx, "Failed DB Query for 'UPDATE $timemachine_quota'. %s"));
+    TRY(execute(ctx, db, "DELETE FROM '$timemachine_quota' WHERE enabled=0")
+            .or_report(ctx, "Failed DB Query for 'DELETE user from $timemachine_quota. %s"));
     int32_t count = 0;
     TRY(count_allowances(ctx, db, &count));
     if (count > 0) TRY(switch_afp_on(ctx, db));
     return count > kMostTimeMachineUsers ? refuse_allowance(ctx, db, change) : 0;
 }
 
-/// What an alias does when its user changes: it goes when the user is none of the cloud service any more or
-/// the record takes it away, moves along with the name, and follows the record. No alias given keeps it.
+/// Keeps a user's alias in step. It is removed when the user leaves the cloud service or the record clears it, moves
+/// with the name, and takes the record's value. A record without an alias keeps the stored one.
 uint32_t write_alias(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     const User *given = change->given;
@@ -252,10 +244,9 @@ uint32_t write_alias(CallContext *ctx, sqlite3 *db, const Change *change)
 uint32_t move_snapshots(CallContext *ctx, sqlite3 *db, const Change *change)
 {
     if (!is_set(change->old_name) || !is_set(change->old_home)) return 0;
-    if (auto bad = execute(ctx, db, "UPDATE `$home_folder_snapshot` SET user_name=%Q,home_dir=%Q WHERE user_name=%Q",
-                           change->name, change->home, change->old_name))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE $home_folder_snapshot'. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `$home_folder_snapshot` SET user_name=%Q,home_dir=%Q WHERE user_name=%Q",
+                   change->name, change->home, change->old_name)
+        .or_report(ctx, "Failed DB Query for 'UPDATE $home_folder_snapshot'. %s");
 }
 
 uint32_t modify_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, User *user)
@@ -296,17 +287,16 @@ uint32_t x_qbobj_setPrimaryGroupByName(CallContext *ctx, sqlite3 *db, const char
     TRY(read_ads_mode(ctx, db, &ads));
     const char *negation = ads ? "NOT " : "";
     // An unknown group leaves the user without one.
-    if (auto bad = execute(ctx, db,
-                           "UPDATE `$user` SET group_id=(SELECT G.id FROM `$group` G WHERE G.gname=%Q AND G.rid IS %s "
-                           "NULL) WHERE uname=%Q AND rid IS %sNULL",
-                           groupName, negation, userName, negation))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user'. %s", bad.text);
-    return 0;
+    return execute(ctx, db,
+                   "UPDATE `$user` SET group_id=(SELECT G.id FROM `$group` G WHERE G.gname=%Q AND G.rid IS %s "
+                   "NULL) WHERE uname=%Q AND rid IS %sNULL",
+                   groupName, negation, userName, negation)
+        .or_report(ctx, "Failed DB Query for 'UPDATE user'. %s");
 }
 
 uint32_t x_qbobj_disableEnableLocalUserByName(CallContext *ctx, sqlite3 *db, int32_t enable, const char *userName)
 {
-    // A locked hash begins with "!": no password matches it, and nothing of it is lost.
+    // "!" before the hash locks it: no password matches, and removing it restores the hash.
     const int32_t all = userName ? 0 : 1;
     const Failure bad =
         enable ? execute(ctx, db,
@@ -317,16 +307,13 @@ uint32_t x_qbobj_disableEnableLocalUserByName(CallContext *ctx, sqlite3 *db, int
                          "UPDATE `$user` SET passwd='!'||passwd WHERE (%d OR uname=%Q) AND is_privileged=0 AND rid IS "
                          "NULL AND group_id<>98 AND substr(passwd,1,1)='$' AND substr(passwd,3,1)='$'",
                          all, userName);
-    if (bad) return REPORT(ctx, 5, "Failed DB Query for 'UPDATE user'. %s", bad.text);
-    return 0;
+    return bad.or_report(ctx, "Failed DB Query for 'UPDATE user'. %s");
 }
 
 uint32_t x_qbobj_modifyUserVisibleSnapFolder(CallContext *ctx, sqlite3 *db, int32_t userId, const char *folder)
 {
-    if (auto bad =
-            execute(ctx, db, "UPDATE `$home_folder` SET visible_snapdir=%Q WHERE user_id=%d", or_empty(folder), userId))
-        return REPORT(ctx, 5, "Failed DB Query for 'UPDATE `$home_folder`'. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `$home_folder` SET visible_snapdir=%Q WHERE user_id=%d", folder, userId)
+        .or_report(ctx, "Failed DB Query for 'UPDATE `$home_folder`'. %s");
 }
 
 }  // namespace qb

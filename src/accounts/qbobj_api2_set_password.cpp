@@ -1,9 +1,9 @@
 // Setting passwords: the administrator's (and root's), another user's, the caller's own.
 #include "accounts/accounts.h"
-#include "accounts/passwords.h"
+#include "accounts/login_shell.h"
+#include "accounts/workers.h"
 #include "frame/pool.h"
-#include "frame/query.h"
-#include "legacy/password.h"
+#include "validate/password.h"
 #include "validate/validate_db.h"
 
 namespace qb {
@@ -12,14 +12,14 @@ namespace {
 uint32_t set_recovery(CallContext *ctx, sqlite3 *db, const AdminPassword *admin)
 {
     if (admin->Method) {
-        if (auto bad = execute(ctx, db, "UPDATE passwordrecovery SET method=%Q", admin->Method))
-            return REPORT(ctx, 5, "Failed DB Query for passwordrecovery update. %s", bad.text);
+        TRY(execute(ctx, db, "UPDATE passwordrecovery SET method=%Q", admin->Method)
+                .or_report(ctx, "Failed DB Query for passwordrecovery update. %s"));
     }
     // A question is of no use without its answer and an address, so the three change together.
     if (admin->Question && admin->Answer && admin->Email) {
-        if (auto bad = execute(ctx, db, "UPDATE passwordrecovery SET email=%Q, question=%Q, answer=%Q", admin->Email,
-                               admin->Question, admin->Answer))
-            return REPORT(ctx, 5, "Failed DB Query for passwordrecovery update. %s", bad.text);
+        TRY(execute(ctx, db, "UPDATE passwordrecovery SET email=%Q, question=%Q, answer=%Q", admin->Email,
+                    admin->Question, admin->Answer)
+                .or_report(ctx, "Failed DB Query for passwordrecovery update. %s"));
     }
     return 0;
 }
@@ -29,11 +29,10 @@ uint32_t set_admin_hash(CallContext *ctx, sqlite3 *db, const char *password)
 {
     const char *hash = nullptr;
     if (check_password(ctx, password, &hash)) return REPORT(ctx, 8, "Invalid Password.");
-    if (auto bad = execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE uname='admin'", hash))
-        return REPORT(ctx, 5, "Failed DB Query for user update. %s", bad.text);
-    if (auto bad = execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE uname='root'", hash))
-        return REPORT(ctx, 5, "Failed DB Query for user update. %s", bad.text);
-    return 0;
+    TRY(execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE uname='admin'", hash)
+            .or_report(ctx, "Failed DB Query for user update. %s"));
+    return execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE uname='root'", hash)
+        .or_report(ctx, "Failed DB Query for user update. %s");
 }
 
 }  // namespace
@@ -41,12 +40,11 @@ uint32_t set_admin_hash(CallContext *ctx, sqlite3 *db, const char *password)
 uint32_t x_qbobj_setAdminPassword(CallContext *ctx, sqlite3 *db, AdminPassword *admin)
 {
     QB_ASSERT(admin);
-    if (auto bad = execute(ctx, db, "UPDATE passwordrecovery SET enabled=%d", admin->Enabled))
-        return REPORT(ctx, 5, "Failed DB Query for set password enabled. %s", bad.text);
-    if (auto bad = execute(ctx, db, "UPDATE `$user` SET shell_access=%d WHERE id=98", admin->ShellAccess))
-        return REPORT(ctx, 5, "Failed DB Query for set admin's shell access. %s", bad.text);
-    if (refresh_shell(ctx, db, kAdminId))
-        return REPORT(ctx, 5, "Failed DB Query for set admin's shell. %s", "The login shell was not refreshed.");
+    TRY(execute(ctx, db, "UPDATE passwordrecovery SET enabled=%d", admin->Enabled)
+            .or_report(ctx, "Failed DB Query for set password enabled. %s"));
+    TRY(execute(ctx, db, "UPDATE `$user` SET shell_access=%d WHERE id=98", admin->ShellAccess)
+            .or_report(ctx, "Failed DB Query for set admin's shell access. %s"));
+    TRY(refresh_shell(ctx, db, kAdminId).or_report(ctx, "Failed DB Query for set admin's shell. %s"));
     TRY(set_recovery(ctx, db, admin));
     return is_set(admin->Password) ? set_admin_hash(ctx, db, admin->Password) : 0;
 }
@@ -57,9 +55,8 @@ uint32_t x_qbobj_setUserPassword(CallContext *ctx, sqlite3 *db, UserPassword *pw
     const char *hash = nullptr;
     if (check_password(ctx, pw->Password, &hash))
         return REPORT(ctx, 8, "Invalid Password. %s.", pw->Password ? "It cannot be hashed" : "There is none");
-    if (auto bad = execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE id=%d", hash, pw->UserId))
-        return REPORT(ctx, 5, "Failed DB Query for user table update. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE id=%d", hash, pw->UserId)
+        .or_report(ctx, "Failed DB Query for user table update. %s");
 }
 
 uint32_t x_qbobj_setMyPassword(CallContext *ctx, sqlite3 *db, MyPassword *pw)
@@ -69,17 +66,16 @@ uint32_t x_qbobj_setMyPassword(CallContext *ctx, sqlite3 *db, MyPassword *pw)
         return REPORT(ctx, 8, "My password cannot be empty.");
     const char *hash = nullptr;
     if (check_password(ctx, pw->NewPassword, &hash)) return REPORT(ctx, 8, "Invalid NewPassword.");
+    bool known = false;
     int32_t id = 0;
-    const int32_t known = check_name_id(ctx, db, NameCheck::local_user, pw->UserName, &id);
-    if (known == kCheckFailed) return REPORT(ctx, 5, "SQL Query fail. %s", kLookUpFailed);
-    if (known != kFound) return REPORT(ctx, 8, "Invalid UserName.");
+    TRY(find_name(ctx, db, NameCheck::local_user, pw->UserName, known, id).or_report(ctx, "SQL Query fail. %s"));
+    if (!known) return REPORT(ctx, 8, "Invalid UserName.");
     const char *stored = nullptr;
-    if (auto bad = select_text(ctx, db, stored, "SELECT U.passwd FROM `$user` U WHERE id=%d", id))
-        return REPORT(ctx, 5, "SQL Query fail. %s", bad.text);
+    TRY(select_text(ctx, db, stored, "SELECT U.passwd FROM `$user` U WHERE id=%d", id)
+            .or_report(ctx, "SQL Query fail. %s"));
     if (!verify_password(ctx, pw->OldPassword, stored)) return REPORT(ctx, 8, "Bad Credential.");
-    if (auto bad = execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE id=%d", hash, id))
-        return REPORT(ctx, 5, "Failed DB Query for user update. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `$user` SET passwd=%Q WHERE id=%d", hash, id)
+        .or_report(ctx, "Failed DB Query for user update. %s");
 }
 
 }  // namespace qb

@@ -1,10 +1,9 @@
 // Writing the directory settings.
 #include <cstring>
 
-#include "accounts/passwords.h"
-#include "accounts/report_line.h"
+#include "accounts/workers.h"
 #include "frame/pool.h"
-#include "frame/query.h"
+#include "frame/report_line.h"
 #include "frame/set_list.h"
 #include "validate/validate.h"
 
@@ -13,7 +12,7 @@ namespace {
 
 uint32_t check_security(CallContext *ctx, const Security *security)
 {
-    // Exactly these: "ADS" would be stored as it is and not be taken for the directory mode afterwards.
+    // In this case only: "ADS" would be stored as it is, and then not count as directory mode.
     if (check_one_of(security->Security, Case::exact, {"user", "ads"})) return REPORT(ctx, 8, "Security is not valid");
     if (check_short_name(security->workGroup)) return REPORT(ctx, 819, "Bad workgroup");
     if (strcmp(security->Security, "ads") != 0) return 0;
@@ -43,18 +42,16 @@ uint32_t x_qbobj_setSecurity(CallContext *ctx, sqlite3 *db, Security *security)
     set.add("idmap_backend=%Q", security->idmapBackend);
     // Half of a directory's settings would be worse than the old ones.
     if (set.dropped) return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", "the settings are too long");
-    if (auto bad = execute(ctx, db, "UPDATE service_cifs SET %s", static_cast<const char *>(set.text)))
-        return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE service_cifs SET %s", +set.text)
+        .or_report(ctx, "Failed DB Query 'UPDATE service_cifs'. (%s)");
 }
 
 uint32_t x_qbobj_setSecurityIdmapBackend(CallContext *ctx, sqlite3 *db, const char *backend)
 {
     if (check_one_of(backend, Case::exact, {"tdb", "rid"}))
         return REPORT_LINE(ctx, 8, "Invalid idmap_backend %s", backend);
-    if (auto bad = execute(ctx, db, "UPDATE service_cifs SET idmap_backend=%Q", backend))
-        return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE service_cifs SET idmap_backend=%Q", backend)
+        .or_report(ctx, "Failed DB Query 'UPDATE service_cifs'. (%s)");
 }
 
 }  // namespace qb

@@ -1,17 +1,16 @@
 // Changing the title and the use of an SSH public key.
 #include "accounts/accounts.h"
-#include "accounts/report_line.h"
 #include "accounts/ssh_keys.h"
+#include "accounts/workers.h"
 
 namespace qb {
 namespace {
 
 uint32_t update_key(CallContext *ctx, sqlite3 *db, int32_t id, const char *title, const char *serve_for)
 {
-    if (auto bad = execute(ctx, db, "UPDATE `%s` SET title = %Q, serve_for = %Q WHERE id = %d", kSshKeyTable, title,
-                           serve_for, id))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'UPDATE %s'. %s", kSshKeyTable, bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `%s` SET title = %Q, serve_for = %Q WHERE id = %d", kSshKeyTable, title, serve_for,
+                   id)
+        .or_report_line(ctx, "Failed DB Query for 'UPDATE %s'. %s", kSshKeyTable);
 }
 
 uint32_t update_root_key(CallContext *ctx, sqlite3 *db, const char *worker, const SshPublicKey *key)
@@ -29,7 +28,7 @@ uint32_t x_qbobj_setSshPublicKeyById(CallContext *ctx, sqlite3 *db, SshPublicKey
 {
     QB_ASSERT(key);
     TRACE(ctx, "%s: Updating a key. %s\n", __func__, one_line(ctx, key));
-    TRY(check_key_id(ctx, db, key->Id));
+    TRY(require_key(ctx, db, key->Id));
     TRY(update_key(ctx, db, key->Id, key->Title, key->ServeFor));
     if (key->UserId == kAdminId) TRY(update_root_key(ctx, db, __func__, key));
     return refresh_owner_shell(ctx, db, key->UserId);

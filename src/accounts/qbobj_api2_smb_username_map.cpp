@@ -1,13 +1,13 @@
 // The SMB user-name map: second names under which SMB clients reach local accounts.
-#include "accounts/report_line.h"
-#include "accounts/smb_username_map.h"
+#include "accounts/aliases.h"
+#include "accounts/workers.h"
 #include "frame/list.h"
-#include "frame/query.h"
+#include "frame/read_row.h"
 
 namespace qb {
 namespace {
 
-// Callers of the map take a missing argument for an invalid one, not for a programming error.
+// A missing argument is an error code here, not an assertion: callers of the map rely on that.
 uint32_t missing_argument(CallContext *ctx, const char *worker)
 {
     return REPORT_LINE(ctx, 8, "%s: Missing argument!", worker);
@@ -22,29 +22,19 @@ uint32_t check_map(CallContext *ctx, const char *worker, const SmbUserNameMap *m
     return 0;
 }
 
-Failure count_maps(CallContext *ctx, sqlite3 *db, const char *unix_name, const char *type, int32_t &count)
+uint32_t read_maps(CallContext *ctx, sqlite3 *db, SmbUserNameMap **head, Rows &rows)
 {
-    return select_int32(ctx, db, count, "SELECT COUNT(*) FROM `%s` WHERE unix_uname=%Q AND type=%Q",
-                        TABLE_SMB_USERNAME_MAP, unix_name, type);
-}
-
-/// Copies a cell, which may be NULL. False without memory.
-bool copy_cell(CallContext *ctx, const Rows &rows, int row, int column, const char **text)
-{
-    *text = rows.text(ctx, row, column);
-    return *text || !rows.cell(row, column);
-}
-
-uint32_t fill_maps(CallContext *ctx, const Rows &rows, SmbUserNameMap **head)
-{
-    List<SmbUserNameMap> list(head);
+    TRY(select(ctx, db, rows, "SELECT id, unix_uname, smb_uname, type FROM `%s`", TABLE_SMB_USERNAME_MAP)
+            .or_report_line(ctx, "Failed DB Query for 'SELECT FROM %s'. %s", TABLE_SMB_USERNAME_MAP));
+    SmbUserNameMap *read = nullptr;
+    List<SmbUserNameMap> list(&read);
     for (int i = 0; i < rows.count; i++) {
         SmbUserNameMap *map = list.append(ctx);
-        if (!map || !copy_cell(ctx, rows, i, 1, &map->UnixUserName) || !copy_cell(ctx, rows, i, 2, &map->SmbUserName) ||
-            !copy_cell(ctx, rows, i, 3, &map->Type))
-            return REPORT_LINE(ctx, 2, "Failed to allocate resource.");
-        map->resource_id = map->Id = rows.int32(i, 0);
+        if (!map) break;
+        read_row(ctx, rows, i, both(map->resource_id, map->Id), map->UnixUserName, map->SmbUserName, map->Type);
     }
+    if (ctx->short_of_memory) return REPORT_LINE(ctx, kNoMemory, "%s", kNoMemoryText);
+    List<SmbUserNameMap>(head).link(read);
     return 0;
 }
 
@@ -54,12 +44,9 @@ uint32_t x_qbobj_getSmbUserNameMapCollection(CallContext *ctx, sqlite3 *db, SmbU
 {
     if (!maps) return missing_argument(ctx, __func__);
     Rows rows;
-    if (auto bad = select(ctx, db, rows, "SELECT id, unix_uname, smb_uname, type FROM `%s`", TABLE_SMB_USERNAME_MAP))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'SELECT FROM %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    SmbUserNameMap *read = nullptr;
-    TRY(fill_maps(ctx, rows, &read));
-    if (read) List<SmbUserNameMap>(&maps->SmbUserNameMap).link(read);
-    return 0;
+    const uint32_t rc = read_maps(ctx, db, &maps->SmbUserNameMap, rows);
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
+    return rc;
 }
 
 int32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char *unixUserName, const char *type)
@@ -67,75 +54,42 @@ int32_t x_qbobj_getSmbUserNameMapCount(CallContext *ctx, sqlite3 *db, const char
     constexpr int32_t kNone = -1;
     if (!unixUserName || !qbdb_valid_smb_username_map_type(type)) return kNone;
     int32_t count = 0;
-    if (auto bad = count_maps(ctx, db, unixUserName, type, count)) {
-        LOG_FAILURE(ctx, "Failed DB Query for 'SELECT FROM %s'. %s\n", TABLE_SMB_USERNAME_MAP, bad.text);
-        return kNone;
-    }
-    return count;
+    return count_maps(ctx, db, unixUserName, type, count)
+                   .logged(ctx, "Failed DB Query for 'SELECT FROM %s'. %s\n", TABLE_SMB_USERNAME_MAP)
+               ? kNone
+               : count;
 }
 
 uint32_t x_qbobj_addSmbUserNameMap(CallContext *ctx, sqlite3 *db, SmbUserNameMap *map)
 {
     TRY(check_map(ctx, __func__, map));
-    if (auto bad = execute(ctx, db, "INSERT INTO `%s` (unix_uname, smb_uname, type) VALUES(%Q, %Q, %Q)",
-                           TABLE_SMB_USERNAME_MAP, map->UnixUserName, map->SmbUserName, map->Type))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'INSERT %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    return 0;
+    return execute(ctx, db, "INSERT INTO `%s` (unix_uname, smb_uname, type) VALUES(%Q, %Q, %Q)", TABLE_SMB_USERNAME_MAP,
+                   map->UnixUserName, map->SmbUserName, map->Type)
+        .or_report_line(ctx, "Failed DB Query for 'INSERT %s'. %s", TABLE_SMB_USERNAME_MAP);
 }
 
 uint32_t x_qbobj_deleteSmbUserNameMap(CallContext *ctx, sqlite3 *db, const char *unixUserName)
 {
     if (!unixUserName) return missing_argument(ctx, __func__);
-    if (auto bad = execute(ctx, db, "DELETE FROM `%s` WHERE unix_uname = %Q", TABLE_SMB_USERNAME_MAP, unixUserName))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'DELETE %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    return 0;
+    return execute(ctx, db, "DELETE FROM `%s` WHERE unix_uname = %Q", TABLE_SMB_USERNAME_MAP, unixUserName)
+        .or_report_line(ctx, "Failed DB Query for 'DELETE %s'. %s", TABLE_SMB_USERNAME_MAP);
 }
 
 uint32_t x_qbobj_setSmbUserNameMapUnixUserNameForAll(CallContext *ctx, sqlite3 *db, const char *oldUnixName,
                                                      const char *newUnixName)
 {
     if (!oldUnixName || !newUnixName) return missing_argument(ctx, __func__);
-    if (auto bad = execute(ctx, db, "UPDATE `%s` SET unix_uname=%Q WHERE unix_uname=%Q", TABLE_SMB_USERNAME_MAP,
-                           newUnixName, oldUnixName))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'UPDATE %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE `%s` SET unix_uname=%Q WHERE unix_uname=%Q", TABLE_SMB_USERNAME_MAP, newUnixName,
+                   oldUnixName)
+        .or_report_line(ctx, "Failed DB Query for 'UPDATE %s'. %s", TABLE_SMB_USERNAME_MAP);
 }
 
 uint32_t x_qbobj_setSmbUserNameMapSmbUserName(CallContext *ctx, sqlite3 *db, SmbUserNameMap *map)
 {
     TRY(check_map(ctx, __func__, map));
-    if (auto bad = execute(ctx, db, "UPDATE `%s` SET smb_uname=%Q WHERE unix_uname=%Q AND type=%Q",
-                           TABLE_SMB_USERNAME_MAP, map->SmbUserName, map->UnixUserName, map->Type))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'UPDATE %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    return 0;
-}
-
-namespace {
-
-SmbUserNameMap alias_map(const char *user_name, const char *alias)
-{
-    SmbUserNameMap map{};
-    map.UnixUserName = user_name;
-    map.SmbUserName = alias;
-    map.Type = TABLE_SMB_USERNAME_MAP_TYPE_UNAME;
-    return map;
-}
-
-}  // namespace
-
-uint32_t add_alias(CallContext *ctx, sqlite3 *db, const char *user_name, const char *alias)
-{
-    SmbUserNameMap map = alias_map(user_name, alias);
-    return x_qbobj_addSmbUserNameMap(ctx, db, &map);
-}
-
-uint32_t set_alias(CallContext *ctx, sqlite3 *db, const char *user_name, const char *alias)
-{
-    SmbUserNameMap map = alias_map(user_name, alias);
-    int32_t count = 0;
-    if (auto bad = count_maps(ctx, db, user_name, map.Type, count))
-        return REPORT_LINE(ctx, 5, "Failed DB Query for 'SELECT FROM %s'. %s", TABLE_SMB_USERNAME_MAP, bad.text);
-    return count > 0 ? x_qbobj_setSmbUserNameMapSmbUserName(ctx, db, &map) : x_qbobj_addSmbUserNameMap(ctx, db, &map);
+    return execute(ctx, db, "UPDATE `%s` SET smb_uname=%Q WHERE unix_uname=%Q AND type=%Q", TABLE_SMB_USERNAME_MAP,
+                   map->SmbUserName, map->UnixUserName, map->Type)
+        .or_report_line(ctx, "Failed DB Query for 'UPDATE %s'. %s", TABLE_SMB_USERNAME_MAP);
 }
 
 }  // namespace qb

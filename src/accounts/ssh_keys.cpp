@@ -1,9 +1,9 @@
-// What the workers of SSH public keys share.
 #include "accounts/ssh_keys.h"
 
-#include "accounts/accounts.h"
-#include "accounts/report_line.h"
+#include "accounts/login_shell.h"
+#include "accounts/workers.h"
 #include "frame/pool.h"
+#include "frame/read_row.h"
 
 namespace qb {
 
@@ -21,30 +21,23 @@ const char *one_line(CallContext *ctx, const SshPublicKey *key)
 uint32_t read_ssh_key(CallContext *ctx, const Rows &rows, int row, SshPublicKey *key)
 {
     SshPublicKey read = *key;
-    read.Id = rows.int32(row, 0);
-    read.resource_id = read.Id;
-    read.UserId = rows.int32(row, 1);
-    read.ServeFor = rows.text(ctx, row, 2);
-    read.Type = rows.text(ctx, row, 3);
-    read.Key = rows.text(ctx, row, 4);
-    read.Comment = rows.text(ctx, row, 5);
-    read.Fingerprint = rows.text(ctx, row, 6);
-    read.Title = rows.text(ctx, row, 7);
+    read_row(ctx, rows, row, both(read.resource_id, read.Id), read.UserId, read.ServeFor, read.Type, read.Key,
+             read.Comment, read.Fingerprint, read.Title);
     TRY_MEMORY(ctx);
     *key = read;
     return 0;
 }
 
-uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id)
+uint32_t key_lookup_failed(CallContext *ctx, sqlite3 *db)
 {
-    const int found = qbdb_find_ssh_public_key_id(ctx->qbdb, db, id);
-    if (found < 0) return key_lookup_failed(ctx);
-    return found ? 0 : REPORT(ctx, 838, "Key id %d does not exist", id);
+    return noted(ctx, failure_on(db)).or_report(ctx, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable);
 }
 
-uint32_t key_lookup_failed(CallContext *ctx)
+uint32_t require_key(CallContext *ctx, sqlite3 *db, int32_t id)
 {
-    return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", kSshKeyTable, kLookUpFailed);
+    const int found = qbdb_find_ssh_public_key_id(ctx->qbdb, db, id);
+    if (found < 0) return key_lookup_failed(ctx, db);
+    return found ? 0 : REPORT(ctx, 838, "Key id %d does not exist", id);
 }
 
 uint32_t make_root_title(CallContext *ctx, const char *worker, const char *title, const char **root_title)
@@ -62,8 +55,7 @@ uint32_t find_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id, SshPublicK
 
 uint32_t refresh_owner_shell(CallContext *ctx, sqlite3 *db, int32_t user_id)
 {
-    if (refresh_shell(ctx, db, user_id)) return REPORT_LINE(ctx, 5, "Failed to update user shell. uid: %d", user_id);
-    return 0;
+    return refresh_shell(ctx, db, user_id).or_report_line(ctx, "Failed to update user shell. uid: %d", user_id);
 }
 
 }  // namespace qb

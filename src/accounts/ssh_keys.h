@@ -1,4 +1,4 @@
-// SSH public keys: workers, and what they share.
+// What the workers of SSH public keys share.
 #pragma once
 
 #include "frame/query.h"
@@ -9,20 +9,20 @@ namespace qb {
 inline constexpr const char *kSshKeyTable = "ssh_public_key";
 /// Owner of the twins of the administrator's keys.
 inline constexpr int32_t kRootId = 0;
-/// How many keys are stored, twins included; the last one may bring its twin along.
+/// No key is added when this many are stored, twins included. The last one may still bring its own twin.
 inline constexpr int32_t kMostSshKeys = 256;
 
 /// A key on one line, for the log.
 const char *one_line(CallContext *ctx, const SshPublicKey *key);
 
-/// Fills the fields of a record from a row; without memory the record stays as it was.
+/// Reads a row into a record; without memory the record stays as it was.
 uint32_t read_ssh_key(CallContext *ctx, const Rows &rows, int row, SshPublicKey *key);
 
 /// Reports a look-up that could not read the keys.
-uint32_t key_lookup_failed(CallContext *ctx);
+uint32_t key_lookup_failed(CallContext *ctx, sqlite3 *db);
 
-/// Whether there is a key of this id.
-uint32_t check_key_id(CallContext *ctx, sqlite3 *db, int32_t id);
+/// Checks that there is a key of this id.
+uint32_t require_key(CallContext *ctx, sqlite3 *db, int32_t id);
 
 /// Title of root's twin of a key.
 uint32_t make_root_title(CallContext *ctx, const char *worker, const char *title, const char **root_title);
@@ -32,12 +32,5 @@ uint32_t find_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id, SshPublicK
 
 /// Writes the login shell of a key's owner anew, because it depends on the keys.
 uint32_t refresh_owner_shell(CallContext *ctx, sqlite3 *db, int32_t user_id);
-
-uint32_t x_qbobj_addSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
-uint32_t x_qbobj_deleteSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
-uint32_t x_qbobj_setSshPublicKeyById(CallContext *ctx, sqlite3 *db, SshPublicKey *key);
-uint32_t x_qbobj_getSshPublicKeyById(CallContext *ctx, sqlite3 *db, int32_t id, SshPublicKey *key);
-uint32_t x_qbobj_getSshPublicKeyTiedRootKeyById(CallContext *ctx, sqlite3 *db, int32_t id, SshPublicKey *key);
-uint32_t x_qbobj_getSshPublicKeyCollection(CallContext *ctx, sqlite3 *db, SshPublicKeyCollection *keys);
 
 }  // namespace qb

@@ -1,14 +1,8 @@
 // The exported operations: each runs its worker in the frame, and nothing else stands here.
-#include "accounts/groups.h"
-#include "accounts/passwords.h"
-#include "accounts/smb_username_map.h"
-#include "accounts/ssh_keys.h"
-#include "accounts/user_changes.h"
-#include "accounts/users.h"
+#include "accounts/workers.h"
 #include "api/framed.h"
 #include "qbobj.h"
-#include "system/log.h"
-#include "system/network.h"
+#include "system/workers.h"
 
 using namespace qb;
 using api::framed;

@@ -7,10 +7,10 @@ namespace qb {
 
 inline constexpr QbobjOperation kSystemRows[] = {
     // ---- system log
-    QB_OPERATION(getLog, "system log", kReads, QBOBJ_RETURNS_CODE, "2 5",
+    QB_OPERATION(getLog, "system log", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Reads the entries that match a query, page by page, and counts the matching and all entries.",
                  in("query").or_null(), out("entries"), out("count"), out("total")),
-    QB_OPERATION(deleteLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "2 5",
+    QB_OPERATION(deleteLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Deletes the entries that match a query's times, least severity and categories.",
                  in("query").or_null()),
     QB_OPERATION(truncateLog, "system log", kChanges, QBOBJ_RETURNS_CODE, "5",

@@ -13,7 +13,7 @@
 #include <utility>
 
 #include "frame/format.h"
-#include "frame/report.h"
+#include "frame/report_line.h"
 
 namespace qb {
 
@@ -39,6 +39,15 @@ struct [[nodiscard]] Failure {
     [[nodiscard]] uint32_t or_report(CallContext *ctx, FailureText<Args...> words, Args... args) const
     {
         return or_report<Args...>(ctx, kStatementFailed, words, args...);
+    }
+
+    /// As or_report, for the operations that log the words as a line of their own.
+    template <class... Args>
+    [[nodiscard]] uint32_t or_report_line(CallContext *ctx, FailureText<Args...> words, Args... args) const
+    {
+        if (rc == 0) [[likely]]
+            return 0;
+        return report_line(ctx, kStatementFailed, words.file, words.line, words.text, args..., text);
     }
 
     /// Logs a failure that is not the caller's error, and tells whether there was one. The words as in or_report.
@@ -75,6 +84,14 @@ struct Rows {
     /// A copy of a cell in the call's pool; "" for NULL.
     const char *word(CallContext *ctx, int row, int column) const;
 };
+
+/// What a call of the support library failed for that hands no words back.
+inline Failure failure_on(sqlite3 *db)
+{
+    const int rc = sqlite3_errcode(db);
+    const bool told = rc != SQLITE_OK && rc != SQLITE_ROW && rc != SQLITE_DONE;
+    return told ? Failure{rc & 0xFF, sqlite3_errmsg(db)} : Failure{SQLITE_ERROR, "The look-up failed."};
+}
 
 /// Notes in the call that a statement failed for lack of memory.
 inline Failure noted(CallContext *ctx, Failure bad)

@@ -15,7 +15,19 @@ namespace qb {
 struct Empty {
     const char *&field;
 };
-constexpr Empty empty(const char *&field) { return {field}; }
+constexpr Empty empty(const char *&field)
+{
+    return {field};
+}
+
+/// A text as it stands in the result, for what is looked at and not kept: it goes with the result.
+struct Uncopied {
+    const char *&text;
+};
+constexpr Uncopied uncopied(const char *&text)
+{
+    return {text};
+}
 
 /// A column that the record does not take.
 struct Skip {};
@@ -58,6 +70,7 @@ struct RowCursor {
     void take(int64_t &field) { field = rows.int64(row, column++); }
     void take(uint64_t &field) { field = rows.uint64(row, column++); }
     void take(Empty text) { text.field = rows.word(ctx, row, column++); }
+    void take(Uncopied cell) { cell.text = rows.cell(row, column++); }
     void take(Skip) { column++; }
     template <class T>
     void take(Optional<T> number)

@@ -1,5 +1,5 @@
-// The frame of the older entry points. They differ from the operations: only their end is traced, with the
-// true duration, and a commit that fails is the caller's to know.
+// The frame of the older entry points. Unlike the operations, they trace only their end, with the true duration, and
+// return the code of a failed commit.
 #pragma once
 
 #include <time.h>

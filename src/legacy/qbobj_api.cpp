@@ -1,8 +1,7 @@
 // The older entry points: service settings, the registry, folder attributes.
 #include <cstring>
 
-#include "frame/pool.h"
-#include "frame/query.h"
+#include "frame/read_row.h"
 #include "legacy/entry.h"
 #include "qbobj/legacy.h"
 
@@ -11,14 +10,15 @@ namespace {
 
 // ---- Folder attributes
 
-uint32_t share_query_failed(CallContext *ctx, const Failure &bad)
+// Callers know both texts with the result code twice.
+uint32_t report_shares(CallContext *ctx, const Failure &bad)
 {
-    return REPORT(ctx, 5, "Failed DB Query for cifs share. sq3rc=%d:%d (%s)", bad.rc, bad.rc, bad.text);
+    return bad.or_report(ctx, "Failed DB Query for cifs share. sq3rc=%d:%d (%s)", bad.rc, bad.rc);
 }
 
-uint32_t user_query_failed(CallContext *ctx, const Failure &bad)
+uint32_t report_users(CallContext *ctx, const Failure &bad)
 {
-    return REPORT(ctx, 5, "Failed DB Query for user. sq3rc=%d:%d (%s)", bad.rc, bad.rc, bad.text);
+    return bad.or_report(ctx, "Failed DB Query for user. sq3rc=%d:%d (%s)", bad.rc, bad.rc);
 }
 
 uint32_t x_getFolderAttribute(CallContext *ctx, sqlite3 *db, const char *path, FolderAttribute *attr)
@@ -29,27 +29,25 @@ uint32_t x_getFolderAttribute(CallContext *ctx, sqlite3 *db, const char *path, F
         "LEFT JOIN dlna_share_option DLNA ON DLNA.share_id=S.id ";
     const char *shares = kShares;
     Rows rows;
-    if (auto bad = select(ctx, db, rows, "%sWHERE S.path=%Q", shares, path)) return share_query_failed(ctx, bad);
+    TRY(report_shares(ctx, select(ctx, db, rows, "%sWHERE S.path=%Q", shares, path)));
     if (rows.count) {
-        const char *comment = rows.word(ctx, 0, 2);
+        FolderAttribute read{};
+        read_row(ctx, rows, 0, read.ShareFlags, read.MediaType, empty(read.Comment));
         TRY_MEMORY(ctx);
-        *attr = {static_cast<uint32_t>(rows.int32(0, 0)), static_cast<uint32_t>(rows.int32(0, 1)), comment, 0, 0};
+        *attr = read;
         return 0;
     }
-    if (auto bad = select(ctx, db, rows, "%sWHERE %Q LIKE S.path||'/%%'", shares, path))
-        return share_query_failed(ctx, bad);
+    TRY(report_shares(ctx, select(ctx, db, rows, "%sWHERE %Q LIKE S.path||'/%%'", shares, path)));
     if (rows.count) {
         *attr = {0, 0, "", 0, 1};
         return 0;
     }
-    if (auto bad = select(ctx, db, rows, "SELECT 1 FROM `$user` U WHERE U.home=%Q", path))
-        return user_query_failed(ctx, bad);
+    TRY(report_users(ctx, select(ctx, db, rows, "SELECT 1 FROM `$user` U WHERE U.home=%Q", path)));
     if (rows.count) {
         *attr = {QBOBJ_FOLDER_SHARED, 0, "", 1, 0};
         return 0;
     }
-    if (auto bad = select(ctx, db, rows, "SELECT 1 FROM `$user` U WHERE %Q LIKE U.home||'/%%'", path))
-        return user_query_failed(ctx, bad);
+    TRY(report_users(ctx, select(ctx, db, rows, "SELECT 1 FROM `$user` U WHERE %Q LIKE U.home||'/%%'", path)));
     if (rows.count) *attr = {0, 0, "", 1, 1};
     return 0;
 }
@@ -59,8 +57,8 @@ uint32_t x_getFolderAttribute(CallContext *ctx, sqlite3 *db, const char *path, F
 uint32_t x_getServiceEntry(CallContext *ctx, sqlite3 *db, const char *key, const char **val)
 {
     const char *read = nullptr;
-    if (auto bad = select_text(ctx, db, read, "SELECT val FROM service_misc WHERE key=%Q", key))
-        return REPORT(ctx, 5, "Failed 'SELECT service_misc'. %s", bad.text);
+    TRY(select_text(ctx, db, read, "SELECT val FROM service_misc WHERE key=%Q", key)
+            .or_report(ctx, "Failed 'SELECT service_misc'. %s"));
     *val = read;
     return read ? 0 : REPORT(ctx, 6, "ServiceEntry='%s' not exist.", key);
 }
@@ -69,30 +67,28 @@ uint32_t x_getServiceEntry(CallContext *ctx, sqlite3 *db, const char *key, const
 uint32_t check_language(CallContext *ctx, sqlite3 *db, const char *language)
 {
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT 1 FROM service_misc WHERE key='LANGUAGES_SUPPORTED' AND (val='%s/utf-8' OR "
-                          "val LIKE '%s/utf-8,%%' OR val LIKE '%%,%s/utf-8' OR val LIKE '%%,%s/utf-8,%%')",
-                          language, language, language, language))
-        return REPORT(ctx, 5, "Failed 'SELECT service_misc'. %s", bad.text);
+    TRY(select(ctx, db, rows,
+               "SELECT 1 FROM service_misc WHERE key='LANGUAGES_SUPPORTED' AND (val='%s/utf-8' OR "
+               "val LIKE '%s/utf-8,%%' OR val LIKE '%%,%s/utf-8' OR val LIKE '%%,%s/utf-8,%%')",
+               language, language, language, language)
+            .or_report(ctx, "Failed 'SELECT service_misc'. %s"));
     if (rows.count == 0) return REPORT(ctx, 8, "Specified LANGUAGE=%s is not supported by system.", language);
     return 0;
 }
 
 uint32_t add_entry(CallContext *ctx, sqlite3 *db, const char *key, const char *val)
 {
-    if (auto bad = execute(ctx, db,
-                           "INSERT OR IGNORE INTO service_misc (key,val,table_name,column_name) "
-                           "VALUES(%Q,%Q,NULL,NULL)",
-                           key, val))
-        return REPORT(ctx, 5, "Failed 'INSERT service_misc'. %s", bad.text);
-    return 0;
+    return execute(ctx, db,
+                   "INSERT OR IGNORE INTO service_misc (key,val,table_name,column_name) "
+                   "VALUES(%Q,%Q,NULL,NULL)",
+                   key, val)
+        .or_report(ctx, "Failed 'INSERT service_misc'. %s");
 }
 
 uint32_t delete_entry(CallContext *ctx, sqlite3 *db, const char *key)
 {
-    if (auto bad = execute(ctx, db, "DELETE FROM service_misc WHERE key=%Q", key))
-        return REPORT(ctx, 5, "Failed 'DELETE service_misc'. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "DELETE FROM service_misc WHERE key=%Q", key)
+        .or_report(ctx, "Failed 'DELETE service_misc'. %s");
 }
 
 /// The column of a settings table that a setting is mirrored into.
@@ -104,31 +100,28 @@ struct Mirror {
 
 uint32_t change_entry(CallContext *ctx, sqlite3 *db, const char *key, const char *val, const Mirror &mirror)
 {
-    if (auto bad = execute(ctx, db, "UPDATE service_misc SET val=%Q WHERE key=%Q", val, key))
-        return REPORT(ctx, 5, "Failed 'INSERT service_misc'. %s", bad.text);  // callers know this text
+    TRY(execute(ctx, db, "UPDATE service_misc SET val=%Q WHERE key=%Q", val, key)
+            .or_report(ctx, "Failed 'INSERT service_misc'. %s"));  // callers know this text
     if (!mirror) return 0;
-    if (auto bad = execute(ctx, db, "UPDATE %s SET %s=%Q", mirror.table, mirror.column, val))
-        return REPORT(ctx, 5, "Failed 'UPDATE %s'. %s", mirror.table, bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE %s SET %s=%Q", mirror.table, mirror.column, val)
+        .or_report(ctx, "Failed 'UPDATE %s'. %s", mirror.table);
 }
 
 uint32_t empty_entry(CallContext *ctx, sqlite3 *db, const char *key, const Mirror &mirror)
 {
-    // What counts for the services is the mirror: whether the row itself was emptied is not looked at here. Only a
-    // call that was short of memory is taken back as a whole.
+    // Result ignored by design: services read the mirror. A call short of memory is still rolled back.
     (void)execute(ctx, db, "UPDATE service_misc SET val=NULL,table_name=NULL,column_name=NULL WHERE key=%Q", key);
     if (!mirror) return 0;
-    if (auto bad = execute(ctx, db, "UPDATE %s SET %s=NULL", mirror.table, mirror.column))
-        return REPORT(ctx, 5, "Failed 'UPDATE %s'. %s", mirror.table, bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE %s SET %s=NULL", mirror.table, mirror.column)
+        .or_report(ctx, "Failed 'UPDATE %s'. %s", mirror.table);
 }
 
 uint32_t x_setServiceEntry(CallContext *ctx, sqlite3 *db, const char *key, const char *val)
 {
     if (strcmp(key, "LANGUAGE") == 0) TRY(check_language(ctx, db, val));
     Rows rows;
-    if (auto bad = select(ctx, db, rows, "SELECT table_name,column_name FROM service_misc WHERE key=%Q", key))
-        return REPORT(ctx, 5, "Failed 'SELECT service_misc'. %s", bad.text);
+    TRY(select(ctx, db, rows, "SELECT table_name,column_name FROM service_misc WHERE key=%Q", key)
+            .or_report(ctx, "Failed 'SELECT service_misc'. %s"));
     if (rows.count == 0) return val ? add_entry(ctx, db, key, val) : delete_entry(ctx, db, key);
     const Mirror mirror{rows.cell(0, 0), rows.cell(0, 1)};
     return val ? change_entry(ctx, db, key, val, mirror) : empty_entry(ctx, db, key, mirror);
@@ -139,8 +132,8 @@ uint32_t x_setServiceEntry(CallContext *ctx, sqlite3 *db, const char *key, const
 uint32_t x_getRegistryEntry(CallContext *ctx, sqlite3 *db, const char *key, const char **val)
 {
     const char *read = nullptr;
-    if (auto bad = select_text(ctx, db, read, "SELECT value FROM `$registry` WHERE key=%Q", key))
-        return REPORT(ctx, 5, "Failed 'SELECT $registry'. %s", bad.text);
+    TRY(select_text(ctx, db, read, "SELECT value FROM `$registry` WHERE key=%Q", key)
+            .or_report(ctx, "Failed 'SELECT $registry'. %s"));
     *val = read;
     return read ? 0 : REPORT(ctx, 6, "RegistryEntry='%s' not exist.", key);
 }
@@ -148,15 +141,14 @@ uint32_t x_getRegistryEntry(CallContext *ctx, sqlite3 *db, const char *key, cons
 uint32_t x_setRegistryEntry(CallContext *ctx, sqlite3 *db, const char *key, const char *val)
 {
     if (!val) {
-        // No SQL, so the database refuses it: entries stay, and callers rely on being told so.
+        // Not valid SQL, so the database refuses it: an entry cannot be removed, and callers rely on that answer.
         auto bad = execute(ctx, db, "DELETE FROM `$registry` SET value=%Q WHERE key=%Q", val, key);
         return REPORT(ctx, 5, "Failed 'UPDATE $registry'. %s", bad.text);
     }
-    if (auto bad = execute(ctx, db, "INSERT OR IGNORE INTO `$registry` (value,key) VALUES(%Q,%Q)", val, key))
-        return REPORT(ctx, 5, "Failed 'INSERT $registry'. %s", bad.text);
-    if (auto bad = execute(ctx, db, "UPDATE `$registry` SET value=%Q WHERE key=%Q", val, key))
-        return REPORT(ctx, 5, "Failed 'UPDATE $registry'. %s", bad.text);
-    return 0;
+    TRY(execute(ctx, db, "INSERT OR IGNORE INTO `$registry` (value,key) VALUES(%Q,%Q)", val, key)
+            .or_report(ctx, "Failed 'INSERT $registry'. %s"));
+    return execute(ctx, db, "UPDATE `$registry` SET value=%Q WHERE key=%Q", val, key)
+        .or_report(ctx, "Failed 'UPDATE $registry'. %s");
 }
 
 }  // namespace

@@ -1,20 +1,19 @@
-// The space that a Time Machine sparse bundle takes: its bands are counted, not weighed, because each is
-// as large as the bundle's description says until it is the last.
+// The space that a Time Machine sparse bundle takes: the number of its bands times the band size that the bundle's
+// description gives.
 #include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 
+#include "frame/text_file.h"
 #include "qbobj/legacy.h"
 
 namespace {
 
 constexpr size_t kPathSize = 4096;
 constexpr size_t kLineSize = 4096;
+constexpr int kMostLines = 10000;  // a description has some dozens
 constexpr uint64_t kMegabyte = 1000000;
 
 struct CloseDirectory {
@@ -22,12 +21,7 @@ struct CloseDirectory {
 };
 using Directory = std::unique_ptr<DIR, CloseDirectory>;
 
-struct CloseFile {
-    void operator()(FILE *file) const { fclose(file); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
-
-/// A path that was put together; empty when it did not fit.
+/// Path of a file in a bundle; empty when it does not fit.
 struct Path {
     char text[kPathSize];
 
@@ -37,16 +31,6 @@ struct Path {
         if (size < 0 || static_cast<size_t>(size) >= sizeof text) text[0] = '\0';
     }
 };
-
-/// Opens a file for reading. The folder is the user's: a pipe that nobody writes to must not hold us up.
-File open_file(const char *path)
-{
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return nullptr;
-    File file(fdopen(descriptor, "r"));
-    if (!file) close(descriptor);
-    return file;
-}
 
 bool find_bundle(const char *folder, char (&name)[256])
 {
@@ -78,7 +62,7 @@ uint64_t read_band_size(FILE *description)
     constexpr size_t kNumberLength = sizeof kNumber - 1;
     char line[kLineSize];
     bool next = false;
-    while (fgets(line, sizeof line, description)) {
+    for (int i = 0; i < kMostLines && fgets(line, sizeof line, description); i++) {
         if (next && strncmp(line, kNumber, kNumberLength) == 0) return number_of(line + kNumberLength);
         next = strcmp(line, kKey) == 0;
     }
@@ -99,7 +83,8 @@ uint64_t get_tm_used_mb(const char *path)
 {
     char bundle[sizeof(dirent::d_name)];
     if (!path || !find_bundle(path, bundle)) return 0;
-    const File description = open_file(Path(path, bundle, "Info.plist").text);
+    // The folder is the user's, so this may be anything.
+    const qb::TextFile description = qb::open_text_file(Path(path, bundle, "Info.plist").text);
     if (!description) return 0;
     const uint64_t band_size = read_band_size(description.get());
     const Directory bands(opendir(Path(path, bundle, "bands").text));

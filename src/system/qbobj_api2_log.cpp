@@ -5,9 +5,10 @@
 #include <cstring>
 
 #include "frame/list.h"
-#include "frame/query.h"
+#include "frame/read_row.h"
 #include "frame/set_list.h"
-#include "system/log.h"
+#include "system/workers.h"
+#include "validate/validate.h"
 
 namespace qb {
 namespace {
@@ -59,26 +60,43 @@ constexpr Word kCategories[] = {
 
 enum class Purpose { reading, deleting };
 
-/// The conditions of a query, joined by AND. Each is cut at its part's size: an over-long list of the
-/// caller's then makes a statement that the database refuses, and never one that selects other rows.
+/// The conditions of a query, joined by AND.
 struct Filter {
+    CallContext *ctx;
     JoinedText<6 * kPartSize> conditions;
+    bool too_long = false;
 
-    explicit Filter(CallContext *ctx) : conditions(ctx, " AND ") {}
+    explicit Filter(CallContext *context) : ctx(context), conditions(context, " AND ") {}
     const char *where() const { return conditions.empty() ? "" : "WHERE "; }
 
     template <class... Args>
     void add(Sql<Args...> format, Args... args)
     {
-        char part[kPartSize];
-        sqlite3_snprintf(sizeof part, part, format.text, args...);
-        conditions.add("%s", static_cast<const char *>(part));
+        JoinedText<kPartSize> part(ctx, "");
+        if (part.add(format, args...)) conditions.add("%s", +part.text);
+        too_long = too_long || part.dropped;
+    }
+
+    /// A condition is never cut: it would select other entries.
+    Failure fits() const
+    {
+        return too_long ? Failure{SQLITE_TOOBIG, "A condition is longer than 255 bytes."} : Failure{};
     }
 };
 
-void build_filter(Filter *filter, const LogQuery *query, Purpose purpose)
+/// Adds a list of words that the caller has quoted. Any other text would become part of the statement.
+uint32_t add_list(Filter *filter, const char *field, Sql<const char *> condition, const char *list)
 {
-    if (!query) return;
+    if (!is_set(list)) return 0;
+    if (check_literal_list(list))
+        return REPORT(filter->ctx, 8, "Invalid %s (%s). Not a list of quoted words.", field, list);
+    filter->add(condition, list);
+    return 0;
+}
+
+uint32_t build_filter(Filter *filter, const LogQuery *query, Purpose purpose)
+{
+    if (!query) return 0;
     const int32_t from = query->timestamp_min;
     const int32_t to = query->timestamp_max;
     if (from && to) filter->add("%d<tstamp AND tstamp<%d", from, to);
@@ -87,9 +105,10 @@ void build_filter(Filter *filter, const LogQuery *query, Purpose purpose)
     if (query->severity)
         if (const Word *least = find(kLeastSeverities, query->severity)) filter->add("%s", least->condition);
     const bool reading = purpose == Purpose::reading;
-    if (reading && is_set(query->severity_in)) filter->add("severity IN (%s)", query->severity_in);
-    if (is_set(query->category_in)) filter->add("category IN (%s)", query->category_in);
+    if (reading) TRY(add_list(filter, "severity_in", "severity IN (%s)", query->severity_in));
+    TRY(add_list(filter, "category_in", "category IN (%s)", query->category_in));
     if (reading && is_set(query->msg_tag)) filter->add("msg_tag=%Q", query->msg_tag);
+    return 0;
 }
 
 void build_page(char (&page)[32], const LogQuery *query)
@@ -100,20 +119,45 @@ void build_page(char (&page)[32], const LogQuery *query)
     else sqlite3_snprintf(sizeof page, page, "LIMIT %d", query->limit);
 }
 
-uint32_t fill_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
+uint32_t append_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
 {
     List<LogEntry> list(head);
     for (int i = 0; i < rows.count; i++) {
         LogEntry *entry = list.append(ctx);
-        if (!entry) return REPORT(ctx, 2, "Failed to allocate object.");
-        entry->LogId = rows.int32(i, 0);
-        entry->TimeStamp = rows.int32(i, 1);
-        entry->Severity = rows.text(ctx, i, 2);
-        entry->Category = rows.text(ctx, i, 3);
-        entry->MessageTag = rows.text(ctx, i, 4);
-        entry->MessageArgsXml = rows.text(ctx, i, 5);
+        TRY_MEMORY(ctx, "Failed to allocate object.");
+        read_row(ctx, rows, i, entry->LogId, entry->TimeStamp, entry->Severity, entry->Category, entry->MessageTag,
+                 entry->MessageArgsXml);
     }
-    if (ctx->short_of_memory) return REPORT(ctx, 2, "Failed to allocate object.");
+    TRY_MEMORY(ctx, "Failed to allocate object.");
+    return 0;
+}
+
+uint32_t read_log(CallContext *ctx, sqlite3 *db, const LogQuery *query, LogEntry **entries, int32_t *count,
+                  int32_t *total, Rows &rows)
+{
+    Filter filter(ctx);
+    TRY(build_filter(&filter, query, Purpose::reading));
+    TRY(filter.fits().or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    char page[32];
+    build_page(page, query);
+
+    int32_t matching = 0;
+    TRY(select_int32(ctx, db, matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(), filter.conditions.text)
+            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    int32_t all = 0;
+    TRY(select_int32(ctx, db, all, "SELECT COUNT(*) FROM `$log` L")
+            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    TRY(select(ctx, db, rows,
+               "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
+               "ORDER BY L.id %s %s",
+               filter.where(), filter.conditions.text, query && query->order ? "DESC" : "ASC", +page)
+            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+
+    LogEntry *read = nullptr;
+    TRY(append_entries(ctx, rows, &read));
+    List<LogEntry>(entries).link(read);
+    *count = matching;
+    *total = all;
     return 0;
 }
 
@@ -125,54 +169,30 @@ uint32_t x_qbobj_getLog(CallContext *ctx, sqlite3 *db, LogQuery *query, LogEntry
     QB_ASSERT(entries);
     QB_ASSERT(count);
     QB_ASSERT(total);
-    Filter filter(ctx);
-    build_filter(&filter, query, Purpose::reading);
-    char page[32];
-    build_page(page, query);
-
-    int32_t matching = 0;
-    if (auto bad = select_int32(ctx, db, matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(),
-                                filter.conditions.text))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
-    int32_t all = 0;
-    if (auto bad = select_int32(ctx, db, all, "SELECT COUNT(*) FROM `$log` L"))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
     Rows rows;
-    if (auto bad = select(ctx, db, rows,
-                          "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
-                          "ORDER BY L.id %s %s",
-                          filter.where(), filter.conditions.text, query && query->order ? "DESC" : "ASC",
-                          static_cast<const char *>(page)))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT $log'. %s", bad.text);
-
-    LogEntry *read = nullptr;
-    TRY(fill_entries(ctx, rows, &read));
-    List<LogEntry>(entries).link(read);
-    *count = matching;
-    *total = all;
-    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, 0, rows.count);
-    return 0;
+    const uint32_t rc = read_log(ctx, db, query, entries, count, total, rows);
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
+    return rc;
 }
 
 uint32_t x_qbobj_deleteLog(CallContext *ctx, sqlite3 *db, LogQuery *query)
 {
     Filter filter(ctx);
-    build_filter(&filter, query, Purpose::deleting);
-    if (auto bad = execute(ctx, db, "DELETE FROM `$log` %s%s", filter.where(), filter.conditions.text))
-        return REPORT(ctx, 5, "Failed DB Query for 'DELETE $log'. %s", bad.text);
-    return 0;
+    TRY(build_filter(&filter, query, Purpose::deleting));
+    TRY(filter.fits().or_report(ctx, "Failed DB Query for 'DELETE $log'. %s"));
+    return execute(ctx, db, "DELETE FROM `$log` %s%s", filter.where(), filter.conditions.text)
+        .or_report(ctx, "Failed DB Query for 'DELETE $log'. %s");
 }
 
 uint32_t x_qbobj_truncateLog(CallContext *ctx, sqlite3 *db, int32_t keep)
 {
-    // The offset counts from 0, so the entry looked at is the one after the last to be kept; what shares
-    // its second stays, too.
-    if (auto bad = execute(ctx, db,
-                           "DELETE FROM `$log` WHERE tstamp < (SELECT tstamp FROM `$log` ORDER BY tstamp DESC LIMIT 1 "
-                           "OFFSET %d)",
-                           keep))
-        return REPORT(ctx, 5, "Failed DB Query for 'DELETE $log'. %s", bad.text);
-    return 0;
+    // OFFSET counts from 0, so this is the time of the first entry beyond those to keep. It stays with all of its
+    // second.
+    return execute(ctx, db,
+                   "DELETE FROM `$log` WHERE tstamp < (SELECT tstamp FROM `$log` ORDER BY tstamp DESC LIMIT 1 "
+                   "OFFSET %d)",
+                   keep)
+        .or_report(ctx, "Failed DB Query for 'DELETE $log'. %s");
 }
 
 uint32_t x_qbobj_addLog(CallContext *ctx, sqlite3 *db, int32_t time, const char *severity, const char *category,
@@ -186,11 +206,9 @@ uint32_t x_qbobj_addLog(CallContext *ctx, sqlite3 *db, int32_t time, const char 
     if (msgTag && strncmp(msgTag, kTagPrefix, sizeof kTagPrefix - 1) != 0)
         return REPORT(ctx, 8, "MessageTag (%s) should beging with 'LOGMSG_'", msgTag);
     if (time < 1) time = static_cast<int32_t>(::time(nullptr));
-    if (auto bad =
-            execute(ctx, db, "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
-                    time, level->word, kind->word, msgTag ? msgTag : "LOGMSG_UNKNOWN", argsXml))
-        return REPORT(ctx, 5, "Failed DB Query for 'INSERT INTO $log'. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
+                   time, level->word, kind->word, msgTag ? msgTag : "LOGMSG_UNKNOWN", argsXml)
+        .or_report(ctx, "Failed DB Query for 'INSERT INTO $log'. %s");
 }
 
 }  // namespace qb

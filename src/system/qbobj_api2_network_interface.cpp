@@ -1,8 +1,8 @@
 // Network interfaces: reading, adding, changing, deleting.
 #include "frame/list.h"
-#include "frame/query.h"
+#include "frame/read_row.h"
 #include "frame/set_list.h"
-#include "system/network.h"
+#include "system/workers.h"
 #include "validate/validate.h"
 
 namespace qb {
@@ -12,21 +12,25 @@ constexpr char kColumns[] = "SELECT N.name,N.mac,N.protocol,N.ip,N.dns1,N.dns2,N
 
 using Field = const char *NetworkInterface::*;
 
-/// The fields in the order of the columns.
-constexpr Field kFields[] = {
-    &NetworkInterface::Name, &NetworkInterface::Mac,  &NetworkInterface::Protocol, &NetworkInterface::IP,
-    &NetworkInterface::DNS1, &NetworkInterface::DNS2, &NetworkInterface::Gateway,  &NetworkInterface::Subnet,
-};
-
-uint32_t fill_interface(CallContext *ctx, const Rows &rows, int row, NetworkInterface *nif)
+void read_interface(CallContext *ctx, const Rows &rows, int row, NetworkInterface *nif)
 {
-    int column = 0;
-    for (const Field field : kFields) {
-        nif->*field = rows.text(ctx, row, column);
-        if (!(nif->*field) && rows.cell(row, column)) return REPORT(ctx, 2, "Failed to allocate resource.");
-        column++;
+    read_row(ctx, rows, row, both(nif->key, nif->Name), nif->Mac, nif->Protocol, nif->IP, nif->DNS1, nif->DNS2,
+             nif->Gateway, nif->Subnet);
+}
+
+uint32_t read_interfaces(CallContext *ctx, sqlite3 *db, NetworkInterface **head, Rows &rows)
+{
+    TRY(select(ctx, db, rows, "%s ORDER BY N.name COLLATE NOCASE", +kColumns)
+            .or_report(ctx, "Failed DB Query for 'SELECT FROM network_interface'. %s"));
+    NetworkInterface *read = nullptr;
+    List<NetworkInterface> list(&read);
+    for (int i = 0; i < rows.count; i++) {
+        NetworkInterface *nif = list.append(ctx);
+        TRY_MEMORY(ctx);
+        read_interface(ctx, rows, i, nif);
     }
-    nif->key = nif->Name;
+    TRY_MEMORY(ctx);
+    List<NetworkInterface>(head).link(read);
     return 0;
 }
 
@@ -83,17 +87,9 @@ uint32_t x_qbobj_getNetworkInterfaceCollection(CallContext *ctx, sqlite3 *db, Ne
 {
     QB_ASSERT(interfaces);
     Rows rows;
-    if (auto bad = select(ctx, db, rows, "%s ORDER BY N.name COLLATE NOCASE", +kColumns))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM network_interface'. %s", bad.text);
-    NetworkInterface *read = nullptr;
-    List<NetworkInterface> list(&read);
-    for (int i = 0; i < rows.count; i++) {
-        NetworkInterface *nif = list.append(ctx);
-        if (!nif) return REPORT(ctx, 2, "Failed to allocate resource.");
-        TRY(fill_interface(ctx, rows, i, nif));
-    }
-    List<NetworkInterface>(&interfaces->NetworkInterface).link(read);
-    return 0;
+    const uint32_t rc = read_interfaces(ctx, db, &interfaces->NetworkInterface, rows);
+    TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
+    return rc;
 }
 
 uint32_t x_qbobj_getNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkInterface *nif)
@@ -101,11 +97,12 @@ uint32_t x_qbobj_getNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkInter
     QB_ASSERT(nif);
     if (!nif->Name) return REPORT(ctx, 8, "NetworkInterface Name cannot be NULL.");
     Rows rows;
-    if (auto bad = select(ctx, db, rows, "%s WHERE N.name=%Q", +kColumns, nif->Name))
-        return REPORT(ctx, 5, "Failed DB Query for 'SELECT network_if'. %s", bad.text);
+    TRY(select(ctx, db, rows, "%s WHERE N.name=%Q", +kColumns, nif->Name)
+            .or_report(ctx, "Failed DB Query for 'SELECT network_if'. %s"));
     if (rows.count == 0) return REPORT(ctx, 6, "NetworkInterface Name=%s not exist.", nif->Name);
     NetworkInterface read{};
-    TRY(fill_interface(ctx, rows, 0, &read));
+    read_interface(ctx, rows, 0, &read);
+    TRY_MEMORY(ctx);
     read.next = nif->next;
     *nif = read;
     return 0;
@@ -121,8 +118,7 @@ uint32_t x_qbobj_addNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkInter
                 "VALUES(%Q,%Q,%Q,%Q,%Q,%Q,%Q,%Q)",
                 nif->Name, nif->Mac, nif->Protocol, nif->IP, nif->DNS1, nif->DNS2, nif->Gateway, nif->Subnet);
     if (bad.rc == kConstraint) return REPORT(ctx, 8, "NetworkInterface Name (%s) is already exist.", nif->Name);
-    if (bad) return REPORT(ctx, 5, "Failed DB Query for 'INSERT INTO network_if'. %s", bad.text);
-    return 0;
+    return bad.or_report(ctx, "Failed DB Query for 'INSERT INTO network_if'. %s");
 }
 
 uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkInterface *nif)
@@ -136,19 +132,18 @@ uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkIn
         if (check(value)) return REPORT(ctx, 8, refusal.text, value);
         set.add(assignment, value);
     }
-    // What does not fit must not be left out in silence: the caller would take it for written.
+    // The caller would take a value that was left out for written.
     if (set.dropped) return REPORT(ctx, 5, "Failed 'UPDATE network_if'. %s", "The values are too long.");
     if (set.empty()) return 0;
-    if (auto bad = execute(ctx, db, "UPDATE network_if SET %s WHERE Name=%Q", +set.text, nif->Name))
-        return REPORT(ctx, 5, "Failed 'UPDATE network_if'. %s", bad.text);
-    return 0;
+    return execute(ctx, db, "UPDATE network_if SET %s WHERE Name=%Q", +set.text, nif->Name)
+        .or_report(ctx, "Failed 'UPDATE network_if'. %s");
 }
 
 uint32_t x_qbobj_deleteNetworkInterface(CallContext *ctx, sqlite3 *db, const char *name)
 {
     if (!name) return REPORT(ctx, 8, "NetworkInterface Name cannot be NULL.");
-    if (auto bad = execute(ctx, db, "DELETE FROM network_if WHERE name=%Q", name))
-        return REPORT(ctx, 5, "Failed DELETE network_if. (%s)", bad.text);
+    TRY(execute(ctx, db, "DELETE FROM network_if WHERE name=%Q", name)
+            .or_report(ctx, "Failed DELETE network_if. (%s)"));
     if (sqlite3_changes(db) == 0)
         return REPORT(ctx, 6, "None of row is deleted. Specifie Name (%s) is not exist.", name);
     return 0;

@@ -1,6 +1,4 @@
 // Checks against the database. Each is a row of a table; one function runs them.
-#include <cstdlib>
-
 #include "frame/query.h"
 #include "qbobj/validate.h"
 #include "validate/validate_db.h"
@@ -37,63 +35,112 @@ constexpr Sql<const char *> name_statement(NameCheck check)
     return "SELECT NULL WHERE %Q IS NULL";
 }
 
-int32_t answer(CallContext *ctx, const Failure &bad, const Rows &rows, const char **found)
+/// Runs a look-up by name. A null name is nowhere.
+Failure look_up(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, Rows &rows, bool &found)
 {
-    if (bad) return kCheckFailed;
-    if (rows.count == 0) return kNotFound;
-    if (!found) return kFound;
-    *found = rows.word(ctx, 0, 0);
-    return *found ? kFound : kCheckFailed;  // no memory: not to be taken for an id of 0, which is root's
+    found = false;
+    if (!name) return {};
+    const Failure bad =
+        what == NameCheck::share_of_path
+            ? select(ctx, db, rows, "SELECT id FROM share WHERE %Q=path OR %Q LIKE path||'/%%'", name, name)
+            : select(ctx, db, rows, name_statement(what), name);
+    found = !bad && rows.count > 0;
+    return bad;
+}
+
+int32_t answer(const Failure &bad, bool found)
+{
+    return bad ? kCheckFailed : found ? kFound : kNotFound;
 }
 
 }  // namespace
 
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found)
+{
+    Rows rows;
+    return look_up(ctx, db, what, name, rows, found);
+}
+
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, int32_t &id)
+{
+    Rows rows;
+    const Failure bad = look_up(ctx, db, what, name, rows, found);
+    id = found ? rows.int32(0, 0) : 0;
+    return bad;
+}
+
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, const char *&text)
+{
+    Rows rows;
+    const Failure bad = look_up(ctx, db, what, name, rows, found);
+    text = found ? rows.word(ctx, 0, 0) : nullptr;
+    return bad;
+}
+
+Failure find_id(CallContext *ctx, sqlite3 *db, IdCheck what, int32_t id, bool &found)
+{
+    Rows rows;
+    const Failure bad = what == IdCheck::user ? select(ctx, db, rows, "SELECT id FROM `$user` WHERE id=%d", id)
+                                              : select(ctx, db, rows, "SELECT id FROM `$group` WHERE id=%d", id);
+    found = !bad && rows.count > 0;
+    return bad;
+}
+
+Failure find_volume(CallContext *ctx, sqlite3 *db, const char *volume, bool &found)
+{
+    const Failure bad = find_name(ctx, db, NameCheck::volume_id, volume, found);
+    return bad || found ? bad : find_name(ctx, db, NameCheck::volume_name, volume, found);
+}
+
+Failure find_volume(CallContext *ctx, sqlite3 *db, const char *volume, bool &found, const char *&id)
+{
+    const Failure bad = find_name(ctx, db, NameCheck::volume_id, volume, found, id);
+    return bad || found ? bad : find_name(ctx, db, NameCheck::volume_name, volume, found, id);
+}
+
+Failure count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t &count)
+{
+    count = 0;
+    return select_int32(ctx, db, count, "SELECT COUNT(*) FROM ssh_public_key WHERE user_id=%d AND serve_for='rsync'",
+                        user_id);
+}
+
+Failure count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t &count)
+{
+    count = 0;
+    return select_int32(ctx, db, count, "SELECT COUNT(*) FROM '$timemachine_quota'");
+}
+
 int32_t check_name(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, const char **found)
 {
-    if (found) *found = nullptr;
-    if (!name) return kNotFound;
-    Rows rows;
-    const Failure bad =
-        check == NameCheck::share_of_path
-            ? select(ctx, db, rows, "SELECT id FROM share WHERE %Q=path OR %Q LIKE path||'/%%'", name, name)
-            : select(ctx, db, rows, name_statement(check), name);
-    return answer(ctx, bad, rows, found);
+    bool is_there = false;
+    if (!found) {
+        const Failure bad = find_name(ctx, db, check, name, is_there);
+        return answer(bad, is_there);
+    }
+    const Failure bad = find_name(ctx, db, check, name, is_there, *found);
+    // Without memory: not to be taken for an id of 0, which is root's.
+    return is_there && !*found ? kCheckFailed : answer(bad, is_there);
 }
 
 int32_t check_name_id(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, int32_t *id)
 {
-    const char *text = nullptr;
-    const int32_t rc = check_name(ctx, db, check, name, &text);
-    *id = rc == kFound ? atoi(text) : 0;
-    return rc;
+    bool found = false;
+    const Failure bad = find_name(ctx, db, check, name, found, *id);
+    return answer(bad, found);
 }
 
 int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id)
 {
-    Rows rows;
-    const Failure bad = check == IdCheck::user ? select(ctx, db, rows, "SELECT id FROM `$user` WHERE id=%d", id)
-                                               : select(ctx, db, rows, "SELECT id FROM `$group` WHERE id=%d", id);
-    return answer(ctx, bad, rows, nullptr);
+    bool found = false;
+    const Failure bad = find_id(ctx, db, check, id, found);
+    return answer(bad, found);
 }
 
 int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id)
 {
     const int32_t rc = check_name(ctx, db, NameCheck::volume_id, volume, id);
     return rc == kNotFound ? check_name(ctx, db, NameCheck::volume_name, volume, id) : rc;
-}
-
-int32_t count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t *count)
-{
-    *count = 0;
-    const auto bad = select_int32(
-        ctx, db, *count, "SELECT COUNT(*) FROM ssh_public_key WHERE user_id=%d AND serve_for='rsync'", user_id);
-    return bad ? kCheckFailed : kFound;
-}
-
-int32_t count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t *count)
-{
-    *count = 0;
-    return select_int32(ctx, db, *count, "SELECT COUNT(*) FROM '$timemachine_quota'") ? kCheckFailed : kFound;
 }
 
 }  // namespace qb

@@ -203,6 +203,13 @@ inline int32_t check_one_of(const char *value, Case letters, std::initializer_li
     return check_one_of(value, letters, std::span<const char *const>(words.begin(), words.size()));
 }
 
+/// Whether a text is what may stand between the brackets of IN (…): texts in single quotes with commas between, and
+/// blanks around them. A quote inside a text is doubled.
+///
+/// @retval 0  it is
+/// @retval 1  it is not, or it is null
+int32_t check_literal_list(const char *text);
+
 /// The protocols, in the order in which they are listed to callers.
 inline constexpr std::array<const char *, 17> protocol_names = {
     "skyloft",      "anti-virus", "daap",  "bonjour", "replicate", "ssh", "snmp", "dlna", "upnpd",

@@ -1,11 +1,11 @@
-// Checks against the database: one statement each, asked whether a row exists.
+// Look-ups in the database: one statement each tells whether a row exists.
 #pragma once
 
-#include "frame/report.h"
+#include "frame/query.h"
 
 namespace qb {
 
-/// What is looked up by a name. The comment names the column that a check hands back.
+/// What is looked up by name. The comment names the column that the look-up hands back.
 enum class NameCheck {
     domain_user,        ///< user, domain or privileged: id
     local_user,         ///< local user: id
@@ -27,6 +27,26 @@ enum class NameCheck {
 /// What is looked up by an id.
 enum class IdCheck { user, group };
 
+/// Tells whether a name is there, and its row's id (0 when it is not). A null name is not found.
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found);
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, int32_t &id);
+
+/// The same with the column named above, in the call's pool; null when nothing is found.
+Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, const char *&text);
+
+/// Tells whether a row has this id.
+Failure find_id(CallContext *ctx, sqlite3 *db, IdCheck what, int32_t id, bool &found);
+
+/// Volume by id, else by name; `id` receives the volume's id.
+Failure find_volume(CallContext *ctx, sqlite3 *db, const char *volume, bool &found);
+Failure find_volume(CallContext *ctx, sqlite3 *db, const char *volume, bool &found, const char *&id);
+
+/// Number of a user's SSH keys that serve rsync.
+Failure count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t &count);
+
+/// Number of Time Machine allowances.
+Failure count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t &count);
+
 /// What every check answers. A failed statement is neither found nor reported: callers that need to know
 /// tell it by its code.
 inline constexpr int32_t kFound = 0;
@@ -45,11 +65,5 @@ int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id);
 
 /// Volume by id, else by name; `id` (may be null) receives the volume's id.
 int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id = nullptr);
-
-/// Number of a user's SSH keys that serve rsync. 0, or kCheckFailed.
-int32_t count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t *count);
-
-/// Number of Time Machine allowances. 0, or kCheckFailed.
-int32_t count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t *count);
 
 }  // namespace qb

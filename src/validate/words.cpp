@@ -193,6 +193,27 @@ int32_t check_one_of(const char *value, Case letters, std::span<const char *cons
     return 1;
 }
 
+int32_t check_literal_list(const char *text)
+{
+    static constexpr CharSet blank = chars(" \t\n\r");
+    const auto skip_blanks = [&text] {
+        while (blank.has(*text)) ++text;
+    };
+    if (text == nullptr) return 1;
+    for (;;) {
+        skip_blanks();
+        if (*text++ != '\'') return 1;
+        for (; *text != '\'' || text[1] == '\''; ++text) {
+            if (*text == '\0') return 1;
+            if (*text == '\'') ++text;
+        }
+        ++text;
+        skip_blanks();
+        if (*text != ',') return *text == '\0' ? 0 : 1;
+        ++text;
+    }
+}
+
 int32_t check_protocol_name(const char *name)
 {
     return check_one_of(name, Case::exact, protocol_names);

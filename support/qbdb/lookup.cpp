@@ -134,7 +134,7 @@ int qbdb_find_user_id(qbdb_t *qbdb, sqlite3 *db, int32_t id)
 {
     int32_t found = 0;
     const int rc = qbdb_sql_get_int32_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, &found, nullptr,
-                                              "SELECT 1 FROM `$user` WHERE id=%d", id);
+                                              "SELECT 1 FROM `$user` WHERE id=%d AND is_privileged IS NOT -1", id);
     return rc ? -1 : found;
 }
 

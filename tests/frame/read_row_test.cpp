@@ -105,6 +105,40 @@ TEST_F(ReadRow, AFailureIsReportedWhereItsWordsStand)
     EXPECT_STREQ(err.message, "Failed in access check.");
 }
 
+TEST_F(ReadRow, ALineOfItsOwnIsReportedWithoutTheMarkOfACopy)
+{
+    EXPECT_EQ(execute(&ctx, db, "DELETE FROM share").or_report_line(&ctx, "unused"), 0u);
+    EXPECT_TRUE(log.empty());
+    EXPECT_EQ(execute(&ctx, db, "DELETE FROM absent").or_report_line(&ctx, "Failed '%s'. %s", "DELETE"), 5u);
+    EXPECT_STREQ(err.message, "Failed 'DELETE'. no such table: absent");
+    EXPECT_STREQ(err.file, "read_row_test.cpp");
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_EQ(log[0].flag, 0u);
+    EXPECT_EQ(log[0].text, "Failed 'DELETE'. no such table: absent\n");
+}
+
+TEST_F(ReadRow, ATextThatIsOnlyLookedAtIsNotCopied)
+{
+    ASSERT_FALSE(select(&ctx, db, rows, "SELECT 'a',NULL"));
+    const char *first = nullptr, *second = "before";
+    read_row(&ctx, rows, 0, uncopied(first), uncopied(second));
+    EXPECT_EQ(first, rows.cell(0, 0));
+    EXPECT_EQ(second, nullptr);
+}
+
+TEST_F(ReadRow, ASupportCallsFailureIsWhatTheDatabaseSays)
+{
+    sql("DROP TABLE ssh_public_key");
+    ASSERT_LT(qbdb_find_ssh_public_key_id(qbdb, db, 1), 0);
+    const Failure bad = failure_on(db);
+    EXPECT_EQ(bad.rc, 1);
+    EXPECT_STREQ(bad.text, "no such table: ssh_public_key");
+    EXPECT_EQ(value("SELECT 1"), "1");
+    const Failure untold = failure_on(db);
+    EXPECT_EQ(untold.rc, 1);
+    EXPECT_STREQ(untold.text, "The look-up failed.");
+}
+
 TEST_F(ReadRow, AFailureThatIsNotTheCallersIsLogged)
 {
     EXPECT_FALSE(execute(&ctx, db, "DELETE FROM share").logged(&ctx, "unused %s\n"));

@@ -225,33 +225,6 @@ TEST_F(AddGroup, RefusedMembers)
                    group);
 }
 
-TEST_F(AddGroup, FailedStatements)
-{
-    Quota quota = test::quota_of("tank/media", 10);
-    User anna = test::member_of(101);
-    Group group = new_group("artists");
-    group.GroupQuota = &quota;
-    group.SecondaryMember = &anna;
-    expect_statement_failures(
-        {
-            {"SELECT COUNT(*) FROM `$group` WHERE gname='artists'", "Failed DB Query for 'group'. injected"},
-            {"SELECT 100 WHERE NOT EXISTS", "Failed DB Query for group. injected"},
-            {"SELECT G1.id+1", "Failed DB Query for group. injected"},
-            {"INSERT INTO `$group` (id,gname,is_privileged) VALUES(101,'artists',0)",
-             "Failed DB Query for 'INSERT group'. injected"},
-            {"INSERT INTO group_quota (group_id,share_id,mb_soft,mb_hard) VALUES(101,(SELECT S.id FROM share S WHERE "
-             "zfs_name='tank/media'),10*(SELECT diskquota_warn FROM account_default LIMIT 1),10)",
-             "Failed DB Query for 'INSERT group_quota'. injected"},
-            {"INSERT INTO `$group_has_user` (user_id,group_id) VALUES(101,101)",
-             "Failed DB Query for 'INSERT group_has_user. injected"},
-        },
-        [&] { return add(&group); });
-    group.GroupId = 300;
-    expect_statement_failures({{"SELECT COUNT(*) FROM `$group` WHERE id=300", "Failed DB Query for group. injected"}},
-                              [&] { return add(&group); });
-    EXPECT_EQ(group.resource_id, 0);
-}
-
 TEST_F(AddGroup, OneFailureUndoesTheWholeChain)
 {
     for (int bad = 0; bad < 3; bad++) {

@@ -55,11 +55,10 @@ TEST_F(GroupAllocations, Renaming)
             return qbobj_modifyGroup(qbdb, db, &group, &err);
         },
         5, nullptr);
-    Group users = test::group_of(99, "crew");  // whose holder is looked up
+    Group users = test::group_of(99, "crew");
     test::fail_allocation(1);
-    EXPECT_EQ(qbobj_modifyGroup(qbdb, db, &users, &err), 5u);
+    EXPECT_EQ(qbobj_modifyGroup(qbdb, db, &users, &err), 803u) << "looking up the name's holder takes no memory";
     test::fail_allocation(0);
-    EXPECT_EQ(qbobj_modifyGroup(qbdb, db, &users, &err), 803u);
 }
 
 TEST_F(GroupAllocations, Removing)

@@ -130,23 +130,6 @@ TEST_F(DeleteGroup, NothingRemoved)
     expect_refused(6, "None of row is deleted. May be bad resource_id=100'", group_of(100));
 }
 
-TEST_F(DeleteGroup, FailedStatements)
-{
-    Group group = group_of(100);
-    expect_statement_failures(
-        {
-            {"SELECT id FROM `$group`", "Failed DB Query for 'SELECT group'. Look-up by id failed."},
-            {"SELECT EXISTS", "Failed DB Query for 'SELECT user'. injected"},
-            {"SELECT gname FROM", "Failed DB Query for 'SELECT group'. injected"},
-            {"SELECT group_membership FROM", "Failed DB Query for 'SELECT account_default'. injected\n"},
-            {"DELETE FROM group_quota", "Failed 'DELETE group_quota'. injected"},
-            {"DELETE FROM _group_quota_stat", "Failed 'DELETE _group_quota_stat'. injected"},
-            {"DELETE FROM `$group_has_user`", "Failed 'DELETE group_has_user'. injected"},
-            {"UPDATE `$group` SET is_privileged=-1", "Failed DB Query for 'UPDATE FROM group'. injected"},
-        },
-        [&] { return remove(&group); });
-}
-
 TEST_F(DeleteGroup, OneFailureUndoesTheWholeChain)
 {
     for (int bad = 0; bad < 3; bad++) {

@@ -283,26 +283,6 @@ TEST_F(GroupList, TracesTheNumberOfRows)
     EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getGroupCollection() rc=0 nrow=2\n"));
 }
 
-TEST_F(GroupList, FailedStatements)
-{
-    sql("INSERT INTO `$group_has_user`(user_id,group_id) VALUES(101,100)");
-    query.name_like = "%";
-    expect_statement_failures(
-        {
-            {"G.gname<>'guest'", "Failed DB Query for user. injected"},
-            {"SELECT COUNT(*)  FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS NULL AND G.gname<>'nogroup' AND "
-             "G.gname<>'guest' AND",
-             "Failed DB Query for user. injected"},
-            {"SELECT G.id,G.gname,CASE", "Failed DB Query for 'group'. injected"},
-        },
-        [&] { return list(); });
-    EXPECT_EQ(groups.Group, nullptr);
-    EXPECT_EQ(groups.Entries, 0);
-    EXPECT_EQ(groups.TotalEntries, 0);
-    expect_statement_failures({{"service_cifs", "Failed DB Query 'SELECT service_cifs'. (injected)"}},
-                              [&] { return list_without_query(); });
-}
-
 TEST_F(GroupList, AFailureInTheMiddleLeavesWhatWasRead)
 {
     sql("INSERT INTO `$group_has_user`(user_id,group_id) VALUES(101,99)");

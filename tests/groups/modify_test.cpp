@@ -229,35 +229,6 @@ TEST_F(ModifyGroup, RefusedMembers)
                    group);
 }
 
-TEST_F(ModifyGroup, FailedStatements)
-{
-    Quota media = test::quota_of("tank/media", 0), music = test::quota_of("tank/music", 7);
-    User bert = test::member_of(102, "Bert");
-    Group group = group_of(100, "crew");
-    group.GroupQuota = chain({&media, &music});
-    group.SecondaryMember = &bert;
-    expect_statement_failures(
-        {
-            {"SELECT id FROM `$group` WHERE id=100", "Failed DB Query for 'SELECT group'. Look-up by id failed."},
-            {"SELECT id FROM `$group` WHERE gname='crew' AND rid IS NULL",
-             "Failed DB Query for 'SELECT group'. Look-up by name failed."},
-            {"SELECT G.gname FROM `$group` G WHERE G.id=100 AND G.gname<>'crew'",
-             "Failed DB Query for 'SELECT group'. injected"},
-            {"UPDATE `$group` SET gname='crew' WHERE id=100", "Failed DB Query for 'UPDATE group'. injected"},
-            {"DELETE FROM group_quota WHERE group_id=100 AND share_id=(SELECT S.id FROM share S WHERE "
-             "S.zfs_name='tank/media')",
-             "Failed DB Query for 'DELETE user_quota. injected"},
-            {"INSERT OR REPLACE INTO group_quota (group_id,share_id,mb_soft,mb_hard) VALUES(100,(SELECT S.id FROM "
-             "share S WHERE zfs_name='tank/music'),(7*(SELECT diskquota_warn FROM account_default LIMIT 1)),7)",
-             "Failed DB Query for 'UPDATE user_quota. injected"},
-            {"DELETE FROM `$group_has_user` WHERE group_id=100",
-             "Failed DB Query for 'DELETE group_has_user. injected"},
-            {"INSERT INTO `$group_has_user` (user_id,group_id) VALUES(102,100)",
-             "Failed DB Query for 'INSERT group_has_user. injected"},
-        },
-        [&] { return modify(&group); });
-}
-
 TEST_F(ModifyGroup, OneFailureUndoesTheWholeChain)
 {
     sql("INSERT INTO `$group`(id,gname) VALUES(101,'b'),(102,'c')");

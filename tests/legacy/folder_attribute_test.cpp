@@ -1,9 +1,5 @@
 #include "fixture/fixture.h"
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::SizeIs;
-
 namespace {
 
 struct Folders : test::Database {
@@ -96,22 +92,6 @@ TEST_F(Folders, AsksNoMoreThanItNeeds)
         expected.push_back("COMMIT");
         ASSERT_EQ(ask(each.path.c_str()), 0u);
         EXPECT_EQ(take_statements(), expected);
-    }
-}
-
-TEST_F(Folders, ReportsWhichQuestionFailed)
-{
-    const std::string share = "Failed DB Query for cifs share. sq3rc=10:10 (injected)";
-    const std::string user = "Failed DB Query for user. sq3rc=10:10 (injected)";
-    const std::string messages[] = {share, share, user, user};
-    for (int question = 1; question <= 4; question++) {
-        fail_statement(question, 10);
-        expect_failure(5, messages[question - 1], [&] { return ask("/nowhere"); });
-        EXPECT_EQ(attr.ShareFlags, 0u);
-        EXPECT_EQ(attr.MediaType, 0u);
-        EXPECT_EQ(attr.Comment, nullptr);
-        EXPECT_EQ(attr.IsHome, 0u);
-        EXPECT_EQ(attr.IsSubfolder, 0u);
     }
 }
 

@@ -185,17 +185,6 @@ TEST_F(Network, TellsNamesApartByCase)
     EXPECT_EQ(get("Eth0"), 6u);
 }
 
-TEST_F(Network, ReportsWhyAnInterfaceCannotBeAdded)
-{
-    for (int rc : {1, 10, 20}) {
-        fail_statement(1, rc);
-        expect_failure(5, "Failed DB Query for 'INSERT INTO network_if'. injected", [&] { return add(eth0()); });
-    }
-    fail_statement(1, 19);
-    expect_failure(8, "NetworkInterface Name (eth0) is already exist.", [&] { return add(eth0()); });
-    EXPECT_EQ(add(eth0()), 0u) << "nothing is left of the failures";
-}
-
 // ---- Reading
 
 TEST_F(Network, ListsByNameWithoutCase)
@@ -215,20 +204,22 @@ TEST_F(Network, ListsByNameWithoutCase)
     EXPECT_THAT(names, ElementsAre("Bond0", "br-lan", "Eth0", "eth1", "wlan0"));
 }
 
+TEST_F(Network, ListingTracesItsRows)
+{
+    for (const char *name : {"eth0", "eth1"}) ASSERT_EQ(add(named(name)), 0u) << name;
+    qbdb->log_level = 5;
+    NetworkInterfaceCollection all{};
+    ASSERT_EQ(qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err), 0u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getNetworkInterfaceCollection() rc=0 nrow=2\n"));
+    fail_statement(1);
+    ASSERT_EQ(qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err), 5u);
+    EXPECT_THAT(logged(5), testing::Contains("x_qbobj_getNetworkInterfaceCollection() rc=5 nrow=0\n"));
+}
+
 TEST_F(Network, ListsNothingOfAnEmptyTable)
 {
     NetworkInterfaceCollection all{};
     ASSERT_EQ(qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err), 0u) << err.message;
-    EXPECT_EQ(all.NetworkInterface, nullptr);
-}
-
-TEST_F(Network, ReportsWhyTheListCannotBeRead)
-{
-    ASSERT_EQ(add(eth0()), 0u);
-    NetworkInterfaceCollection all{};
-    fail_statement(1);
-    expect_failure(5, "Failed DB Query for 'SELECT FROM network_interface'. injected",
-                   [&] { return qbobj_getNetworkInterfaceCollection(qbdb, db, &all, &err); });
     EXPECT_EQ(all.NetworkInterface, nullptr);
 }
 
@@ -238,8 +229,6 @@ TEST_F(Network, ReportsWhyAnInterfaceCannotBeRead)
     expect_failure(8, "NetworkInterface Name cannot be NULL.", [&] { return get(nullptr); });
     expect_failure(6, "NetworkInterface Name=eth9 not exist.", [&] { return get("eth9"); });
     expect_failure(6, "NetworkInterface Name= not exist.", [&] { return get(""); });
-    fail_statement(1);
-    expect_failure(5, "Failed DB Query for 'SELECT network_if'. injected", [&] { return get("eth0"); });
     EXPECT_EQ(nif.Mac, nullptr);
     EXPECT_EQ(nif.key, nullptr);
 }
@@ -415,8 +404,6 @@ TEST_F(Network, ReportsWhyAnInterfaceCannotBeDeleted)
     expect_failure(8, "NetworkInterface Name cannot be NULL.", [&] { return remove(nullptr); });
     expect_failure(6, "None of row is deleted. Specifie Name (eth9) is not exist.", [&] { return remove("eth9"); });
     expect_failure(6, "None of row is deleted. Specifie Name (ETH0) is not exist.", [&] { return remove("ETH0"); });
-    fail_statement(1);
-    expect_failure(5, "Failed DELETE network_if. (injected)", [&] { return remove("eth0"); });
 }
 
 // ---- All of them

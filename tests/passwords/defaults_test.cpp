@@ -56,8 +56,6 @@ TEST_F(Defaults, ThatAreNullReadAsNullAndZero)
 
 TEST_F(Defaults, ReadFailuresLeaveTheRecord)
 {
-    fail_statement(1, 1, "injected", "FROM account_default");
-    expect_failure(5, "Failed DB Query for account_default. injected", [&] { return get(); });
     sql("DELETE FROM account_default");
     expect_failure(5, "DB may be corrupted? 'account_default' table is not populated.", [&] { return get(); });
     EXPECT_EQ(def.PrivateTimeMachineSpace, 250);
@@ -144,19 +142,6 @@ TEST_F(Defaults, RefusesUnknownGroups)
         def.GroupMembership = each.name;
         expect_failure(8, each.message, [&] { return set(); });
     }
-}
-
-TEST_F(Defaults, WriteFailure)
-{
-    for (const int nth : {1, 2}) {  // by id, by name
-        def.HomeVolumeId = nth == 1 ? "tank" : "pool two";
-        fail_statement(nth, 1, "injected", "FROM _volume");
-        expect_failure(5, "Failed DB Query for _volume. Look-up failed.", [&] { return set(); });
-    }
-    fail_statement(1, 1, "injected", "FROM `$group`");
-    expect_failure(5, "Failed DB Query for group. Look-up failed.", [&] { return set(); });
-    fail_statement(1, 1, "injected", "UPDATE account_default");
-    expect_failure(5, "Failed update account_default table. (injected)", [&] { return set(); });
 }
 
 TEST_F(Defaults, MissingRecordsAbort)

@@ -8,9 +8,8 @@
 #include <set>
 
 #include "fixture/fixture.h"
-#include "legacy/password.h"
+#include "validate/password.h"
 
-using testing::Each;
 using testing::MatchesRegex;
 using testing::SizeIs;
 

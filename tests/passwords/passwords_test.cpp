@@ -5,7 +5,6 @@
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 namespace {
@@ -75,16 +74,6 @@ TEST_F(Passwords, AdminIsReadWithoutRecoverySettings)
     EXPECT_EQ(admin.Question, nullptr);
     EXPECT_EQ(admin.Enabled, 0);
     EXPECT_EQ(admin.ShellAccess, 1);
-}
-
-TEST_F(Passwords, AdminReadFailures)
-{
-    admin.Question = "before";
-    fail_statement(1, 1, "injected", "FROM passwordrecovery");
-    expect_failure(5, "Failed DB Query for passwordrecovery. injected", [&] { return get_admin(); });
-    fail_statement(1, 1, "injected", "SELECT U.shell_access");
-    expect_failure(5, "Failed DB Query for $user. injected", [&] { return get_admin(); });
-    EXPECT_STREQ(admin.Question, "before");
 }
 
 TEST_F(Passwords, AdminIsWrittenStepByStep)
@@ -181,32 +170,6 @@ TEST_F(Passwords, AdminShellFollowsAccessAndKeys)
     }
 }
 
-TEST_F(Passwords, AdminWriteFailures)
-{
-    const std::string shell = "Failed DB Query for set admin's shell. The login shell was not refreshed.";
-    struct {
-        const char *part;
-        std::string message;
-    } const cases[] = {
-        {"SET enabled=", "Failed DB Query for set password enabled. injected"},
-        {"SET shell_access=", "Failed DB Query for set admin's shell access. injected"},
-        {"SELECT shell_access", shell},
-        {"SELECT COUNT(*) FROM ssh_public_key", shell},
-        {"SET shell='", shell},
-        {"SET method=", "Failed DB Query for passwordrecovery update. injected"},
-        {"SET email=", "Failed DB Query for passwordrecovery update. injected"},
-        {"WHERE uname='admin'", "Failed DB Query for user update. injected"},
-        {"WHERE uname='root'", "Failed DB Query for user update. injected"},
-    };
-    admin = {"secret", "Pet?", "Rex", "a@x.com", 1, "email", 0, 1};
-    for (const auto &each : cases) {
-        SCOPED_TRACE(each.part);
-        fail_statement(1, 1, "injected", each.part);
-        expect_failure(5, each.message, [&] { return set_admin(); });
-    }
-    EXPECT_EQ(set_admin(), 0u);
-}
-
 TEST_F(Passwords, AdminPasswordThatCannotBeHashedChangesNothing)
 {
     admin = {kTooLong.c_str(), "Pet?", "Rex", "a@x.com", 1, "email", 0, 1};
@@ -276,9 +239,6 @@ TEST_F(Passwords, UserFailures)
     expect_failure(8, "Invalid Password. There is none.", [&] { return set_user(); });
     user.Password = kTooLong.c_str();
     expect_failure(8, "Invalid Password. It cannot be hashed.", [&] { return set_user(); });
-    user.Password = "secret";
-    fail_statement(1, 1, "injected", "UPDATE `$user` SET passwd=");
-    expect_failure(5, "Failed DB Query for user table update. injected", [&] { return set_user(); });
 }
 
 // ---- One's own
@@ -342,18 +302,6 @@ TEST_F(Passwords, MineIsForLocalUsers)
     sql("UPDATE `$user` SET rid=500 WHERE id=101");
     mine = {nullptr, "anna", "old", "new"};
     expect_failure(8, "Invalid UserName.", [&] { return set_mine(); });
-}
-
-TEST_F(Passwords, MineFailures)
-{
-    give("anna", "$1$saltsalt$", "old");
-    mine = {nullptr, "anna", "old", "new"};
-    fail_statement(1, 1, "injected", "SELECT id FROM `$user`");
-    expect_failure(5, "SQL Query fail. Look-up failed.", [&] { return set_mine(); });
-    fail_statement(1, 1, "injected", "SELECT U.passwd");
-    expect_failure(5, "SQL Query fail. injected", [&] { return set_mine(); });
-    fail_statement(1, 1, "injected", "UPDATE `$user` SET passwd=");
-    expect_failure(5, "Failed DB Query for user update. injected", [&] { return set_mine(); });
 }
 
 TEST_F(Passwords, MissingRecordsAbort)

@@ -1,8 +1,7 @@
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "fixture/fixture.h"
 
 using testing::AllOf;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::Field;
 
@@ -84,13 +83,6 @@ TEST_F(Directory, WithoutSettingsReadsAsCleared)
     ASSERT_EQ(get(), 0u) << err.message;
     EXPECT_EQ(security.Security, nullptr);
     EXPECT_EQ(security.domainAdminUID, 0);
-}
-
-TEST_F(Directory, ReadFailureLeavesTheRecord)
-{
-    fail_statement(1, 1, "injected", "FROM service_cifs");
-    expect_failure(5, "Failed DB Query 'SELECT service_cifs'. (injected)", [&] { return get(); });
-    EXPECT_STREQ(security.workGroup, "CORP");
 }
 
 TEST_F(Directory, IsWrittenByOneStatement)
@@ -218,12 +210,6 @@ TEST_F(Directory, RefusesSettingsThatDoNotFit)
     expect_failure(5, "Failed DB Query 'UPDATE service_cifs'. (the settings are too long)", [&] { return set(); });
 }
 
-TEST_F(Directory, WriteFailure)
-{
-    fail_statement(1, 1, "injected", "UPDATE service_cifs");
-    expect_failure(5, "Failed DB Query 'UPDATE service_cifs'. (injected)", [&] { return set(); });
-}
-
 // ---- Id mapping
 
 TEST_F(Directory, IdMappingIsTdbOrRid)
@@ -263,12 +249,6 @@ TEST_F(Directory, IdMappingRefusesAnythingElse)
     EXPECT_EQ(set_backend("rid2"), 8u);
     EXPECT_STREQ(err.message, "Invalid idmap_backend rid2");
     EXPECT_TRUE(log.empty());
-}
-
-TEST_F(Directory, IdMappingWriteFailure)
-{
-    fail_statement(1, 1, "injected", "UPDATE service_cifs");
-    expect_failure(5, "Failed DB Query 'UPDATE service_cifs'. (injected)", [&] { return set_backend("rid"); });
 }
 
 // ---- Mode
@@ -365,14 +345,6 @@ TEST_F(Directory, ProgressWithoutARowReadsAsCleared)
     ASSERT_EQ(get_progress(), 0u) << err.message;
     EXPECT_EQ(progress.State, nullptr);
     EXPECT_EQ(progress.Percent, 0);
-}
-
-TEST_F(Directory, ProgressReadFailureLeavesTheRecord)
-{
-    progress.Percent = 55;
-    fail_statement(1, 1, "injected", "_ads_importer");
-    expect_failure(5, "Failed DB Query 'SELECT _ads_importer'. (injected)", [&] { return get_progress(); });
-    EXPECT_EQ(progress.Percent, 55);
 }
 
 TEST_F(Directory, MissingRecordsAbort)

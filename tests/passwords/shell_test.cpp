@@ -1,4 +1,4 @@
-#include "accounts/accounts.h"
+#include "accounts/login_shell.h"
 #include "fixture/fixture.h"
 
 using testing::ElementsAre;
@@ -34,9 +34,9 @@ TEST_F(Shell, FollowsOneRule)
             " WHERE id=100");
         if (each.key) key(100, each.key);
         const char *shell_text = nullptr;
-        EXPECT_EQ(qb::login_shell(&ctx, db, 100, each.access, &shell_text), 0);
+        EXPECT_FALSE(qb::find_login_shell(&ctx, db, 100, each.access, shell_text));
         EXPECT_STREQ(shell_text, each.shell);
-        EXPECT_EQ(qb::refresh_shell(&ctx, db, 100), 0u);
+        EXPECT_FALSE(qb::refresh_shell(&ctx, db, 100));
         EXPECT_EQ(shell(100), each.shell);
     }
 }
@@ -45,7 +45,7 @@ TEST_F(Shell, AsksForTheUsersOwnKeys)
 {
     key(101, "rsync");
     key(0, "rsync");
-    EXPECT_EQ(qb::refresh_shell(&ctx, db, 100), 0u);
+    EXPECT_FALSE(qb::refresh_shell(&ctx, db, 100));
     EXPECT_EQ(shell(100), "/bin/false");
 }
 
@@ -53,7 +53,7 @@ TEST_F(Shell, IsRefreshedByTheseStatements)
 {
     key(100, "rsync");
     take_statements();
-    EXPECT_EQ(qb::refresh_shell(&ctx, db, 100), 0u);
+    EXPECT_FALSE(qb::refresh_shell(&ctx, db, 100));
     EXPECT_THAT(take_statements(),
                 ElementsAre("SELECT shell_access FROM '$user' WHERE id=100",
                             "SELECT COUNT(*) FROM ssh_public_key WHERE user_id=100 AND serve_for='rsync'",
@@ -65,18 +65,18 @@ TEST_F(Shell, IsNotRefreshedForSystemAccountsButTheAdministrator)
 {
     const std::string before = content();
     take_statements();
-    for (const int32_t id : {99, 97, 96, 1, 0, -1, -2147483647}) EXPECT_NE(qb::refresh_shell(&ctx, db, id), 0u) << id;
+    for (const int32_t id : {99, 97, 96, 1, 0, -1, -2147483647}) EXPECT_TRUE(qb::refresh_shell(&ctx, db, id)) << id;
     EXPECT_THAT(take_statements(), IsEmpty());
     EXPECT_EQ(content(), before);
     sql("UPDATE `$user` SET shell_access=1 WHERE id=98");
-    EXPECT_EQ(qb::refresh_shell(&ctx, db, 98), 0u);
+    EXPECT_FALSE(qb::refresh_shell(&ctx, db, 98));
     EXPECT_EQ(shell(98), "/bin/bash");
 }
 
 TEST_F(Shell, OfNobodyIsNoFailure)
 {
     const std::string before = content();
-    EXPECT_EQ(qb::refresh_shell(&ctx, db, 4711), 0u);
+    EXPECT_FALSE(qb::refresh_shell(&ctx, db, 4711));
     EXPECT_EQ(content(), before);
 }
 
@@ -85,15 +85,14 @@ TEST_F(Shell, FailsWithEachOfItsStatements)
     const std::string before = content();
     for (int nth = 1; nth <= 3; nth++) {
         fail_statement(nth);
-        EXPECT_NE(qb::refresh_shell(&ctx, db, 100), 0u) << nth;
+        EXPECT_TRUE(qb::refresh_shell(&ctx, db, 100)) << nth;
         EXPECT_EQ(content(), before) << nth;
     }
     fail_statement(4);
-    EXPECT_EQ(qb::refresh_shell(&ctx, db, 100), 0u);
+    EXPECT_FALSE(qb::refresh_shell(&ctx, db, 100));
     fail_statement(1);
     const char *shell_text = nullptr;
-    EXPECT_NE(qb::login_shell(&ctx, db, 100, 1, &shell_text), 0);
-    EXPECT_STREQ(shell_text, "/bin/false");
+    EXPECT_STREQ(qb::find_login_shell(&ctx, db, 100, 1, shell_text).text, "injected");
 }
 
 }  // namespace

@@ -72,6 +72,17 @@ TEST_F(Map, ListsInTableOrderAndAppends)
     EXPECT_EQ(rows[3]->UnixUserName, nullptr);
 }
 
+TEST_F(Map, ListingTracesItsRows)
+{
+    sql("INSERT INTO smb_username_map VALUES(7,'a','b','uname'),(9,NULL,NULL,NULL)");
+    qbdb->log_level = 5;
+    ASSERT_EQ(qbobj_getSmbUserNameMapCollection(qbdb, db, &maps, &err), 0u);
+    EXPECT_THAT(logged(5), Contains("x_qbobj_getSmbUserNameMapCollection() rc=0 nrow=2\n"));
+    fail_statement(1);
+    ASSERT_EQ(qbobj_getSmbUserNameMapCollection(qbdb, db, &maps, &err), 5u);
+    EXPECT_THAT(logged(5), Contains("x_qbobj_getSmbUserNameMapCollection() rc=5 nrow=0\n"));
+}
+
 TEST_F(Map, AnEmptyMapIsAnEmptyList)
 {
     ASSERT_EQ(list(), 0u) << err.message;

@@ -196,6 +196,9 @@ TEST_F(Lookups, Users)
     EXPECT_TRUE(qbdb_find_user_id(qbdb, db, 0));
     EXPECT_TRUE(qbdb_find_user_id(qbdb, db, -5));
     EXPECT_FALSE(qbdb_find_user_id(qbdb, db, 4711));
+    sql("INSERT INTO `$user` (id,uname,is_privileged) VALUES (300,'removed',-1),(301,'unmarked',NULL)");
+    EXPECT_FALSE(qbdb_find_user_id(qbdb, db, 300));
+    EXPECT_TRUE(qbdb_find_user_id(qbdb, db, 301));
     fail_statement(1, 10);
     EXPECT_EQ(qbdb_find_user_id(qbdb, db, 0), -1) << "neither found nor missing";
 }

@@ -64,36 +64,12 @@ struct Changes : Database {
             expect_failure(code, message, [&] { return call(chain); });
         }
     }
-
-    /// Makes each statement of a call fail in turn, until it has no more: the call fails with code 5 (or one
-    /// of `codes`), nothing changes, and the same call succeeds afterwards.
-    void expect_no_statement_missed(const std::function<uint32_t()> &call, std::initializer_list<uint32_t> codes = {5})
-    {
-        const std::string before = content();
-        for (int n = 1;; n++) {
-            ASSERT_LT(n, 200);
-            SCOPED_TRACE("statement " + std::to_string(n));
-            take_statements();
-            fail_statement(n);
-            const uint32_t rc = call();
-            fail_statement(0);
-            if (static_cast<int>(take_statements().size()) - 2 < n) {
-                EXPECT_EQ(rc, 0u) << err.message;
-                break;
-            }
-            EXPECT_THAT(std::vector(codes), testing::Contains(rc));
-            EXPECT_EQ(err.code, rc);
-            EXPECT_EQ(content(), before);
-        }
-    }
 };
 
 /// A statement that fails, and what is reported then.
 struct FailingStatement {
     const char *part;
     const char *message;
-    uint32_t code = 5;
-    int nth = 1;
 };
 
 inline bool verifies(const std::string &password, const std::string &hash)

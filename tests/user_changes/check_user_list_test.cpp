@@ -6,7 +6,6 @@
 using test::elements;
 using test::verifies;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -74,6 +73,23 @@ TEST_F(CheckUserList, WhatCannotBeReadIsNoList)
     const size_t files = open_files();
     expect_failure(1, "User file wrong format", [&] { return check(); });
     EXPECT_EQ(open_files(), files);
+}
+
+TEST_F(CheckUserList, NeitherAPipeNorADeviceHoldsItUp)
+{
+    file.make_pipe();
+    expect_failure(1, "User file wrong format", [&] { return check(); });
+    file.make_link("/dev/zero");
+    expect_failure(1, "User file wrong format", [&] { return check(); });
+    file.make_link("/nowhere/at/all");
+    expect_failure(1, "User file not exist", [&] { return check(); });
+}
+
+TEST_F(CheckUserList, AnEndlessFileIsGivenUp)
+{
+    file.write("import_list\n");
+    file.resize(off_t{1} << 40);  // a hole: it reads as empty lines without an end
+    expect_failure(1, "User file larger than 67108864 bytes", [&] { return check(); });
 }
 
 TEST_F(CheckUserList, FilesWithoutUsers)

@@ -1,6 +1,5 @@
 #include "user_changes/changes.h"
 
-using test::FailingStatement;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -172,47 +171,6 @@ TEST_F(DeleteUser, ARowThatVanishesIsReported)
     sql("CREATE TRIGGER vanish AFTER DELETE ON `$home_folder_snapshot` BEGIN DELETE FROM `$user` WHERE id=200; END");
     User given = with_id(200);
     expect_failure(6, "None of row is deleted. May be bad resource_id=200'", [&] { return remove(&given); });
-}
-
-TEST_F(DeleteUser, EachFailedStatementIsReported)
-{
-    const FailingStatement cases[] = {
-        {"SELECT id FROM `$user` WHERE id=200", "Failed DB Query for user. Look-up failed."},
-        {"SELECT U.home,U.uname,U.is_privileged", "Failed DB Query for user. injected"},
-        {"DELETE FROM user_quota", "Failed DELETE user_quota. injected"},
-        {"DELETE FROM user_acl", "Failed DELETE user_acl. injected"},
-        {"DELETE FROM _user_quota_stat", "Failed DELETE _user_quota_stat. injected"},
-        {"DELETE FROM `$home_folder` ", "Failed DELETE $home_folder. injected"},
-        {"DELETE FROM `$timemachine_quota`", "Failed DELETE $timemachine_quota. injected"},
-        {"SELECT COUNT(*) FROM '$timemachine_quota'", "Failed DB Query for $timemachine_quota. injected"},
-        {"DELETE FROM `$group_has_user`", "Failed DELETE group_has_user. injected"},
-        {"DELETE FROM `$home_folder_snapshot`", "Failed DELETE $home_folder_snapshot. injected"},
-        {"UPDATE `$user` SET is_privileged=-1", "Failed DB Query for 'UPDATE user'. injected"},
-        {"ssh_public_key", "Cannot delete user ssh public key (user_name=anna)", 8},
-    };
-    for (const auto &row : cases) {
-        User given = with_id(200);
-        fail_statement(1, 1, "injected", row.part);
-        expect_failure(row.code, row.message, [&] { return remove(&given); });
-        EXPECT_EQ(given.UserName, nullptr);
-        EXPECT_EQ(given.HomeDirectory, nullptr);
-    }
-    User given = named("anna");
-    fail_statement(1, 1, "injected", "SELECT id FROM `$user` WHERE uname='anna' AND rid IS NULL");
-    expect_failure(5, "Failed DB Query for user. Look-up failed.", [&] { return remove_by_name(&given); });
-    fail_statement(1, 1, "injected", "smb_username_map");
-    const std::string before = content();
-    EXPECT_EQ(remove_by_name(&given), 5u);
-    EXPECT_STREQ(err.message, "Failed DB Query for 'DELETE smb_username_map'. injected");
-    EXPECT_EQ(content(), before);
-}
-
-TEST_F(DeleteUser, NoStatementIsMissed)
-{
-    User given = with_id(200);
-    expect_no_statement_missed([&] { return remove(&given); }, {5, 8});
-    User bob = named("bob");
-    expect_no_statement_missed([&] { return remove_by_name(&bob); }, {5, 8});
 }
 
 TEST_F(DeleteUser, AChainIsRemovedWholeOrNotAtAll)

@@ -48,6 +48,22 @@ struct ListFile {
         ASSERT_EQ(mkdir(kPath, 0700), 0) << strerror(errno);
         mine = true;
     }
+    void make_pipe()
+    {
+        remove();
+        ASSERT_EQ(mkfifo(kPath, 0600), 0) << strerror(errno);
+        mine = true;
+    }
+    void make_link(const char *target)
+    {
+        remove();
+        ASSERT_EQ(symlink(target, kPath), 0) << strerror(errno);
+        mine = true;
+    }
+    void resize(off_t size)
+    {
+        ASSERT_EQ(truncate(kPath, size), 0) << strerror(errno);
+    }
     void remove()
     {
         if (!mine) return;

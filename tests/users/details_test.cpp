@@ -352,32 +352,6 @@ TEST_F(UserDetails, GetUserFindsRemovedUsersButNoSystemAccounts)
     EXPECT_EQ(get(100), 5u) << "without either group nobody can be told from a guest";
 }
 
-TEST_F(UserDetails, GetUserReportsEachFailedStatement)
-{
-    struct Case {
-        const char *part;
-        const char *message;
-    };
-    const Case cases[] = {
-        {"FROM service_cifs", "Failed DB Query 'SELECT service_cifs'. (injected)"},
-        {"SELECT U.id,U.uname", "Failed DB Query for user. injected"},
-        {"FROM user_quota Q", "Failed DB Query for user_quota. injected"},
-        {"FROM `$home_folder` H", "Failed DB Query for $home_folder. injected"},
-        {"SELECT A.home_volume_id", "Failed DB Query for 'SELECT account_default and $user'."},
-        {"FROM '$timemachine_quota' T", "Failed DB Query for $timemachine_quota. injected"},
-    };
-    User before{};
-    before.resource_id = 100;
-    before.UserName = "as it was";
-    for (const Case &each : cases) {
-        user = before;
-        fail_statement(1, 1, "injected", each.part);
-        expect_failure(5, each.message, [&] { return qbobj_getUser(qbdb, db, &user, &err); });
-        EXPECT_EQ(memcmp(&user, &before, sizeof user), 0) << "the record is not written";
-        EXPECT_EQ(get(100), 0u) << "the next call works";
-    }
-}
-
 struct SystemUsers : Users {
     SystemUser account{};
     uint32_t get(int32_t resource_id, int32_t user_id = 0)

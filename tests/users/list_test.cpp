@@ -362,26 +362,6 @@ TEST_F(UserList, AppendsToAListThatIsNotEmpty)
     EXPECT_THAT(names(), ElementsAre("first", "anna"));
 }
 
-TEST_F(UserList, FailsWithoutTouchingTheListBeforeTheFirstUser)
-{
-    struct Case {
-        const char *part;
-        const char *message;
-    };
-    for (const Case &each : {Case{"FROM service_cifs", "Failed DB Query 'SELECT service_cifs'. (injected)"},
-                             Case{"SELECT COUNT(*)  FROM `$user` U", "Failed DB Query for user. injected"},
-                             Case{"SELECT COUNT(*) FROM `$user` U", "Failed DB Query for user. injected"},
-                             Case{"SELECT U.id,U.uname", "Failed DB Query for user. injected"}}) {
-        users = {nullptr, -1, -1};
-        fail_statement(1, 1, "injected", each.part);
-        expect_failure(5, each.message, [&] { return qbobj_getUserCollection(qbdb, db, &users, nullptr, 0, &err); });
-        EXPECT_EQ(users.User, nullptr);
-        EXPECT_EQ(users.Entries, -1);
-        EXPECT_EQ(users.TotalEntries, -1);
-        EXPECT_EQ(list(nullptr).size(), 5u) << "the next call works";
-    }
-}
-
 TEST_F(UserList, AFailureInTheMiddleKeepsTheUsersReadSoFar)
 {
     struct Case {

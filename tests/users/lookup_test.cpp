@@ -100,15 +100,6 @@ TEST_F(Members, APrimaryMemberComesOnceForEachSecondaryMembership)
     EXPECT_THAT(names(), ElementsAre("anna"));
 }
 
-TEST_F(Members, AFailedStatementIsReported)
-{
-    for (const int32_t primary_only : {0, 1}) {
-        fail_statement(1);
-        expect_failure(5, "Failed DB Query for user. injected", [&] { return members("staff", primary_only); });
-        EXPECT_EQ(users.User, nullptr);
-    }
-}
-
 TEST_F(Members, TraceTheNumberOfRows)
 {
     qbdb->log_level = 5;
@@ -209,6 +200,17 @@ TEST_F(Lookups, UserIdByNameRunsItsStatementAsItStands)
         qbobj_getUID(qbdb, db, each.name, &id, &err);
         EXPECT_THAT(take_statements(), testing::Contains(each.statement));
     }
+}
+
+TEST_F(Lookups, AFailedLookUpIsLoggedAsNobodysError)
+{
+    sql("DROP TABLE service_cifs");
+    int32_t id = 0;
+    log.clear();
+    EXPECT_EQ(qbobj_getUID(qbdb, db, "anna", &id, &err), kNothing);
+    EXPECT_EQ(err.code, 0u);
+    EXPECT_THAT(logged(2), ElementsAre("Failed DB Query 'SELECT service_cifs'. (no such table: service_cifs)\n"));
+    EXPECT_EQ(log[0].flag, 0u);
 }
 
 TEST_F(Lookups, AFailedStatementFindsNothing)

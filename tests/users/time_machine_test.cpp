@@ -117,6 +117,24 @@ TEST_F(TimeMachine, DoesNotWaitForAPipe)
     EXPECT_EQ(used(), 0u);
 }
 
+TEST_F(TimeMachine, ReadsNoDevice)
+{
+    make_bundle(bundle, 1000000, 3);
+    std::filesystem::remove(bundle + "/Info.plist");
+    std::filesystem::create_symlink("/dev/zero", bundle + "/Info.plist");
+    EXPECT_EQ(used(), 0u);
+}
+
+TEST_F(TimeMachine, ReadsNoEndlessDescription)
+{
+    make_bundle(bundle, 1, 5);
+    const std::string key = "\t<key>band-size</key>\n\t<integer>2000000</integer>\n";
+    describe(std::string(9000, '\n') + key);
+    EXPECT_EQ(used(), 10u);
+    describe(std::string(10000, '\n') + key);
+    EXPECT_EQ(used(), 0u);
+}
+
 TEST_F(TimeMachine, PathsTooLongMeasureNothing)
 {
     make_bundle(bundle, 1000000, 3);

@@ -235,6 +235,7 @@ inline const std::vector<Check> &all()
         {"protocol name", {0, 1}, plain(check_protocol_name)},
         {"media type", {0, 1}, number_map<int32_t>(parse_media_type)},
         {"resource id", {0, 1}, run_resource_id},
+        {"literal list", {0, 1}, plain(check_literal_list)},
         {"password mask", {0, 1}, run_mask},
         {"hardware address", {0, 1, 2}, plain(check_mac)},
         {"dotted address", {0, -1, 1, 2}, plain(check_ipv4)},

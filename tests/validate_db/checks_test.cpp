@@ -34,7 +34,16 @@ struct ValidateDb : test::Database {
     }
 };
 
-/// What a check answers for a name: the text that it hands back, or null when it finds nothing.
+constexpr char kFailed[] = "disk I/O error";
+
+/// A look-up's answer in one word: "found", "missing", or what the database said.
+std::string answer(const Failure &bad, bool found)
+{
+    EXPECT_FALSE(bad && found);
+    return bad ? bad.text : found ? "found" : "missing";
+}
+
+/// What a look-up answers for a name: the text that it hands back, or null when it finds nothing.
 struct Look {
     NameCheck check;
     const char *name;
@@ -123,10 +132,14 @@ TEST_F(ValidateDb, LooksNamesUp)
     std::set<NameCheck> found_by, missed_by;
     for (const Look &look : kLooks) {
         SCOPED_TRACE(std::to_string(static_cast<int>(look.check)) + " " + look.name);
-        const char *found = "untouched";
-        EXPECT_EQ(check_name(&ctx, db, look.check, look.name, &found), look.found ? kFound : kNotFound);
-        EXPECT_STREQ(found, look.found);
-        EXPECT_EQ(check_name(&ctx, db, look.check, look.name), look.found ? kFound : kNotFound);
+        const char *text = "untouched";
+        bool found = !look.found;
+        const Failure bad = find_name(&ctx, db, look.check, look.name, found, text);
+        EXPECT_EQ(answer(bad, found), look.found ? "found" : "missing");
+        EXPECT_STREQ(text, look.found);
+        found = !look.found;
+        EXPECT_FALSE(find_name(&ctx, db, look.check, look.name, found));
+        EXPECT_EQ(found, look.found != nullptr);
         EXPECT_EQ(take_statements().size(), 2u) << "one statement a look-up";
         (look.found ? found_by : missed_by).insert(look.check);
     }
@@ -162,15 +175,16 @@ TEST_F(ValidateDb, AsksTheseQuestions)
         {NameCheck::alias, "SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname='x''y' limit 1"},
     };
     ASSERT_EQ(std::size(rows), static_cast<size_t>(kChecks));
+    bool found = false;
     for (const auto &row : rows) {
-        check_name(&ctx, db, row.check, "x'y");
+        EXPECT_FALSE(find_name(&ctx, db, row.check, "x'y", found));
         EXPECT_THAT(take_statements(), ElementsAre(row.statement));
     }
     int32_t count = 0;
-    check_id(&ctx, db, IdCheck::user, -7);
-    check_id(&ctx, db, IdCheck::group, 98);
-    count_rsync_keys(&ctx, db, 100, &count);
-    count_timemachine_quotas(&ctx, db, &count);
+    EXPECT_FALSE(find_id(&ctx, db, IdCheck::user, -7, found));
+    EXPECT_FALSE(find_id(&ctx, db, IdCheck::group, 98, found));
+    EXPECT_FALSE(count_rsync_keys(&ctx, db, 100, count));
+    EXPECT_FALSE(count_timemachine_quotas(&ctx, db, count));
     EXPECT_THAT(take_statements(),
                 ElementsAre("SELECT id FROM `$user` WHERE id=-7", "SELECT id FROM `$group` WHERE id=98",
                             "SELECT COUNT(*) FROM ssh_public_key WHERE user_id=100 AND serve_for='rsync'",
@@ -180,9 +194,11 @@ TEST_F(ValidateDb, AsksTheseQuestions)
 TEST_F(ValidateDb, FindsNoNullName)
 {
     for (int check = 0; check < kChecks; check++) {
-        const char *found = "untouched";
-        EXPECT_EQ(check_name(&ctx, db, static_cast<NameCheck>(check), nullptr, &found), kNotFound) << check;
-        EXPECT_EQ(found, nullptr) << check;
+        const char *text = "untouched";
+        bool found = true;
+        EXPECT_FALSE(find_name(&ctx, db, static_cast<NameCheck>(check), nullptr, found, text)) << check;
+        EXPECT_FALSE(found) << check;
+        EXPECT_EQ(text, nullptr) << check;
     }
     EXPECT_THAT(take_statements(), ElementsAre());
 }
@@ -191,28 +207,39 @@ TEST_F(ValidateDb, TellsAFailedStatementFromAMiss)
 {
     for (const Look &look : kLooks) {
         SCOPED_TRACE(std::to_string(static_cast<int>(look.check)) + " " + look.name);
-        fail_statement(1, 10, "disk I/O error");
-        const char *found = "untouched";
-        EXPECT_EQ(check_name(&ctx, db, look.check, look.name, &found), kCheckFailed);
-        EXPECT_EQ(found, nullptr);
+        fail_statement(1, 10, kFailed);
+        const char *text = "untouched";
+        bool found = true;
+        const Failure bad = find_name(&ctx, db, look.check, look.name, found, text);
+        EXPECT_EQ(answer(bad, found), kFailed);
+        EXPECT_EQ(text, nullptr);
     }
     EXPECT_EQ(err.code, 0u);
 }
 
 TEST_F(ValidateDb, HandsIdsBackAsNumbers)
 {
-    int32_t id = -1;
-    EXPECT_EQ(check_name_id(&ctx, db, NameCheck::domain_user, "DOM\\bob", &id), kFound);
-    EXPECT_EQ(id, -7);
-    EXPECT_EQ(check_name_id(&ctx, db, NameCheck::local_user, "root", &id), kFound);
-    EXPECT_EQ(id, 0);
-    id = 55;
-    EXPECT_EQ(check_name_id(&ctx, db, NameCheck::lun, "none", &id), kNotFound);
-    EXPECT_EQ(id, 0);
-    id = 55;
-    fail_statement(1);
-    EXPECT_EQ(check_name_id(&ctx, db, NameCheck::lun, "disk0", &id), kCheckFailed);
-    EXPECT_EQ(id, 0);
+    const struct {
+        NameCheck check;
+        const char *name;
+        const char *answer;
+        int32_t id;
+    } rows[] = {
+        {NameCheck::domain_user, "DOM\\bob", "found", -7},
+        {NameCheck::local_user, "root", "found", 0},
+        {NameCheck::lun, "none", "missing", 0},
+        {NameCheck::lun, nullptr, "missing", 0},
+        {NameCheck::lun, "disk0", "found", 11},
+        {NameCheck::lun, "disk0", kFailed, 0},
+    };
+    for (const auto &row : rows) {
+        int32_t id = 55;
+        bool found = false;
+        if (row.answer == kFailed) fail_statement(1, 10, kFailed);
+        const Failure bad = find_name(&ctx, db, row.check, row.name, found, id);
+        EXPECT_EQ(answer(bad, found), row.answer);
+        EXPECT_EQ(id, row.id);
+    }
 }
 
 TEST_F(ValidateDb, LooksIdsUp)
@@ -220,17 +247,23 @@ TEST_F(ValidateDb, LooksIdsUp)
     const struct {
         IdCheck check;
         int32_t id;
-        int32_t answer;
+        bool found;
     } rows[] = {
-        {IdCheck::user, 0, kFound},     {IdCheck::user, 100, kFound},           {IdCheck::user, 101, kFound},
-        {IdCheck::user, -7, kFound},    {IdCheck::user, 99, kNotFound},         {IdCheck::user, INT32_MIN, kNotFound},
-        {IdCheck::group, 98, kFound},   {IdCheck::group, 101, kFound},          {IdCheck::group, -5, kFound},
-        {IdCheck::group, 0, kNotFound}, {IdCheck::group, INT32_MAX, kNotFound},
+        {IdCheck::user, 0, true},   {IdCheck::user, 100, true},         {IdCheck::user, 101, true},
+        {IdCheck::user, -7, true},  {IdCheck::user, 99, false},         {IdCheck::user, INT32_MIN, false},
+        {IdCheck::group, 98, true}, {IdCheck::group, 101, true},        {IdCheck::group, -5, true},
+        {IdCheck::group, 0, false}, {IdCheck::group, INT32_MAX, false},
     };
-    for (const auto &row : rows) EXPECT_EQ(check_id(&ctx, db, row.check, row.id), row.answer) << row.id;
+    for (const auto &row : rows) {
+        bool found = !row.found;
+        EXPECT_FALSE(find_id(&ctx, db, row.check, row.id, found));
+        EXPECT_EQ(found, row.found) << row.id;
+    }
     for (const IdCheck check : {IdCheck::user, IdCheck::group}) {
-        fail_statement(1);
-        EXPECT_EQ(check_id(&ctx, db, check, 98), kCheckFailed);
+        fail_statement(1, 10, kFailed);
+        bool found = true;
+        const Failure bad = find_id(&ctx, db, check, 98, found);
+        EXPECT_EQ(answer(bad, found), kFailed);
     }
 }
 
@@ -248,26 +281,36 @@ TEST_F(ValidateDb, LooksAVolumeUpByIdBeforeName)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.volume ? row.volume : "null");
         const char *id = "untouched";
-        EXPECT_EQ(check_volume(&ctx, db, row.volume, &id), row.id ? kFound : kNotFound);
+        bool found = !row.id;
+        EXPECT_FALSE(find_volume(&ctx, db, row.volume, found, id));
+        EXPECT_EQ(found, row.id != nullptr);
         EXPECT_STREQ(id, row.id);
         EXPECT_EQ(take_statements().size(), row.statements);
-        EXPECT_EQ(check_volume(&ctx, db, row.volume), row.id ? kFound : kNotFound);
+        found = !row.id;
+        EXPECT_FALSE(find_volume(&ctx, db, row.volume, found));
+        EXPECT_EQ(found, row.id != nullptr);
         take_statements();
     }
-    check_volume(&ctx, db, "none");
+    bool found = true;
+    EXPECT_FALSE(find_volume(&ctx, db, "none", found));
     EXPECT_THAT(take_statements(), ElementsAre(HasSubstr("WHERE id="), HasSubstr("WHERE lv_name=")));
 }
 
 TEST_F(ValidateDb, DoesNotGoOnAfterAFailedVolumeLookUp)
 {
-    const char *id = "untouched";
-    fail_statement(1);
-    EXPECT_EQ(check_volume(&ctx, db, "other", &id), kCheckFailed);
-    EXPECT_EQ(id, nullptr);
-    EXPECT_EQ(take_statements().size(), 1u);
-    fail_statement(2);
-    EXPECT_EQ(check_volume(&ctx, db, "other", &id), kCheckFailed);
-    EXPECT_EQ(id, nullptr);
+    for (const int nth : {1, 2}) {
+        const char *id = "untouched";
+        bool found = true;
+        take_statements();
+        fail_statement(nth, 10, kFailed);
+        const Failure bad = find_volume(&ctx, db, "other", found, id);
+        EXPECT_EQ(answer(bad, found), kFailed);
+        EXPECT_EQ(id, nullptr);
+        EXPECT_EQ(take_statements().size(), static_cast<size_t>(nth));
+        fail_statement(nth, 10, kFailed);
+        const Failure without_id = find_volume(&ctx, db, "other", found);
+        EXPECT_EQ(answer(without_id, found), kFailed);
+    }
 }
 
 TEST_F(ValidateDb, CountsKeysAndAllowances)
@@ -275,21 +318,21 @@ TEST_F(ValidateDb, CountsKeysAndAllowances)
     sql("INSERT INTO ssh_public_key (user_id,serve_for,key) VALUES (100,'rsync','a'),(100,'rsync','b'),(100,'ssh','c'),"
         "(100,'RSYNC','d'),(100,NULL,'e'),(0,'rsync','a')");
     int32_t count = -1;
-    EXPECT_EQ(count_rsync_keys(&ctx, db, 100, &count), kFound);
+    EXPECT_FALSE(count_rsync_keys(&ctx, db, 100, count));
     EXPECT_EQ(count, 2);
-    EXPECT_EQ(count_rsync_keys(&ctx, db, 98, &count), kFound);
+    EXPECT_FALSE(count_rsync_keys(&ctx, db, 98, count));
     EXPECT_EQ(count, 0);
-    EXPECT_EQ(count_timemachine_quotas(&ctx, db, &count), kFound);
+    EXPECT_FALSE(count_timemachine_quotas(&ctx, db, count));
     EXPECT_EQ(count, 0);
     sql("INSERT INTO `$timemachine_quota` (user_id,enabled) VALUES (96,1),(100,0)");
-    EXPECT_EQ(count_timemachine_quotas(&ctx, db, &count), kFound);
+    EXPECT_FALSE(count_timemachine_quotas(&ctx, db, count));
     EXPECT_EQ(count, 2);
-    fail_statement(1);
-    EXPECT_EQ(count_timemachine_quotas(&ctx, db, &count), kCheckFailed);
+    fail_statement(1, 10, kFailed);
+    EXPECT_STREQ(count_timemachine_quotas(&ctx, db, count).text, kFailed);
     EXPECT_EQ(count, 0);
     count = 5;
-    fail_statement(1);
-    EXPECT_EQ(count_rsync_keys(&ctx, db, 100, &count), kCheckFailed);
+    fail_statement(1, 10, kFailed);
+    EXPECT_STREQ(count_rsync_keys(&ctx, db, 100, count).text, kFailed);
     EXPECT_EQ(count, 0);
 }
 

@@ -1,4 +1,4 @@
-#include "legacy/password.h"
+#include "validate/password.h"
 
 #include <crypt.h>
 

@@ -1,0 +1,12 @@
+#include "accounts/account_list.h"
+
+namespace qb {
+
+void build_page(const AccountQuery *query, PageClause &clause)
+{
+    if (!query->limit) return;
+    if (query->offset) sqlite3_snprintf(sizeof clause, clause, "LIMIT %d,%d", query->offset, query->limit);
+    else sqlite3_snprintf(sizeof clause, clause, "LIMIT %d", query->limit);
+}
+
+}  // namespace qb
