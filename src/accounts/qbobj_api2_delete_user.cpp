@@ -1,9 +1,9 @@
 // Removing users. The row stays, marked as removed, so that neither name nor id is given to somebody else;
 // what hangs on the user goes.
-#include "accounts/report_line.h"
 #include "accounts/smb_username_map.h"
 #include "accounts/user_changes.h"
 #include "frame/query.h"
+#include "frame/report_line.h"
 #include "validate/validate_db.h"
 
 namespace qb {

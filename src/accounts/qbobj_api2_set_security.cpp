@@ -2,9 +2,9 @@
 #include <cstring>
 
 #include "accounts/passwords.h"
-#include "accounts/report_line.h"
 #include "frame/pool.h"
 #include "frame/query.h"
+#include "frame/report_line.h"
 #include "frame/set_list.h"
 #include "validate/validate.h"
 

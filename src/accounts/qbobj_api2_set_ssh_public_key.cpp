@@ -1,7 +1,7 @@
 // Changing the title and the use of an SSH public key.
 #include "accounts/accounts.h"
-#include "accounts/report_line.h"
 #include "accounts/ssh_keys.h"
+#include "frame/report_line.h"
 
 namespace qb {
 namespace {

@@ -1,8 +1,8 @@
 // The SMB user-name map: second names under which SMB clients reach local accounts.
-#include "accounts/report_line.h"
 #include "accounts/smb_username_map.h"
 #include "frame/list.h"
 #include "frame/query.h"
+#include "frame/report_line.h"
 
 namespace qb {
 namespace {

@@ -2,8 +2,8 @@
 #include "accounts/ssh_keys.h"
 
 #include "accounts/accounts.h"
-#include "accounts/report_line.h"
 #include "frame/pool.h"
+#include "frame/report_line.h"
 
 namespace qb {
 

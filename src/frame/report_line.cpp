@@ -1,4 +1,4 @@
-#include "accounts/report_line.h"
+#include "frame/report_line.h"
 
 #include <cstdarg>
 
