@@ -62,7 +62,12 @@ inline constexpr Family kFamilies[] = {
      .goes_on = kAccountsGoesOn,
      .odd_answers = kAccountsOddAnswers,
      .memory_exceptions = kAccountsMemoryExceptions},
-    {.name = "services", .population = kServicesPopulation, .trials = kServicesTrials},
+    {.name = "services",
+     .population = kServicesPopulation,
+     .trials = kServicesTrials,
+     .left_outputs = kServicesLeftOutputs,
+     .silent = kServicesSilent,
+     .odd_answers = kServicesOddAnswers},
 };
 
 }  // namespace test

@@ -1,8 +1,8 @@
 // What a call notes of a lack of memory, and what becomes of its reports then.
-#include "accounts/report_line.h"
 #include "fixture/allocations.h"
 #include "frame/list.h"
 #include "frame/query.h"
+#include "frame/report_line.h"
 #include "frame/set_list.h"
 
 using namespace qb;
