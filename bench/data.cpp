@@ -58,6 +58,10 @@ void fill(sqlite3 *db, const Amount &amount)
            "INSERT INTO `$log` (tstamp,severity,category,msg_tag,msg_args_xml) SELECT 1700000000+i,'info','account',"
            "'LOGMSG_LOGIN','<user>anna</user>' FROM " +
                numbers(amount.entries));
+    run_on(db,
+           "INSERT INTO _dictionary (id,lang_id,str) SELECT printf('key%05d',t.i),l.i+1,'a text of some length '||t.i "
+           "FROM " +
+               numbers(amount.texts) + " t," + numbers(2) + " l");
     run_on(db, "UPDATE account_default SET next_uid=" + std::to_string(kFirstUser + amount.users));
     run_on(db, "COMMIT");
     run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");

@@ -14,6 +14,7 @@ struct Amount {
     int groups = 0;
     int members = 0;  // of each group
     int entries = 0;  // of the log
+    int texts = 0;    // of the user interface, in English and in German
 };
 
 /// First id of the users that a database is filled with.

@@ -162,6 +162,18 @@ std::vector<Case> read_cases(bool quick)
                           d.check(qbobj_getLog(d.qbdb, d.db, &query, &entries, &count, &total, &d.err));
                       },
                       [](Bed &bed) { bed.a.log_page(100, 5000); }, [](Bed &bed) { bed.b.log_page(100, 5000); }}});
+    for (const int texts : quick ? std::vector<int>{1000} : std::vector<int>{1000, 10000}) {
+        cases.push_back({"getDictionary/" + std::to_string(texts),
+                         texts,
+                         std::make_shared<LazyBed>(LazyBed{{.texts = texts}, nullptr}),
+                         {[](Bed &bed) {
+                              Data &d = bed.data;
+                              xmlNode *dictionary = nullptr;
+                              d.check(qbobj_getDictionary(d.qbdb, d.db, "de-de", &dictionary, &d.err));
+                              xmlFreeNode(dictionary);
+                          },
+                          [](Bed &bed) { bed.a.dictionary(); }, [](Bed &bed) { bed.b.dictionary(); }}});
+    }
     return cases;
 }
 

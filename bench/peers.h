@@ -2,10 +2,19 @@
 // from the same pool. An Engine (engines.h) says how a statement is run.
 #pragma once
 
+#include <libxml/tree.h>
+
+#include <cstring>
+
 #include "data.h"
 #include "engines.h"
 
 namespace bench {
+
+inline const xmlChar *xml(const char *text)
+{
+    return reinterpret_cast<const xmlChar *>(text);
+}
 
 template <class T>
 T *append(apr_pool_t *pool, T ***tail)
@@ -335,6 +344,38 @@ struct Peer {
             },
             offset, limit);
         engine.commit();
+    }
+
+    /// The tree is made and freed with libxml2, as a caller would.
+    void dictionary()
+    {
+        pool();
+        engine.begin();
+        xmlNode *root = xmlNewNode(nullptr, xml("Dictionary"));
+        xmlNode *german = nullptr;
+        engine.each("SELECT lang,spell FROM _lang_supported ORDER BY id", [&](const auto &row) {
+            xmlNode *language = xmlAddChild(root, xmlNewNode(nullptr, xml("Language")));
+            xmlNewProp(language, xml("code"), xml(row.text(0)));
+            xmlNewProp(language, xml("spell"), xml(row.text(1)));
+            if (strcmp(row.text(0), "de-de") == 0) german = language;
+        });
+        engine.each(
+            "SELECT CASE WHEN val='auto' THEN IFNULL(%Q,'en-us') ELSE val END FROM service_misc WHERE "
+            "key='GLASSDECKLOCALE'",
+            [](const auto &) {}, "de-de");
+        engine.each(
+            "SELECT EN.id,IFNULL(D.str,EN.str) FROM (SELECT id,str FROM _dictionary WHERE lang_id=(SELECT id FROM "
+            "_lang_supported WHERE lang='en-us')) AS EN LEFT JOIN _dictionary D ON D.id=EN.id AND D.lang_id=(SELECT id "
+            "FROM _lang_supported WHERE lang=%Q)",
+            [&](const auto &row) {
+                xmlNode *item = xmlAddChild(german, xmlNewNode(nullptr, xml("item")));
+                xmlNewProp(item, xml("key"), xml(row.text(0)));
+                const char *text = row.text(1);
+                xmlAddChild(item, xmlNewCDataBlock(nullptr, xml(text), static_cast<int>(strlen(text))));
+            },
+            "de-de");
+        engine.commit();
+        xmlFreeNode(root);
     }
 
     void add_log()

@@ -4,6 +4,7 @@
 #include "accounts/user_changes.h"
 #include "accounts/workers.h"
 #include "frame/addressed.h"
+#include "frame/report_line.h"
 #include "validate/validate_db.h"
 
 namespace qb {

@@ -3,6 +3,7 @@
 #include "accounts/workers.h"
 #include "frame/list.h"
 #include "frame/read_row.h"
+#include "frame/report_line.h"
 
 namespace qb {
 namespace {

@@ -4,6 +4,7 @@
 #include "accounts/workers.h"
 #include "frame/pool.h"
 #include "frame/read_row.h"
+#include "frame/report_line.h"
 
 namespace qb {
 

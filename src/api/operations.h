@@ -5,6 +5,7 @@
 
 #include "api/rows_accounts.h"
 #include "api/rows_legacy.h"
+#include "api/rows_services.h"
 #include "api/rows_system.h"
 
 namespace qb {
@@ -25,6 +26,7 @@ consteval auto joined(const QbobjOperation (&...families)[N])
 inline constexpr auto kOperations = joined(  //
     kSystemRows,                      //
     kLegacyRows,                      //
-    kAccountsRows);
+    kAccountsRows,                    //
+    kServicesRows);
 
 }  // namespace qb

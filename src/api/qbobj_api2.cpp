@@ -3,6 +3,7 @@
 #include "api/framed.h"
 #include "qbobj.h"
 #include "system/workers.h"
+#include "services/services.h"
 
 using namespace qb;
 using api::framed;
@@ -366,9 +367,114 @@ uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNa
 
 // ---- Protocol settings
 
+uint32_t qbobj_getProtocolCollection(qbdb_t *qbdb, sqlite3 *db, ProtocolCollection *collection, ErrorInfo *err)
+{
+    return framed<x_qbobj_getProtocolCollection>("qbobj_getProtocolCollection", qbdb, db, err, collection);
+}
+
+uint32_t qbobj_getProtocol(qbdb_t *qbdb, sqlite3 *db, const char *name, ProtocolCollection *collection, ErrorInfo *err)
+{
+    return framed<x_qbobj_getProtocol>("qbobj_getProtocol", qbdb, db, err, name, collection);
+}
+
+uint32_t qbobj_getSnmpOptions(qbdb_t *qbdb, sqlite3 *db, SnmpOptions *options, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSnmpOptions>("qbobj_getSnmpOptions", qbdb, db, err, options);
+}
+
+uint32_t qbobj_getHomeFolderOptions(qbdb_t *qbdb, sqlite3 *db, HomeFolderOptions *options, ErrorInfo *err)
+{
+    return framed<x_qbobj_getHomeFolderOptions>("qbobj_getHomeFolderOptions", qbdb, db, err, options);
+}
+
+uint32_t qbobj_setProtocolCollection(qbdb_t *qbdb, sqlite3 *db, ProtocolCollection *collection, ErrorInfo *err)
+{
+    return framed<x_qbobj_setProtocolCollection>("qbobj_setProtocolCollection", qbdb, db, err, collection);
+}
+
+uint32_t qbobj_setProtocolEnable(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t enabled, ErrorInfo *err)
+{
+    return framed<x_qbobj_setProtocolEnable>("qbobj_setProtocolEnable", qbdb, db, err, name, enabled);
+}
+
+uint32_t qbobj_setHomeFolderOptions(qbdb_t *qbdb, sqlite3 *db, HomeFolderOptions *options, ErrorInfo *err)
+{
+    return framed<x_qbobj_setHomeFolderOptions>("qbobj_setHomeFolderOptions", qbdb, db, err, options);
+}
+
 // ---- Time Machine, TiVo, Coffer
 
+uint32_t qbobj_getTimemachine(qbdb_t *qbdb, sqlite3 *db, Timemachine *tm, ErrorInfo *err)
+{
+    return framed<x_qbobj_getTimemachine>("qbobj_getTimemachine", qbdb, db, err, tm);
+}
+
+uint32_t qbobj_setTimemachine(qbdb_t *qbdb, sqlite3 *db, Timemachine *tm, ErrorInfo *err)
+{
+    return framed<x_qbobj_setTimemachine>("qbobj_setTimemachine", qbdb, db, err, tm);
+}
+
+uint32_t qbobj_setTimemachineEnable(qbdb_t *qbdb, sqlite3 *db, int32_t enable, ErrorInfo *err)
+{
+    return framed<x_qbobj_setTimemachineEnable>("qbobj_setTimemachineEnable", qbdb, db, err, enable);
+}
+
+uint32_t qbobj_getTIVOSettings(qbdb_t *qbdb, sqlite3 *db, TivoOptions *tivo, ErrorInfo *err)
+{
+    return framed<x_qbobj_getTIVOSettings>("qbobj_getTIVOSettings", qbdb, db, err, tivo);
+}
+
+uint32_t qbobj_setTIVOSettings(qbdb_t *qbdb, sqlite3 *db, TivoOptions *tivo, ErrorInfo *err)
+{
+    return framed<x_qbobj_setTIVOSettings>("qbobj_setTIVOSettings", qbdb, db, err, tivo);
+}
+
+uint32_t qbobj_setTIVOMak(qbdb_t *qbdb, sqlite3 *db, TivoMak *mak, ErrorInfo *err)
+{
+    return framed<x_qbobj_setTIVOMak>("qbobj_setTIVOMak", qbdb, db, err, mak);
+}
+
+uint32_t qbobj_getCofferSettings(qbdb_t *qbdb, sqlite3 *db, Coffer *coffer, ErrorInfo *err)
+{
+    return framed<x_qbobj_getCofferSettings>("qbobj_getCofferSettings", qbdb, db, err, coffer);
+}
+
+uint32_t qbobj_setCofferSettings(qbdb_t *qbdb, sqlite3 *db, Coffer *coffer, ErrorInfo *err)
+{
+    return framed<x_qbobj_setCofferSettings>("qbobj_setCofferSettings", qbdb, db, err, coffer);
+}
+
+uint32_t qbobj_cleanCofferSettings(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err)
+{
+    return framed<x_qbobj_cleanCofferSettings>("qbobj_cleanCofferSettings", qbdb, db, err);
+}
+
 // ---- Dictionary and daemon record
+
+uint32_t qbobj_getDictionary(qbdb_t *qbdb, sqlite3 *db, const char *languageWish, struct _xmlNode **dictionary,
+                             ErrorInfo *err)
+{
+    return framed<x_qbobj_getDictionary>("qbobj_getDictionary", qbdb, db, err, languageWish, dictionary);
+}
+
+uint32_t qbobj_getTranslatedString(qbdb_t *qbdb, sqlite3 *db, const char *languageWish, const char *key,
+                                   const char *defaultText, const char **text, ErrorInfo *err)
+{
+    return framed<x_qbobj_getTranslatedString>("qbobj_getTranslatedString", qbdb, db, err, languageWish, key,
+                                               defaultText, text);
+}
+
+uint32_t qbobj_getQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t *started, int32_t *stopped, const char **version,
+                                ErrorInfo *err)
+{
+    return framed<x_qbobj_getQuillboxdInfo>("qbobj_getQuillboxdInfo", qbdb, db, err, started, stopped, version);
+}
+
+uint32_t qbobj_setQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t started, int32_t stopped, const char *version,
+                                ErrorInfo *err)
+{
+    return framed<x_qbobj_setQuillboxdInfo>("qbobj_setQuillboxdInfo", qbdb, db, err, started, stopped, version);
+}
 
 // ---- Volumes and disks
 

@@ -3,6 +3,7 @@
 
 #include "anomaly/setups/accounts.h"
 #include "anomaly/setups/legacy.h"
+#include "anomaly/setups/services.h"
 #include "anomaly/setups/system.h"
 #include "anomaly/trial.h"
 
@@ -61,6 +62,12 @@ inline constexpr Family kFamilies[] = {
      .goes_on = kAccountsGoesOn,
      .odd_answers = kAccountsOddAnswers,
      .memory_exceptions = kAccountsMemoryExceptions},
+    {.name = "services",
+     .population = kServicesPopulation,
+     .trials = kServicesTrials,
+     .left_outputs = kServicesLeftOutputs,
+     .silent = kServicesSilent,
+     .odd_answers = kServicesOddAnswers},
 };
 
 }  // namespace test

@@ -3,6 +3,7 @@
 #include "fixture/allocations.h"
 #include "frame/list.h"
 #include "frame/query.h"
+#include "frame/report_line.h"
 #include "frame/set_list.h"
 
 using namespace qb;

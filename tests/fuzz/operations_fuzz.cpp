@@ -5,6 +5,7 @@
 // here. Pointers that an operation requires are given, as its contract asks for; everything else is up to
 // the input: how long a chain is, what a text holds, which sub-record is missing.
 #include <fcntl.h>
+#include <libxml/tree.h>
 #include <sanitizer/lsan_interface.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -120,6 +121,27 @@ constexpr const char *kWords[] = {
     "LANGUAGE",
     "WIDGETRY",
     "ANTIVIRUS",
+    "anti-virus",
+    "skyloft",
+    "smartnetwork",
+    "cifs",
+    "nfs",
+    "ftp",
+    "daap",
+    "snmp",
+    "ssh",
+    "http",
+    "https",
+    "dlna",
+    "bonjour",
+    "avahi",
+    "anonymous",
+    "true",
+    "login",
+    "logout",
+    "de-de",
+    "en-us",
+    "add",
     "a@b.com",
     "host.example.com",
     "10.0.0.1",
@@ -158,10 +180,10 @@ constexpr const char *kWords[] = {
     "secret",
     "$1$abcdefgh$0123456789012345678901",
 };
-constexpr int64_t kNumbers[] = {0,         1,         2,         -1,      -2,         -5,     96,    97,
-                                98,        99,        100,       101,     102,        103,    104,   200,
-                                201,       255,       32766,     32767,   32768,      65533,  65534, INT32_MAX,
-                                INT32_MIN, INT64_MAX, INT64_MIN, 1 << 30, 4294967295, 1000000};
+constexpr int64_t kNumbers[] = {21,        2121,      40000,     65535,     0,       1,          2,      -1,    -2,
+                                -5,        96,        97,        98,        99,      100,        101,    102,   103,
+                                104,       200,       201,       255,       32766,   32767,      32768,  65533, 65534,
+                                INT32_MAX, INT32_MIN, INT64_MAX, INT64_MIN, 1 << 30, 4294967295, 1000000};
 
 template <class T, size_t N>
 constexpr uint32_t count_of(const T (&)[N])
@@ -298,6 +320,17 @@ void read_records(const QbobjField *type, const char *record)
     }
 }
 
+/// Reads every text of an XML tree.
+void read_tree(const xmlNode *node)
+{
+    for (; node; node = node->next) {
+        for (const xmlAttr *attribute = node->properties; attribute; attribute = attribute->next)
+            read_text(reinterpret_cast<const char *>(attribute->children->content));
+        if (node->type == XML_ELEMENT_NODE) read_tree(node->children);
+        else read_text(reinterpret_cast<const char *>(node->content));
+    }
+}
+
 // ---- the database
 
 constexpr const char *kPopulation =
@@ -330,7 +363,10 @@ constexpr const char *kPopulation =
     "('eth1',NULL,NULL,NULL,NULL,NULL,NULL,NULL);"
     "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml) VALUES (1,'info','disk','LOGMSG_A',NULL),"
     "(2,'err','misc','LOGMSG_B','<a/>'),(3,'emerge','share','LOGMSG_C','');"
-    "INSERT INTO `$registry` VALUES ('LANGUAGE','x');";
+    "INSERT INTO `$registry` VALUES ('LANGUAGE','x');"
+    "INSERT INTO service_tivo VALUES ('1','2','/tank/media','3');INSERT INTO tivo_mak VALUES ('anna','1');"
+    "INSERT INTO service_coffer VALUES (1,'a@b.com','x','y');"
+    "INSERT INTO _dictionary (id,lang_id,str) VALUES ('add',2,'Hinzufügen'),(']]>',1,']]>'),('null',1,NULL);";
 
 /// The populated database, and a copy of it in memory from which what an input changed is put back.
 struct Database {
@@ -428,7 +464,7 @@ struct Database {
         exec("BEGIN IMMEDIATE");
         for (const std::string &table : tables) {
             bool named = table == "sqlite_sequence";
-            for (const std::string &sql : changing) named = named || sql.find(table) != std::string::npos;
+            for (const std::string &sql : changing) named = named || strcasestr(sql.c_str(), table.c_str());
             if (!named) continue;
             exec("DELETE FROM main.\"" + table + "\"");
             exec("INSERT INTO main.\"" + table + "\" SELECT * FROM " + kept(table));
@@ -547,7 +583,11 @@ void read_argument(const QbobjArgument &argument, const Slot &slot)
     const char *value = pointer_at(slot.out);
     if (argument.kind == QBOBJ_KIND_STRING) read_text(value);
     else if (argument.kind == QBOBJ_KIND_LIST) read_records(argument.type, value);
-    else if (argument.kind == QBOBJ_KIND_XML) fail("a kind of argument that cannot be read yet");
+    else if (argument.kind == QBOBJ_KIND_XML) {
+        auto *tree = reinterpret_cast<xmlNode *>(const_cast<char *>(value));
+        read_tree(tree);
+        xmlFreeNode(tree);
+    }
 }
 
 bool is_documented(const QbobjOperation &operation, uint32_t rc)

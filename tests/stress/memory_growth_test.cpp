@@ -1,4 +1,5 @@
 // A long-running process does not grow: a million mixed calls with a request pool that is emptied for each.
+#include <libxml/tree.h>
 #include <malloc.h>
 
 #include <fstream>
@@ -72,6 +73,17 @@ uint32_t call(Handle &handle, Random &random)
             NetworkInterfaceCollection all{};
             return qbobj_getNetworkInterfaceCollection(qbdb, db, &all, err);
         }
+        case 10: {
+            xmlNode *dictionary = nullptr;
+            const uint32_t rc = qbobj_getDictionary(qbdb, db, "de-de", &dictionary, err);
+            xmlFreeNode(dictionary);
+            return rc;
+        }
+        case 11: {
+            ProtocolCollection all{};
+            return qbobj_getProtocolCollection(qbdb, db, &all, err);
+        }
+        case 12: return qbobj_setProtocolEnable(qbdb, db, "smartnetwork", static_cast<int32_t>(random.below(2)), err);
         default: break;
     }
     switch (random.below(5)) {
