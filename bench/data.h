@@ -14,6 +14,8 @@ struct Amount {
     int groups = 0;
     int members = 0;  // of each group
     int entries = 0;  // of the log
+    int enclosures = 0;
+    int bays = 0;  // of each enclosure, each with a disk
 };
 
 /// First id of the users that a database is filled with.

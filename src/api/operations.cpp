@@ -5,6 +5,7 @@
 #include "api/rows_accounts.h"
 #include "api/rows_legacy.h"
 #include "api/rows_system.h"
+#include "api/rows_volumes.h"
 
 namespace {
 
@@ -26,7 +27,8 @@ consteval auto joined(const QbobjOperation (&...families)[N])
 constexpr auto kOperations = joined(  //
     kSystemRows,                      //
     kLegacyRows,                      //
-    kAccountsRows);
+    kAccountsRows,                    //
+    kVolumesRows);
 
 const char *without_prefix(const char *name)
 {

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstddef>
 
 #include "handle.h"
@@ -27,9 +28,12 @@ struct Descriptor {
 /// A directory being read.
 struct Folder {
     DIR *dir;
+    /// Takes an opened directory. `errno` tells why there is nothing to read.
     explicit Folder(int fd) : dir(fd >= 0 ? fdopendir(fd) : nullptr)
     {
+        const int error = errno;
         if (!dir && fd >= 0) close(fd);
+        errno = error;
     }
     Folder(const Folder &) = delete;
     Folder &operator=(const Folder &) = delete;
@@ -58,8 +62,7 @@ inline int open_folder(int at, const char *path, int flags = 0)
     return openat(at, path, O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC | flags);
 }
 
-/// Brings `$disk_info` in line with the disks that the kernel shows. 0, or non-zero: the inventory is as it was, or
-/// lacks part of what is new.
+/// Brings `$disk_info` in line with the disks that the kernel shows. 0, or a result code: the inventory is as it was.
 int import_disks(qbdb_t *qbdb, sqlite3 *db);
 
 /// Brings `_hf_zfs_stat` in line with what the home folders use. 0, or a result code of the database.

@@ -206,7 +206,7 @@ void read_temperature(int device, FoundDisk *disk)
     }
 }
 
-/// Describes a block device; false when it is no disk.
+/// Describes a block device; false when it is no disk. Without memory for that `errno` says so.
 bool read_disk(int block, const char *name, FoundDisk *disk)
 {
     const Descriptor device(open_folder(block, name));
@@ -222,7 +222,7 @@ bool read_disk(int block, const char *name, FoundDisk *disk)
     read_first(device.fd, {"device/firmware_rev", "device/rev", "device/fwrev"}, disk->firmware, sizeof disk->firmware);
     read_rotation(device.fd, disk);
     read_size(device.fd, disk);
-    read_temperature(device.fd, disk);
+    read_temperature(device.fd, disk);  // the last: nothing after it touches errno
     return true;
 }
 
@@ -250,28 +250,35 @@ struct Inventory {
     }
 };
 
-int log_failure(qbdb_t *qbdb, const char *why)
+int log_failure(qbdb_t *qbdb, int rc, const char *why)
 {
     if (qbdb->log_level > 1) qbdb_log(qbdb, __FILE__, __LINE__, 2, 0, "The disks cannot be listed. %s\n", why);
-    return SQLITE_ERROR;
+    return rc;
+}
+
+int log_no_memory(qbdb_t *qbdb)
+{
+    return log_failure(qbdb, SQLITE_NOMEM, "Out of memory.");
 }
 
 /// Takes the inventory. 0, or non-zero, logged.
 int take_inventory(qbdb_t *qbdb, int root, Inventory *inventory)
 {
     const Folder block(open_folder(root, "sys/block"));
-    if (!block.dir) return log_failure(qbdb, strerror(errno));
+    if (!block.dir) return errno == ENOMEM ? log_no_memory(qbdb) : log_failure(qbdb, SQLITE_CANTOPEN, strerror(errno));
     size_t devices = 0;
     while (devices < kMostDisks && block.next()) devices++;
     rewinddir(block.dir);
-    if (apr_pool_create(&inventory->pool, pool_of(qbdb)) != APR_SUCCESS) return log_failure(qbdb, "Out of memory.");
+    if (apr_pool_create(&inventory->pool, pool_of(qbdb)) != APR_SUCCESS) return log_no_memory(qbdb);
     inventory->disks = static_cast<FoundDisk *>(apr_palloc(inventory->pool, (devices + 1) * sizeof(FoundDisk)));
-    if (!inventory->disks) return log_failure(qbdb, "Out of memory.");
+    if (!inventory->disks) return log_no_memory(qbdb);
     while (inventory->count < devices) {
         const dirent *entry = block.next();
         if (!entry) break;
-        FoundDisk *disk = &inventory->disks[inventory->count];
-        inventory->count += read_disk(dirfd(block.dir), entry->d_name, disk);
+        errno = 0;
+        const bool found = read_disk(dirfd(block.dir), entry->d_name, &inventory->disks[inventory->count]);
+        if (errno == ENOMEM) return log_no_memory(qbdb);
+        inventory->count += found;
     }
     std::sort(inventory->begin(), inventory->end(),
               [](const FoundDisk &a, const FoundDisk &b) { return strcmp(a.name, b.name) < 0; });
@@ -364,22 +371,33 @@ int mark_missing(qbdb_t *qbdb, sqlite3 *db, const Inventory &inventory)
     return rc;
 }
 
-}  // namespace
-
-// The disks that are gone come last: an import that fails halfway then reports less, and never a disk as pulled that is
-// in its bay.
-int import_disks(qbdb_t *qbdb, sqlite3 *db)
+int enter_inventory(qbdb_t *qbdb, sqlite3 *db, int root, const Inventory &inventory)
 {
-    const Descriptor root(open_folder(AT_FDCWD, import_root(qbdb)));
-    if (!root) return log_failure(qbdb, strerror(errno));
-    Inventory inventory;
-    int rc = take_inventory(qbdb, root.fd, &inventory);
+    int rc = 0;
     for (const FoundDisk &disk : inventory) {
         if (rc == 0) rc = enter_disk(qbdb, db, disk);
         if (rc == 0) rc = enter_surroundings(qbdb, db, disk);
     }
-    if (rc == 0) rc = enter_chassis(qbdb, db, root.fd);
+    if (rc == 0) rc = enter_chassis(qbdb, db, root);
     return rc == 0 ? mark_missing(qbdb, db, inventory) : rc;
+}
+
+}  // namespace
+
+// All or nothing: a disk that was entered by an import that then failed would be known to the next inventory, and
+// nobody would ever be told that it was plugged in.
+int import_disks(qbdb_t *qbdb, sqlite3 *db)
+{
+    const Descriptor root(open_folder(AT_FDCWD, import_root(qbdb)));
+    if (!root) return log_failure(qbdb, SQLITE_CANTOPEN, strerror(errno));
+    Inventory inventory;
+    if (const int rc = take_inventory(qbdb, root.fd, &inventory)) return rc;
+    int rc = qbdb_sql_exec_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, "SAVEPOINT import_disks");
+    if (rc) return rc;
+    rc = enter_inventory(qbdb, db, root.fd, inventory);
+    if (rc == 0) rc = qbdb_sql_exec_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, "RELEASE import_disks");
+    if (rc) qbdb_sql_exec_mprintf(qbdb, db, nullptr, __FILE__, __LINE__, "ROLLBACK TO import_disks");
+    return rc;
 }
 
 }  // namespace qdb

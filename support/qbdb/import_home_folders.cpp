@@ -70,6 +70,7 @@ bool ask_file_system(int fd, const struct stat &status, uint64_t *bytes)
 
 // ---- A walk ---------------------------------------------------------------------------------------------------------
 
+constexpr const char *kNoMemory = "Out of memory.";
 constexpr size_t kDeepest = 256;         // folders in folders: each holds a descriptor while it is walked
 constexpr size_t kBlock = 512;           // the unit of st_blocks
 constexpr uint32_t kBetweenClocks = 64;  // entries between two looks at the clock
@@ -157,7 +158,8 @@ struct Walk {
         }
         const int error = errno;
         close(fd);
-        return depth < kDeepest ? strerror(error) : "Its folders lie too deep in each other.";
+        if (depth == kDeepest) return "Its folders lie too deep in each other.";
+        return error == ENOMEM ? kNoMemory : strerror(error);
     }
 
     const char *within_bounds()
@@ -177,7 +179,7 @@ struct Walk {
         if (status.st_dev != device) return nullptr;
         if (!S_ISDIR(status.st_mode) && status.st_nlink > 1) {
             const int noted = seen.note(status.st_ino);
-            if (noted <= 0) return noted < 0 ? "Out of memory." : nullptr;
+            if (noted <= 0) return noted < 0 ? kNoMemory : nullptr;
         }
         bytes += static_cast<uint64_t>(status.st_blocks) * kBlock;
         if (!S_ISDIR(status.st_mode)) return nullptr;
@@ -291,7 +293,7 @@ int import_home_folders(qbdb_t *qbdb, sqlite3 *db)
     Homes homes;
     if (const int rc = read_homes(qbdb, db, &homes)) return rc;
     const Descriptor root(open_folder(AT_FDCWD, import_root(qbdb)));
-    if (!root) return log_unmeasured(qbdb, import_root(qbdb), strerror(errno)), SQLITE_ERROR;
+    if (!root) return log_unmeasured(qbdb, import_root(qbdb), strerror(errno)), SQLITE_CANTOPEN;
     const Bounds bounds = bounds_of(qbdb->internal->import);
     const int first = homes.index_of(qbdb->internal->import_home_next);
     qbdb->internal->import_home_next = 0;
@@ -304,6 +306,7 @@ int import_home_folders(qbdb_t *qbdb, sqlite3 *db)
         measured = why ? nullptr : homes.path(at);
         if (why) {
             log_unmeasured(qbdb, homes.path(at), why);
+            if (why == kNoMemory) return SQLITE_NOMEM;
             if (now_ms() < bounds.deadline_ms) continue;
             qbdb->internal->import_home_next = homes.id((at + (i == 0)) % homes.count);
             return 0;

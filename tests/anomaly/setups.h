@@ -4,6 +4,7 @@
 #include "anomaly/setups/accounts.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/system.h"
+#include "anomaly/setups/volumes.h"
 #include "anomaly/trial.h"
 
 namespace test {
@@ -61,6 +62,13 @@ inline constexpr Family kFamilies[] = {
      .goes_on = kAccountsGoesOn,
      .odd_answers = kAccountsOddAnswers,
      .memory_exceptions = kAccountsMemoryExceptions},
+    {.name = "volumes",
+     .population = kVolumesPopulation,
+     .trials = kVolumesTrials,
+     .left_outputs = kVolumesLeftOutputs,
+     .silent = kVolumesSilent,
+     .goes_on = kVolumesGoesOn,
+     .memory_exceptions = kVolumesMemoryExceptions},
 };
 
 }  // namespace test
