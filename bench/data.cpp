@@ -22,6 +22,27 @@ std::string numbers(int n)
            ") SELECT i FROM c WHERE " + std::to_string(n) + ">0)";
 }
 
+void fill_enclosures(sqlite3 *db, const Amount &amount)
+{
+    const std::string enclosures = numbers(amount.enclosures);
+    const std::string bays = enclosures + " e," + numbers(amount.bays) + " b";
+    run_on(db,
+           "INSERT INTO _disk_enclosure (controller,name,nr_row,nr_column,disk_horizontal,ses_device) SELECT "
+           "i,printf('Shelf %d',i),8,4,1,printf('/dev/sg%d',i) FROM " +
+               enclosures);
+    run_on(db, "INSERT INTO jbod_port SELECT i,printf('Port %d',i) FROM " + enclosures);
+    run_on(db, "INSERT INTO disk_port SELECT e.i,b.i,b.i%4+1,b.i/4+1 FROM " + bays);
+    run_on(db,
+           "INSERT INTO `$disk_info` SELECT printf('sd%d-%d',e.i,b.i),1,'SEAGATE ST8000NM0055',"
+           "printf('ZA1%04d%04d',e.i,b.i),'SN05',7200,15628053168,8001563222016,e.i,b.i,'sas','tank','data','0',"
+           "9173294387523,b.i,0,1 FROM " +
+               bays);
+    run_on(db,
+           "INSERT INTO _disk_health (disk_id,temp,ata_errors,zpool_state) SELECT printf('sd%d-%d',e.i,b.i),34,0,"
+           "'ONLINE' FROM " +
+               bays);
+}
+
 void fill(sqlite3 *db, const Amount &amount)
 {
     const std::string id = std::to_string(kFirstUser) + "+i";
@@ -62,6 +83,7 @@ void fill(sqlite3 *db, const Amount &amount)
            "INSERT INTO _dictionary (id,lang_id,str) SELECT printf('key%05d',t.i),l.i+1,'a text of some length '||t.i "
            "FROM " +
                numbers(amount.texts) + " t," + numbers(2) + " l");
+    fill_enclosures(db, amount);
     run_on(db, "UPDATE account_default SET next_uid=" + std::to_string(kFirstUser + amount.users));
     run_on(db, "COMMIT");
     run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");

@@ -15,6 +15,8 @@ struct Amount {
     int members = 0;  // of each group
     int entries = 0;  // of the log
     int texts = 0;    // of the user interface, in English and in German
+    int enclosures = 0;
+    int bays = 0;  // of each enclosure, each with a disk
 };
 
 /// First id of the users that a database is filled with.

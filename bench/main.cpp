@@ -177,6 +177,35 @@ std::vector<Case> read_cases(bool quick)
     return cases;
 }
 
+std::vector<Case> disk_cases(bool quick)
+{
+    std::vector<Case> cases;
+    std::shared_ptr<LazyBed> bed;
+    for (const int enclosures : quick ? std::vector<int>{8} : std::vector<int>{1, 8, 64}) {
+        bed = std::make_shared<LazyBed>(LazyBed{{.enclosures = enclosures, .bays = 32}, nullptr});
+        cases.push_back({"getDiskEnclosureCollection/" + std::to_string(enclosures) + "x32",
+                         enclosures * 32,
+                         bed,
+                         {[](Bed &b) {
+                              Data &d = b.data;
+                              DiskEnclosureCollection all{};
+                              d.check(qbobj_getDiskEnclosureCollection(d.qbdb, d.db, &all, &d.err));
+                          },
+                          [](Bed &b) { b.a.all_enclosures(); }, [](Bed &b) { b.b.all_enclosures(); }}});
+    }
+    cases.push_back({"getDiskByDevname/1",
+                     1,
+                     bed,
+                     {[](Bed &b) {
+                          Data &d = b.data;
+                          Disk disk{};
+                          disk.DevName = "sd0-17";
+                          d.check(qbobj_getDiskByDevname(d.qbdb, d.db, &disk, &d.err));
+                      },
+                      [](Bed &b) { b.a.one_disk("sd0-17"); }, [](Bed &b) { b.b.one_disk("sd0-17"); }}});
+    return cases;
+}
+
 std::vector<Case> write_cases(bool quick)
 {
     static constexpr char kRemoveUsers[] =
@@ -248,6 +277,7 @@ std::vector<Case> all_cases(bool quick)
 {
     std::vector<Case> cases = read_cases(quick);
     cases.push_back(trace_case(cases[0].bed));
+    for (Case &each : disk_cases(quick)) cases.push_back(std::move(each));
     for (Case &each : write_cases(quick)) cases.push_back(std::move(each));
     return cases;
 }

@@ -59,6 +59,26 @@ inline constexpr char kUser[] =
     "G.gname='guest'),(SELECT id FROM `$group` G WHERE G.gname='nogroup')) AND U.id=%d ORDER BY U.uname COLLATE "
     "NOCASE";
 
+inline constexpr char kDisks[] =
+    "SELECT D.id,D.present,D.model,D.serial,D.fw_version,D.rpm,D.sectors,D.capacity,H.temp,H.ata_errors,D.volume_id,"
+    "P.slot_col||'x'||P.slot_row,D.hwif,D.pool_type,D.pool_state,D.pool_hostid,P.controller,"
+    "IFNULL(H.zpool_state,'ONLINE'),D.controller,D.channel FROM `$disk_info` D INNER JOIN disk_port P ON "
+    "P.controller=D.controller AND P.port=D.port INNER JOIN _disk_health H ON H.disk_id=D.id WHERE D.controller=%d "
+    "ORDER BY 20 COLLATE NOCASE";
+inline constexpr char kOneDisk[] =
+    "SELECT D.id,D.present,D.model,D.serial,D.fw_version,D.rpm,D.sectors,D.capacity,H.temp,H.ata_errors,D.volume_id,"
+    "P.slot_col||'x'||P.slot_row,D.hwif,P.controller,D.controller,D.channel,D.replaced_with_spare,"
+    "D.is_signed_by_vxmr FROM `$disk_info` D INNER JOIN disk_port P ON P.controller=D.controller AND P.port=D.port "
+    "LEFT JOIN _disk_health H ON H.disk_id=D.id WHERE D.id=%Q";
+
+inline const char *pool_state(int32_t state, const char *volume, uint64_t host)
+{
+    static constexpr const char *kWords[] = {"ACTIVE",  "EXPORTED",      "DESTROYED", "SPARE",
+                                             "L2CACHE", "UNINITIALIZED", "UNAVAIL",   "POTENTIALLY_ACTIVE"};
+    if (host == 0 || !*volume) return "NEW";
+    return state >= 0 && state < 8 ? kWords[state] : "UNKNOWN";
+}
+
 template <class Engine>
 struct Peer {
     Engine engine;
@@ -384,6 +404,93 @@ struct Peer {
         engine.begin();
         engine.run("INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml)VALUES(%d,%Q,%Q,%Q,%Q)",
                    1700000000, "info", "account", "LOGMSG_LOGIN", "<user>anna</user>");
+        engine.commit();
+    }
+
+    template <class Row>
+    void fill_disk(Disk *disk, const Row &row)
+    {
+        disk->DiskId = disk->DevName = row.word(0);
+        disk->Present = row.int32(1);
+        disk->Model = row.word(2);
+        disk->Serial = row.word(3);
+        disk->FirmwareVersion = row.word(4);
+        disk->RPM = row.int32(5);
+        disk->Sectors = row.uint64(6);
+        disk->Capacity = row.uint64(7);
+        disk->Temperature = row.int32(8);
+        disk->ATAError = row.int32(9);
+        disk->Pool = row.word(10);
+        disk->SlotName = row.word(11);
+        disk->HardwareInterface = row.word(12);
+    }
+
+    void disks_of(DiskCollection *enclosure, int32_t controller)
+    {
+        Disk **tail = &enclosure->Disk;
+        engine.each(
+            kDisks,
+            [&](const auto &row) {
+                Disk *disk = append(engine.pool, &tail);
+                fill_disk(disk, row);
+                disk->resource_id = static_cast<int32_t>(strtol(disk->DiskId, nullptr, 10));
+                disk->PoolType = row.word(13);
+                disk->PoolHostId = row.uint64(15);
+                disk->PoolState = pool_state(row.int32(14), disk->Pool, disk->PoolHostId);
+                disk->DiskEnclosureId = row.int32(16);
+                disk->DiskState = row.word(17);
+                disk->Controller = row.int32(18);
+                disk->Channel = row.int32(19);
+            },
+            controller);
+        engine.each(
+            "SELECT E.controller,E.nr_column,E.nr_row,E.disk_horizontal,E.name,J.label,E.ses_device,E.dead_slots FROM "
+            "_disk_enclosure E INNER JOIN jbod_port J ON J.controller=E.controller WHERE E.controller=%d",
+            [&](const auto &row) {
+                enclosure->DiskEnclosureId = row.int32(0);
+                enclosure->EnclosureCols = row.int32(1);
+                enclosure->EnclosureRows = row.int32(2);
+                enclosure->IsSlotHorizontal = row.int32(3);
+                enclosure->EnclosureName = row.word(4);
+                enclosure->DiskEnclosurePort = row.word(5);
+                enclosure->SESDevice = row.word(6);
+                enclosure->DeadSlots = row.text(7);
+            },
+            controller);
+    }
+
+    void all_enclosures()
+    {
+        pool();
+        engine.begin();
+        DiskEnclosureCollection enclosures{};
+        DiskCollection **tail = &enclosures.DiskCollection;
+        engine.each("SELECT E.controller,E.name,E.nr_row,E.nr_column,E.disk_horizontal FROM _disk_enclosure E",
+                    [&](const auto &row) {
+                        DiskCollection *enclosure = append(engine.pool, &tail);
+                        const int32_t controller = row.int32(0);
+                        enclosure->key = apr_psprintf(engine.pool, "controller-%d", controller);
+                        disks_of(enclosure, controller);
+                    });
+        engine.commit();
+    }
+
+    void one_disk(const char *name)
+    {
+        pool();
+        engine.begin();
+        Disk disk{};
+        engine.each(
+            kOneDisk,
+            [&](const auto &row) {
+                fill_disk(&disk, row);
+                disk.DiskEnclosureId = row.int32(13);
+                disk.Controller = row.int32(14);
+                disk.Channel = row.int32(15);
+                disk.ReplacedWithSpare = row.int32(16);
+                disk.IsSignedByVexmoor = row.int32(17);
+            },
+            name);
         engine.commit();
     }
 };

@@ -182,12 +182,45 @@ typedef int (*qbdb_import_hook)(void *context, qbdb_t *qbdb, sqlite3 *db, int se
 #define QBDB_IMPORT_HOME_FOLDERS 15 /**< Refresh `_hf_zfs_stat` from the file system. */
 
 /**
- * Installs the importer. The default imports nothing and succeeds.
+ * Installs the importer. The default asks this machine. QBDB_IMPORT_DISKS reads the block devices that have hardware
+ * behind them from /sys/block: a disk that is there is entered or brought up to date in `$disk_info`, one that is gone
+ * stays with `present` 0; a chassis, its bays and a health row are made where the database describes none.
+ * QBDB_IMPORT_HOME_FOLDERS measures the home folders into `_hf_zfs_stat` (qbdb_import_options). Any other selector,
+ * and a database opened for reading, imports nothing and succeeds.
  * @param qbdb    The handle.
  * @param hook    The importer; null restores the default.
  * @param context Passed to the hook.
  */
 QBDB_API void qbdb_set_import_hook(qbdb_t *qbdb, qbdb_import_hook hook, void *context);
+
+/** Most entries that are counted in one home folder unless the options say otherwise. */
+#define QBDB_IMPORT_HOME_ENTRIES 1000000u
+/** Milliseconds that one import of home folders takes at most unless the options say otherwise: the database is
+    locked for others meanwhile, and they wait for QBDB_DEFAULT_TIMEOUT_MS. */
+#define QBDB_IMPORT_HOME_MS 3000u
+
+/**
+ * What the default importers look at, and how long.
+ *
+ * A home folder that is a btrfs subvolume under quota uses what the file system says. Any other is walked and uses the
+ * blocks of what lies in it, as `du -x` counts: links are not followed, other file systems not entered, a file with
+ * several names is counted once. A folder that is not there uses nothing. One that cannot be read whole, or within the
+ * bounds, keeps its last figure, and the reason is logged; the next import of the handle begins with the folders that
+ * the time did not suffice for.
+ */
+typedef struct qbdb_import_options {
+    const char *root;           /**< Directory that stands for "/"; null for "/" itself. Copied. */
+    uint32_t home_entries;      /**< Most entries counted in one home folder; 0 for QBDB_IMPORT_HOME_ENTRIES. */
+    uint32_t home_milliseconds; /**< Longest time of one import; 0 for QBDB_IMPORT_HOME_MS. */
+} qbdb_import_options;
+
+/**
+ * Sets the options of the default importers.
+ * @param qbdb    The handle.
+ * @param options The options, copied; null restores the default.
+ * @return 0, or 7 when there is no memory: the options are as they were.
+ */
+QBDB_API int qbdb_set_import_options(qbdb_t *qbdb, const qbdb_import_options *options);
 
 /**
  * Regenerates a service's settings after its shares changed.

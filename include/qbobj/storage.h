@@ -337,6 +337,227 @@ struct SubvolumeCollection {
     struct Subvolume *Subvolume; /**< Head of the list, null when empty. */
 };
 
+/* ---- Volumes ------------------------------------------------------------------------------------ */
+
+/**
+ * Lists the volumes by name, case ignored; removable storage ("USB") is not among them.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param volumes Out: SystemRaidMode ("SWELL" when none is stored), and the volumes, appended to the record's list.
+ * @param err     Out: error record, not null.
+ * @return 0; 2 no memory, the volumes read so far stay in the list; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getVolumeCollection(qbdb_t *qbdb, sqlite3 *db, VolumeCollection *volumes, ErrorInfo *err);
+
+/**
+ * Refreshes a volume's figures: sizes, health, announcements, key file, balance and disk test. Its name and RAID type
+ * stay as they are.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param volume VolumeId addresses the volume; all other fields are stored as they are, a null text as NULL. When no
+ *               volume has the id nothing happens.
+ * @param err    Out: error record, not null. Without a volume it has code 8, and the call returns 0 all the same.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_updateVolume(qbdb_t *qbdb, sqlite3 *db, Volume *volume, ErrorInfo *err);
+
+/**
+ * Deletes a volume with all its shares, also those that applications use. Every Time Machine allowance goes too. Home
+ * folders that lay on it are given to another volume, or to "run" when there is none.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param volumeId Id of the volume. When no volume has it the allowances go all the same.
+ * @param err      Out: error record, not null.
+ * @return 0; 3 no volume could be chosen for the home folders, told by the code alone; 5 database failure; 6 a share
+ *         was gone before it could be deleted.
+ */
+QBOBJ_API uint32_t qbobj_deleteVolume(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, ErrorInfo *err);
+
+/* ---- Disks -------------------------------------------------------------------------------------- */
+
+/**
+ * Lists the disks of the main chassis: qbobj_getDiskCollectionForController of controller 0.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param disks Out: as there.
+ * @param err   Out: error record, not null.
+ * @return As there.
+ */
+QBOBJ_API uint32_t qbobj_getDiskCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, ErrorInfo *err);
+
+/**
+ * Lists the disks of an enclosure by channel. A disk without a bay or without a health report is not listed.
+ * ReplacedWithSpare and IsSignedByVexmoor are not told here.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param disks      Out: the enclosure, its fields left alone when no port leads to it, and its disks, appended to the
+ *                   record's list. The key word is "controller-" and the number.
+ * @param controller Number of the enclosure's controller, 0 for the main chassis.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory, the disks read so far stay in the list; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getDiskCollectionForController(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks,
+                                                        int32_t controller, ErrorInfo *err);
+
+/**
+ * Lists all enclosures with their disks.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param enclosures Out: the enclosures, appended to the record's list, each as
+ *                   qbobj_getDiskCollectionForController fills it.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The enclosures read before a failure stay in the list.
+ */
+QBOBJ_API uint32_t qbobj_getDiskEnclosureCollection(qbdb_t *qbdb, sqlite3 *db, DiskEnclosureCollection *enclosures,
+                                                    ErrorInfo *err);
+
+/**
+ * Reads the label of the port that leads to an enclosure.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param controller Number of the enclosure's controller.
+ * @param label      Out: the label in the handle's pool, null when no port leads there; untouched on failure.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getDiskEnclosurePort(qbdb_t *qbdb, sqlite3 *db, int32_t controller, const char **label,
+                                              ErrorInfo *err);
+
+/**
+ * Reads one disk, also one without a health report. resource_id, DiskState and what its pool says of it are not told
+ * here.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param disk In: DevName. Out: the disk; left alone when there is none of that name in exactly one slot.
+ * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
+ * @return 0, also when there is no such disk; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err);
+
+/**
+ * Notes whether a spare stands in for a disk.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param devname Device name of the disk. When there is no such disk nothing happens.
+ * @param flag    1 when a spare stands in for it, else 0.
+ * @param err     Out: error record, not null. Without a name it has code 8, and the call returns 0 all the same.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_setDiskSpare(qbdb_t *qbdb, sqlite3 *db, const char *devname, int32_t flag, ErrorInfo *err);
+
+/**
+ * Takes a new inventory of the disks and tells what changed since the last one: first the disks that were plugged in,
+ * then those that were pulled. The inventory is taken by the support library's importer (qbdb_set_import_hook).
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param diff Out: the differences, appended to the list at `*diff`. Pool is the volume of the disk that sat in the bay
+ *             before, and null when there was none. DiskEnclosureName and SlotName are null when they cannot be read;
+ *             the error record then says why, with code 5, and the call returns 0 all the same.
+ * @param err  Out: error record, not null. Without `diff` it has code 8, and the call returns 0 all the same.
+ * @return 0; 2 no memory; 3 the inventories could not be compared, told by the code alone. What was found before a
+ *         failure stays in the list.
+ */
+QBOBJ_API uint32_t qbobj_getDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff **diff, ErrorInfo *err);
+
+/**
+ * Finds the disk that sat in the bay of a difference.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param diff Controller and Channel name the bay.
+ * @param disk Out: the first absent disk of the bay that can be read, as qbobj_getDiskByDevname fills it. DevName is
+ *             the last one tried; the record is left alone when no disk is absent there.
+ * @param err  Out: error record, not null. Without a record it has code 8, after a failed look-up code 5, and the call
+ *             returns 0 all the same.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getDiskByDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff *diff, Disk *disk, ErrorInfo *err);
+
+/**
+ * Removes a disk from the inventory.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param disk DevName names the disk. When there is no such disk nothing happens.
+ * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_deleteDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err);
+
+/* ---- Spares and jobs of volumes ----------------------------------------------------------------- */
+
+/**
+ * Lists the disks set aside as spares.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param spares Out: the disks, appended to the record's list; nothing else of it is filled. Pool is empty: a spare
+ *               belongs to no volume. Bay and health are not told here.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory, the disks read so far stay in the list; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getVolumeSparesCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *spares, ErrorInfo *err);
+
+/**
+ * Sets a disk aside as a spare.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param diskId Id of the disk, which need not be plugged in.
+ * @param err    Out: error record, not null.
+ * @return 0; 5 database failure, also for a disk that is a spare already.
+ */
+QBOBJ_API uint32_t qbobj_addVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err);
+
+/**
+ * Takes a disk from the spares.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param diskId Id of the disk. When it is no spare nothing happens.
+ * @param err    Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_deleteVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err);
+
+/**
+ * Lists the recurring jobs of volumes.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param schedules Out: the jobs, appended to the record's list. The key word is the job's number.
+ * @param err       Out: error record, not null.
+ * @return 0; 2 no memory, the jobs read so far stay in the list; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getVolumeScheduleCollection(qbdb_t *qbdb, sqlite3 *db, VolumeScheduleCollection *schedules,
+                                                     ErrorInfo *err);
+
+/**
+ * Adds a job.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule The job with its Interval. Nothing of it is checked but the number, and number 0 is always free.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure, no Interval, or a JobID in use.
+ */
+QBOBJ_API uint32_t qbobj_addVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err);
+
+/**
+ * Changes when a job runs and what it does. Its volume stays as it is.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule JobID names the job; Enabled, Action and Interval are the new values. When there is no such job
+ *                 nothing happens.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure, or no Interval.
+ */
+QBOBJ_API uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err);
+
+/**
+ * Deletes a job, or all jobs of a volume.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule JobID names the job; -1 together with a VolumeName stands for all jobs of that volume. The name is
+ *                 put into the statement as it is: one with a quote in it must not come from outside.
+ * @param err      Out: error record, not null.
+ * @return 0, also for a volume without jobs; 5 database failure, or no such job.
+ */
+QBOBJ_API uint32_t qbobj_deleteVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err);
+
 #ifdef __cplusplus
 }
 #endif

@@ -7,6 +7,7 @@
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
 #include "api/rows_system.h"
+#include "api/rows_volumes.h"
 
 namespace qb {
 
@@ -27,6 +28,7 @@ inline constexpr auto kOperations = joined(  //
     kSystemRows,                      //
     kLegacyRows,                      //
     kAccountsRows,                    //
-    kServicesRows);
+    kServicesRows,
+    kVolumesRows);
 
 }  // namespace qb

@@ -33,6 +33,8 @@ struct qbdb_private {
     void *statement_context;
     qbdb_import_hook import_hook;
     void *import_context;
+    qbdb_import_options import;
+    int32_t import_home_next;  // the user whose home folder the next import measures first; 0 for any
     qbdb_service_hook service_hook;
     void *service_context;
     qbdb_directory_hooks directory;

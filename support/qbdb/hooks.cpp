@@ -1,5 +1,5 @@
 // The hooks: how appliance code and tests take part.
-#include "handle.h"
+#include "import.h"
 
 void qbdb_set_log_hook(qbdb_t *qbdb, qbdb_log_hook hook, void *context)
 {
@@ -19,6 +19,14 @@ void qbdb_set_import_hook(qbdb_t *qbdb, qbdb_import_hook hook, void *context)
     qbdb->internal->import_context = context;
 }
 
+int qbdb_set_import_options(qbdb_t *qbdb, const qbdb_import_options *options)
+{
+    qbdb_import_options copy = options ? *options : qbdb_import_options{};
+    if (copy.root && !(copy.root = qdb::copy_text(qbdb->pool, copy.root))) return SQLITE_NOMEM;
+    qbdb->internal->import = copy;
+    return SQLITE_OK;
+}
+
 void qbdb_set_service_hook(qbdb_t *qbdb, qbdb_service_hook hook, void *context)
 {
     qbdb->internal->service_hook = hook;
@@ -33,7 +41,13 @@ void qbdb_set_directory_hooks(qbdb_t *qbdb, const qbdb_directory_hooks *hooks)
 int qbdb_import_nolock(qbdb_t *qbdb, sqlite3 *db, int selector)
 {
     const qbdb_private *internal = qbdb->internal;
-    return internal->import_hook ? internal->import_hook(internal->import_context, qbdb, db, selector) : 0;
+    if (internal->import_hook) return internal->import_hook(internal->import_context, qbdb, db, selector);
+    if (internal->read_only) return 0;  // what was last imported stands
+    switch (selector) {
+        case QBDB_IMPORT_DISKS: return qdb::import_disks(qbdb, db);
+        case QBDB_IMPORT_HOME_FOLDERS: return qdb::import_home_folders(qbdb, db);
+        default: return 0;
+    }
 }
 
 int qbdb_hf_stats_import(qbdb_t *qbdb, sqlite3 *db)

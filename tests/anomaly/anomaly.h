@@ -16,6 +16,7 @@
 #include "anomaly/setups.h"
 #include "call.h"
 #include "fixture/fixture.h"
+#include "fixture/machine.h"
 #include "fixture/paths.h"
 #include "user_changes/list_file.h"
 
@@ -167,6 +168,7 @@ struct Anomaly : Database {
         sql(kPopulation);
         sql(family.population);
         Directory::install(qbdb);
+        plug_in(directory.path, "vdb", "S4", 2);
         qbdb_set_statement_hook(qbdb, see_statement, this);
         qbdb_set_log_hook(qbdb, see_log, this);
         qbdb_set_timeout(qbdb, 0);

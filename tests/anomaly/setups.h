@@ -5,6 +5,7 @@
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
 #include "anomaly/setups/system.h"
+#include "anomaly/setups/volumes.h"
 #include "anomaly/trial.h"
 
 namespace test {
@@ -68,6 +69,13 @@ inline constexpr Family kFamilies[] = {
      .left_outputs = kServicesLeftOutputs,
      .silent = kServicesSilent,
      .odd_answers = kServicesOddAnswers},
+    {.name = "volumes",
+     .population = kVolumesPopulation,
+     .trials = kVolumesTrials,
+     .left_outputs = kVolumesLeftOutputs,
+     .silent = kVolumesSilent,
+     .goes_on = kVolumesGoesOn,
+     .memory_exceptions = kVolumesMemoryExceptions},
 };
 
 }  // namespace test

@@ -179,6 +179,9 @@ constexpr const char *kWords[] = {
     "new-group",
     "secret",
     "$1$abcdefgh$0123456789012345678901",
+    "v2",
+    "sda",
+    "sdb",
 };
 constexpr int64_t kNumbers[] = {21,        2121,      40000,     65535,     0,       1,          2,      -1,    -2,
                                 -5,        96,        97,        98,        99,      100,        101,    102,   103,
@@ -366,7 +369,15 @@ constexpr const char *kPopulation =
     "INSERT INTO `$registry` VALUES ('LANGUAGE','x');"
     "INSERT INTO service_tivo VALUES ('1','2','/tank/media','3');INSERT INTO tivo_mak VALUES ('anna','1');"
     "INSERT INTO service_coffer VALUES (1,'a@b.com','x','y');"
-    "INSERT INTO _dictionary (id,lang_id,str) VALUES ('add',2,'Hinzufügen'),(']]>',1,']]>'),('null',1,NULL);";
+    "INSERT INTO _dictionary (id,lang_id,str) VALUES ('add',2,'Hinzufügen'),(']]>',1,']]>'),('null',1,NULL);"
+    "INSERT INTO _volume (id,lv_name,raid_type,blk_total) VALUES ('v2','Archive',NULL,7),('u1','USB',NULL,NULL);"
+    "INSERT INTO _disk_enclosure (controller,name,nr_row,nr_column) VALUES (0,'Front',2,4),(1,NULL,NULL,NULL);"
+    "INSERT INTO jbod_port VALUES (0,'internal'),(1,'A');INSERT INTO disk_port VALUES (0,0,1,1),(0,1,2,1),(1,0,1,1);"
+    "INSERT INTO `$disk_info` (id,present,model,controller,port,channel,volume_id,pool_state,pool_hostid) VALUES "
+    "('sda',1,'M',0,0,0,'tank','0',7),('sdb',0,'M',0,1,1,'v2','9',7),('sdc',1,NULL,1,0,0,NULL,NULL,NULL);"
+    "INSERT INTO _disk_health (disk_id,temp) VALUES ('sda',30),('sdb',31),('sdc',NULL);"
+    "INSERT INTO `$volume_spares` VALUES ('sdc');"
+    "INSERT INTO volume_schedule VALUES (1,'tank',1,2,'0','3','*','*','0'),(-1,'v2',NULL,NULL,NULL,NULL,NULL,NULL,NULL);";
 
 /// The populated database, and a copy of it in memory from which what an input changed is put back.
 struct Database {
@@ -398,6 +409,16 @@ struct Database {
                 return gid == -7 ? (snprintf(name, size, "domain users"), 0) : 1;
             }};
         qbdb_set_directory_hooks(qbdb, &kDirectory);
+        qbdb_import_options options{};
+        options.root = scratch.c_str();
+        qbdb_set_import_options(qbdb, &options);
+        qbdb_set_import_hook(
+            qbdb,
+            [](void *, qbdb_t *handle, sqlite3 *connection, int) {
+                return qbdb_sql_exec_mprintf(handle, connection, nullptr, "fuzz", 1,
+                                             "UPDATE `$disk_info` SET present=1-present");
+            },
+            nullptr);
         exec(kPopulation);
         exec("ATTACH ':memory:' AS kept");
         // Filling a table that counts its ids writes to SQLite's table of sequences: that one is put back last.

@@ -67,9 +67,13 @@ struct Handle {
     Handle(const std::string &path, unsigned mode, const char *volume = nullptr)
     {
         rc = qbdb_open(path.c_str(), mode, volume, &qbdb, &db, why, sizeof why);
-        if (qbdb)
-            qbdb_set_log_hook(
-                qbdb, [](void *, const char *, uint32_t, uint32_t, uint32_t, const char *) {}, nullptr);
+        if (!qbdb) return;
+        qbdb_set_log_hook(
+            qbdb, [](void *, const char *, uint32_t, uint32_t, uint32_t, const char *) {}, nullptr);
+        const std::string root = path.substr(0, path.rfind('/'));
+        qbdb_import_options options{};
+        options.root = root.c_str();
+        qbdb_set_import_options(qbdb, &options);
     }
     ~Handle() { qbdb_close(qbdb); }
     Handle(const Handle &) = delete;

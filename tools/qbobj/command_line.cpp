@@ -11,8 +11,7 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init, add_list, add_describe, add_completion,
-                                              add_import_users};
+constexpr void (*kCommands[])(CommandLine &) = {add_init, add_list, add_describe, add_completion, add_import_users};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"
@@ -67,6 +66,8 @@ void add_options(CommandLine &line)
     app.add_option("--timeout", options.database.timeout_ms, "How long to wait for another process's lock")
         ->type_name("MS")
         ->capture_default_str();
+    app.add_option("--root", options.database.root, "Look for disks and home folders below a directory instead of /")
+        ->type_name("DIR");
     app.add_flag("--trace", options.trace, "The library's log lines on standard error, all of them");
     app.add_option("--log-level", options.database.log_level, "Those up to a level: 2 errors, 4 calls, 5 details")
         ->type_name("N");

@@ -22,7 +22,7 @@ _qbobj() {
     (( ${#words[@]} > 1 )) && previous=${words[-2]}
     COMPREPLY=()
     case $previous in
-        -d|--database|init) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
+        -d|--database|--root|init) mapfile -t COMPREPLY < <(compgen -f -- "$current"); return ;;
     esac
     case $current in
         @*) mapfile -t COMPREPLY < <(compgen -P @ -f -- "${current#@}"); return ;;
@@ -41,7 +41,7 @@ constexpr const char *kZshScript = R"script(#compdef qbobj
 _qbobj() {
     local -a candidates open closed
     case ${words[CURRENT-1]} in
-        -d|--database|init) _files; return ;;
+        -d|--database|--root|init) _files; return ;;
     esac
     case ${words[CURRENT]} in
         @*) compset -P @; _files; return ;;

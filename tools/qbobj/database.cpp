@@ -51,6 +51,9 @@ Database::Database(const DatabaseOptions &options)
     open_database(options.path, options.read_only ? QBDB_OPEN_READONLY : QBDB_OPEN_EXISTING, nullptr, &qbdb_, &db_);
     qbdb_->log_level = options.log_level;
     qbdb_set_timeout(qbdb_, options.timeout_ms);
+    qbdb_import_options import{};
+    import.root = options.root.empty() ? nullptr : options.root.c_str();
+    if (qbdb_set_import_options(qbdb_, &import) != 0) throw Failure("out of memory");
     qbdb_set_log_hook(qbdb_, log, this);
     qbdb_set_statement_hook(qbdb_, see_statement, this);
     sqlite3_rollback_hook(
