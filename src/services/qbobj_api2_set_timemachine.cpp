@@ -1,7 +1,7 @@
 // Writing the shared Time Machine target and switching it.
 #include "frame/pool.h"
 #include "frame/query.h"
-#include "legacy/password.h"
+#include "validate/password.h"
 #include "services/services.h"
 #include "validate/validate.h"
 

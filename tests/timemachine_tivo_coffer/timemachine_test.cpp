@@ -1,7 +1,7 @@
 #include <tuple>
 
 #include "fixture/fixture.h"
-#include "legacy/password.h"
+#include "validate/password.h"
 
 using testing::ElementsAre;
 
