@@ -544,7 +544,7 @@ QBDB_API int qbdb_util_get_domain_uname_by_uid(qbdb_t *qbdb, sqlite3 *db, int32_
 QBDB_API int qbdb_util_get_domain_gname_by_gid(qbdb_t *qbdb, sqlite3 *db, int32_t gid, const char **name);
 
 /**
- * Tells whether a user exists.
+ * Tells whether there is a user of this id. A user who was removed, whose row stays, is none.
  * @param qbdb The handle.
  * @param db   The connection.
  * @param id   Id of the user.

@@ -536,7 +536,7 @@ QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Er
  * @param qbdb  Handle.
  * @param db    Connection.
  * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
- *              changes none. A `GroupName` that is not null renames the group; the default group does not
+ *              changes none. A `GroupName` that is not empty renames the group; the default group does not
  *              follow a new name. Each quota of `GroupQuota` is set, or removed when its `HardMB` is 0; quotas for
  *              other shares stay. The list of members ends at the first one without a `UserName`.
  * @param err   Out: error record, not null.
@@ -664,13 +664,13 @@ QBOBJ_API uint32_t qbobj_getSecurityAdsProgress(qbdb_t *qbdb, sqlite3 *db, Secur
  * @param key  In: the key. Out: `Id` and `resource_id`. Not null; a chain is not followed.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 802 a system account other than the administrator; 836 no
- *         such user; 837 the user has this key; 842 there are 256 keys already.
+ *         such user, or one who was removed; 837 the user has this key; 842 there are 256 keys already.
  */
 QBOBJ_API uint32_t qbobj_addSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey *key, ErrorInfo *err);
 
 /**
- * Removes an SSH public key and refreshes the owner's login shell. With the administrator as the owner
- * root's twin of the key goes, too; when there is none, nothing is removed.
+ * Removes an SSH public key and refreshes the owner's login shell. With the administrator as the owner, in the
+ * record or in truth, root's twin of the key goes, too; when there is none, nothing is removed.
  * @param qbdb Handle.
  * @param db   Connection.
  * @param key  In: `Id`, and in `UserId` the key's owner; not null. A chain is not followed.
@@ -784,7 +784,7 @@ QBOBJ_API uint32_t qbobj_addUserList(qbdb_t *qbdb, sqlite3 *db, User *user, Erro
  * @param existingUsers  Users whose names are taken; null for none.
  * @param existingGroups Groups that need not be created; null for none.
  * @param err            Out: error record, not null.
- * @return 0; 1 there is no such file, or it is not a list; 2 no memory; 5 database failure; of the first
+ * @return 0; 1 there is no such file, it is not a list, or it is larger than 64 MiB; 2 no memory; 5 database failure; of the first
  *         bad line: 8 a missing or bad name, a bad e-mail address, or a password that cannot be hashed;
  *         801 the name is taken or stands twice; 806 a name is too long; 809 the user name is reserved.
  */
@@ -794,7 +794,7 @@ QBOBJ_API uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection
 /* ---- Users, changing and removing --------------------------------------------------------------- */
 
 /**
- * Changes users; all of the chain or none. What is null in a record stays, but `IsLocked` and
+ * Changes users; all of the chain or none. What is null in a record stays, and so does an empty name, but `IsLocked` and
  * `ShellAccess` are always written. A record that was read can be written back: a masked `Password` keeps
  * the stored one.
  *
@@ -849,7 +849,7 @@ QBOBJ_API uint32_t qbobj_disableEnableLocalUserByName(qbdb_t *qbdb, sqlite3 *db,
  * @param qbdb   Handle.
  * @param db     Connection.
  * @param userId Id of the user; one without home-folder settings changes nothing.
- * @param folder Name of the folder; null or empty hides the snapshots.
+ * @param folder Name of the folder; null or empty hides the snapshots (and is stored as it is).
  * @param err    Out: error record, not null.
  * @return 0; 5 database failure.
  */

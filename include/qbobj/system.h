@@ -52,12 +52,11 @@ struct LogQuery {
     int32_t timestamp_max;   /**< Only entries before this second; 0: no bound. */
     const char *severity;    /**< Least severity: "info", "notice", "warn...", "err...", "crit...", "alert" or
                                   "emerg", case ignored; any other word and null select all. */
-    const char *severity_in; /**< Severities as a ready SQL list ("'err','crit'"), some 240 bytes at most; null or
-                                  empty for any. Not for deleting. It goes into the statement as it is: never text
-                                  from outside. */
-    const char *category_in; /**< Categories as a ready SQL list; as for the severities, but also for deleting. */
-    const char *msg_tag;     /**< Exact message tag, some 240 bytes at most; null or empty for any. Not for
-                                  deleting. */
+    const char *severity_in; /**< Severities as a list of words in single quotes with commas between ("'err','crit'"),
+                                  at most 241 bytes; null or empty for any. Not for deleting. */
+    const char *category_in; /**< Categories, as the severities, but also for deleting. */
+    const char *msg_tag;     /**< Exact message tag, at most 245 bytes, an apostrophe counting twice; null or empty for
+                                  any. Not for deleting. */
 };
 
 /** An uninterruptible power supply: its configuration, what it told of itself, its last reading. */
@@ -109,7 +108,8 @@ struct UpsConfigCollection {
  * @param count   Out: number of entries that match the filter, the page not considered.
  * @param total   Out: number of all entries.
  * @param err     Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure. The outputs are not written on failure.
+ * @return 0; 2 no memory; 5 database failure, or a condition of the query is too long; 8 `severity_in` or `category_in`
+ *         is not a list of quoted words. The outputs are not written on failure.
  */
 QBOBJ_API uint32_t qbobj_getLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, LogEntry **entries, int32_t *count,
                                 int32_t *total, ErrorInfo *err);
@@ -121,7 +121,8 @@ QBOBJ_API uint32_t qbobj_getLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, LogE
  * @param db    Connection.
  * @param query The filter; null deletes all entries.
  * @param err   Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure, or a condition of the query is too long; 8 `category_in` is not a list of
+ *         quoted words.
  */
 QBOBJ_API uint32_t qbobj_deleteLog(qbdb_t *qbdb, sqlite3 *db, LogQuery *query, ErrorInfo *err);
 

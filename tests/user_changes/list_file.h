@@ -62,6 +62,7 @@ struct ListFile {
     }
     void resize(off_t size)
     {
+        ASSERT_TRUE(mine);
         ASSERT_EQ(truncate(kPath, size), 0) << strerror(errno);
     }
     void remove()
