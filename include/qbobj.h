@@ -8,6 +8,7 @@
 
 #include "qbobj/accounts.h"
 #include "qbobj/backup.h"
+#include "qbobj/codes.h"
 #include "qbobj/legacy.h"
 #include "qbobj/services.h"
 #include "qbobj/shares.h"

@@ -230,6 +230,15 @@ QBOBJ_API const QbobjField *qbobj_find_type(const char *name);
 QBOBJ_API int qbobj_is_secret(const QbobjField *type, const QbobjField *field);
 
 /**
+ * Tells which words a text field may hold. Front ends offer them and refuse others; an absent and an empty text are
+ * the operation's to judge. Case does not count here.
+ * @param type  Field table of the record's type.
+ * @param field The field's entry in that table.
+ * @return The words (static), ended by null; null for a field that may hold any text, and for numbers and records.
+ */
+QBOBJ_API const char *const *qbobj_field_words(const QbobjField *type, const QbobjField *field);
+
+/**
  * Dumps a record or a list to the handle's log at level 5, one line a field. The caller has tested
  * the handle's log level.
  * @param qbdb   Handle whose log receives the lines.
@@ -275,7 +284,8 @@ typedef enum QbobjReturn {
     QBOBJ_RETURNS_FOUND, /**< 0 found, -1 not found or failed; the answer is in an out argument. */
     QBOBJ_RETURNS_ID,    /**< An id, or -1. */
     QBOBJ_RETURNS_COUNT, /**< A count, or -1. */
-    QBOBJ_RETURNS_ANSWER /**< A yes or no as a small number; see the operation. */
+    QBOBJ_RETURNS_ANSWER, /**< 0 yes, 1 no, -1 failed. */
+    QBOBJ_RETURNS_TRUTH   /**< 1 yes, 0 no (also when it failed). */
 } QbobjReturn;
 
 /** One argument of an operation, between the connection and the error record. */
@@ -286,6 +296,13 @@ typedef struct QbobjArgument {
     const QbobjField *type;   /**< Field table for records and lists, else null. */
     int optional;             /**< 1 when it may be null. */
     int chain;                /**< 1 when the operation walks a chain of records, not just the first. */
+    const char *const *words; /**< Words that a text may be, ended by null; null for any text. The operation says
+                                   what it makes of others. */
+    const char *ignores;      /**< Fields of the record that one might expect the operation to use and that it does
+                                   not, separated by blanks, those of a record inside with a dot
+                                   ("HomeFolderSettings.UserId"); null for none. */
+    const char *keeps;        /**< Secret fields, written likewise, in which #masked_password means that the stored
+                                   value stays. In any other secret the mask would be taken for the secret itself. */
 } QbobjArgument;
 
 /**

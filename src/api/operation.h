@@ -2,6 +2,7 @@
 #pragma once
 
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "frame/records.h"
@@ -16,21 +17,49 @@ struct ArgumentName {
     QbobjDirection direction;
     bool optional = false;
     bool chain = false;
+    const char *const *words = nullptr;
+    const char *ignored = nullptr;
+    const char *kept = nullptr;
 
     /// The argument may be null.
-    constexpr ArgumentName or_null() const { return {name, direction, true, chain}; }
+    constexpr ArgumentName or_null() const { return with(&ArgumentName::optional, true); }
     /// The operation walks the chain of records, not only the first.
-    constexpr ArgumentName chained() const { return {name, direction, optional, true}; }
+    constexpr ArgumentName chained() const { return with(&ArgumentName::chain, true); }
+    /// The text is one of a list of words that null ends.
+    constexpr ArgumentName one_of(const char *const *list) const { return with(&ArgumentName::words, list); }
+    /// Fields that one might expect to be used, and that are not: "FullName HomeFolderSettings.UserId".
+    constexpr ArgumentName ignores(const char *fields) const { return with(&ArgumentName::ignored, fields); }
+    /// Secrets in which the mask means that the stored value stays.
+    constexpr ArgumentName keeps(const char *fields) const { return with(&ArgumentName::kept, fields); }
+
+private:
+    template <class T>
+    constexpr ArgumentName with(T ArgumentName::*member, std::type_identity_t<T> value) const
+    {
+        ArgumentName changed = *this;
+        changed.*member = value;
+        return changed;
+    }
 };
 
-constexpr ArgumentName in(const char *name) { return {name, QBOBJ_IN}; }
-constexpr ArgumentName out(const char *name) { return {name, QBOBJ_OUT}; }
-constexpr ArgumentName inout(const char *name) { return {name, QBOBJ_INOUT}; }
+constexpr ArgumentName in(const char *name)
+{
+    return {.name = name, .direction = QBOBJ_IN};
+}
+constexpr ArgumentName out(const char *name)
+{
+    return {.name = name, .direction = QBOBJ_OUT};
+}
+constexpr ArgumentName inout(const char *name)
+{
+    return {.name = name, .direction = QBOBJ_INOUT};
+}
 
 template <class A>
 consteval QbobjArgument argument(ArgumentName name)
 {
-    QbobjArgument row{name.name, QBOBJ_KIND_INT32, name.direction, nullptr, name.optional, name.chain};
+    QbobjArgument row{name.name,  QBOBJ_KIND_INT32, name.direction, nullptr,  name.optional,
+                      name.chain, name.words,       name.ignored,   name.kept};
     using Target = std::remove_cv_t<std::remove_pointer_t<A>>;
     using Element = std::remove_cv_t<std::remove_pointer_t<Target>>;
     if constexpr (std::is_same_v<A, int32_t> || std::is_same_v<A, int32_t *>) {

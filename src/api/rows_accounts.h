@@ -5,11 +5,18 @@
 
 namespace qb {
 
+inline constexpr const char *kIdmapBackends[] = {"tdb", "rid", nullptr};
+inline constexpr const char *kMapTypes[] = {"uname", nullptr};
+inline constexpr char kNotOfAList[] =
+    "HomeVolumeId HomeDirectory OldUserName OldHomeDirectory FullName SmbHash SysHash IsDomainMember no_invitation "
+    "IsLocked "
+    "ShellAccess P2PUserName UserQuota TimeMachineQuota HomeFolderSettings";
+
 inline constexpr QbobjOperation kAccountsRows[] = {
     // ---- users, reading
     QB_OPERATION(getUserCollection, "users", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Lists users: filtered, in order, page by page, with quotas, home folder and Time Machine allowance.",
-                 out("users"), in("query").or_null(), in("with_password")),
+                 out("users"), in("query").or_null().ignores("include_admin"), in("with_password")),
     QB_OPERATION(getUser, "users", kReads, QBOBJ_RETURNS_CODE, "2 5 8 832",
                  "Reads one user by id, or a directory user by name.", inout("user")),
     QB_OPERATION(getSystemUser, "users", kReads, QBOBJ_RETURNS_CODE, "5 8",
@@ -50,25 +57,28 @@ inline constexpr QbobjOperation kAccountsRows[] = {
                  in("groupName").or_null()),
     QB_OPERATION(getGroupCollection, "groups", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Lists groups: filtered, in order, page by page, with quotas and secondary members.", out("groups"),
-                 in("query").or_null()),
+                 in("query").or_null().ignores("opt include_admin name_fix")),
     QB_OPERATION(getGroup, "groups", kReads, QBOBJ_RETURNS_CODE, "5 8",
                  "Always fails: groups are read through the list.", inout("group")),
     QB_OPERATION(getSystemGroup, "groups", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Reads the name and the POSIX gid of any group by its id.", inout("group")),
-    QB_OPERATION(addGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 804 806",
-                 "Creates groups with their quotas and secondary members.", inout("group").or_null().chained()),
+    QB_OPERATION(
+        addGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 804 806",
+        "Creates groups with their quotas and secondary members.",
+        inout("group").or_null().chained().ignores("OldGroupName IsDomainMember").keeps("SecondaryMember.Password")),
     QB_OPERATION(deleteGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 6 8 822 844",
                  "Removes groups; their names and ids stay taken.", in("group").or_null().chained()),
-    QB_OPERATION(modifyGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 806",
-                 "Renames groups, sets their quotas, replaces their secondary members.",
-                 in("group").or_null().chained()),
+    QB_OPERATION(
+        modifyGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 806",
+        "Renames groups, sets their quotas, replaces their secondary members.",
+        in("group").or_null().chained().ignores("OldGroupName IsDomainMember").keeps("SecondaryMember.Password")),
 
     // ---- passwords, account defaults, security
     QB_OPERATION(getAdminPassword, "passwords", kReads, QBOBJ_RETURNS_CODE, "2 5",
                  "Reads the administrator's recovery settings and shell access.", out("admin")),
     QB_OPERATION(setAdminPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Sets the administrator's recovery settings, shell access and password; root gets the same.",
-                 in("admin")),
+                 in("admin").ignores("ResetFlag")),
     QB_OPERATION(setUserPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "2 5 8", "Sets a user's password.",
                  in("pw")),
     QB_OPERATION(setMyPassword, "passwords", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
@@ -76,13 +86,14 @@ inline constexpr QbobjOperation kAccountsRows[] = {
     QB_OPERATION(getAccountDefault, "account defaults", kReads, QBOBJ_RETURNS_CODE, "2 5",
                  "Reads the defaults for new accounts.", out("def")),
     QB_OPERATION(setAccountDefault, "account defaults", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Writes the defaults for new accounts.", in("def")),
+                 "Writes the defaults for new accounts.", in("def").ignores("GroupId")),
     QB_OPERATION(getSecurity, "security", kReads, QBOBJ_RETURNS_CODE, "2 5", "Reads the directory settings.",
                  out("security")),
     QB_OPERATION(setSecurity, "security", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 819 820 833",
-                 "Writes the directory settings.", in("security")),
+                 "Writes the directory settings.",
+                 in("security").ignores("restrictAccountOu passWord domainSid domainGroupAdminGID domainAdminUID")),
     QB_OPERATION(setSecurityIdmapBackend, "security", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Sets how directory ids become POSIX ids: tdb or rid.", in("backend")),
+                 "Sets how directory ids become POSIX ids: tdb or rid.", in("backend").one_of(kIdmapBackends)),
     QB_OPERATION(getSecurityAdsProgress, "security", kReads, QBOBJ_RETURNS_CODE, "2 5",
                  "Reads how far the import of directory accounts is.", out("progress")),
 
@@ -90,9 +101,10 @@ inline constexpr QbobjOperation kAccountsRows[] = {
     QB_OPERATION(addSshPublicKey, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "2 5 802 836 837 842",
                  "Adds a user's SSH public key.", inout("key")),
     QB_OPERATION(deleteSshPublicKey, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "5 838",
-                 "Removes an SSH public key.", in("key")),
+                 "Removes an SSH public key.", in("key").ignores("Type Key Comment Fingerprint Title ServeFor")),
     QB_OPERATION(setSshPublicKeyById, "SSH public keys", kChanges, QBOBJ_RETURNS_CODE, "2 5 838",
-                 "Changes the title and the use of an SSH public key.", in("key")),
+                 "Changes the title and the use of an SSH public key.",
+                 in("key").ignores("Type Key Comment Fingerprint")),
     QB_OPERATION(getSshPublicKeyById, "SSH public keys", kReads, QBOBJ_RETURNS_CODE, "2 5 838",
                  "Reads an SSH public key.", in("id"), out("key")),
     QB_OPERATION(getSshPublicKeyTiedRootKeyById, "SSH public keys", kReads, QBOBJ_RETURNS_CODE, "2 5 838",
@@ -103,17 +115,25 @@ inline constexpr QbobjOperation kAccountsRows[] = {
     // ---- users, creating
     QB_OPERATION(addUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 802 806 809 834 843 845",
                  "Creates users with their quotas, home folders, Time Machine allowances and aliases.",
-                 inout("user").or_null().chained()),
+                 inout("user").or_null().chained().ignores(
+                     "HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember no_invitation")),
     QB_OPERATION(addUserList, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Creates the users of a list that was checked before.", inout("user").or_null().chained()),
+                 "Creates the users of a list that was checked before.",
+                 inout("user").or_null().chained().ignores(kNotOfAList)),
     QB_OPERATION(checkUserList, "users", kReads, QBOBJ_RETURNS_CODE, "1 2 5 8 801 806 809",
                  "Reads and checks the list of users in the file /tmp/user_list.txt.", out("users"), out("groups"),
                  in("existingUsers").or_null(), in("existingGroups").or_null()),
 
     // ---- users, changing and removing
-    QB_OPERATION(modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
-                 "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
-                 inout("user").or_null().chained()),
+    QB_OPERATION(
+        modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
+        "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
+        inout("user")
+            .or_null()
+            .chained()
+            .keeps("Password")
+            .ignores("HomeVolumeId HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember "
+                     "no_invitation HomeFolderSettings.VisibleSnapFolder")),
     QB_OPERATION(setPrimaryGroupByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5", "Sets a user's primary group.",
                  in("userName"), in("groupName")),
     QB_OPERATION(disableEnableLocalUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5",
@@ -122,15 +142,18 @@ inline constexpr QbobjOperation kAccountsRows[] = {
                  "Sets the folder in which a user sees the snapshots of the home folder.", in("userId"),
                  in("folder").or_null()),
     QB_OPERATION(deleteUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
-                 "Removes users by id, with everything that hangs on them.", inout("user").or_null().chained()),
+                 "Removes users by id, with everything that hangs on them.",
+                 inout("user").or_null().chained().ignores("UserName")),
     QB_OPERATION(deleteUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8",
-                 "Removes local users by name, with everything that hangs on them.", inout("user").or_null().chained()),
+                 "Removes local users by name, with everything that hangs on them.",
+                 inout("user").or_null().chained().ignores("resource_id UserId")),
 
     // ---- SMB user-name map
     QB_OPERATION(getSmbUserNameMapCollection, "SMB user-name map", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Reads the second names under which SMB clients reach local accounts.", out("maps")),
     QB_OPERATION(getSmbUserNameMapCount, "SMB user-name map", kReads, QBOBJ_RETURNS_COUNT, "",
-                 "Counts the rows that a Unix user name has of one type.", in("unixUserName"), in("type")),
+                 "Counts the rows that a Unix user name has of one type.", in("unixUserName"),
+                 in("type").one_of(kMapTypes)),
     QB_OPERATION(addSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a second name.",
                  in("map")),
     QB_OPERATION(deleteSmbUserNameMap, "SMB user-name map", kChanges, QBOBJ_RETURNS_CODE, "5 8",

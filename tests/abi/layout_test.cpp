@@ -31,9 +31,12 @@ std::string other_structures()
             MEMBER(QbobjField, subtype) + MEMBER(QbobjField, flags);
     text += "QbobjType " + std::to_string(sizeof(QbobjType)) + "\n";
     text += MEMBER(QbobjType, name) + MEMBER(QbobjType, fields);
+    text += "QbobjCode " + std::to_string(sizeof(QbobjCode)) + "\n";
+    text += MEMBER(QbobjCode, code) + MEMBER(QbobjCode, meaning);
     text += "QbobjArgument " + std::to_string(sizeof(QbobjArgument)) + "\n";
     text += MEMBER(QbobjArgument, name) + MEMBER(QbobjArgument, kind) + MEMBER(QbobjArgument, direction) +
-            MEMBER(QbobjArgument, type) + MEMBER(QbobjArgument, optional) + MEMBER(QbobjArgument, chain);
+            MEMBER(QbobjArgument, type) + MEMBER(QbobjArgument, optional) + MEMBER(QbobjArgument, chain) +
+            MEMBER(QbobjArgument, words) + MEMBER(QbobjArgument, ignores) + MEMBER(QbobjArgument, keeps);
     text += "QbobjOperation " + std::to_string(sizeof(QbobjOperation)) + "\n";
     text += MEMBER(QbobjOperation, name) + MEMBER(QbobjOperation, family) + MEMBER(QbobjOperation, summary) +
             MEMBER(QbobjOperation, codes) + MEMBER(QbobjOperation, returns) + MEMBER(QbobjOperation, changes) +

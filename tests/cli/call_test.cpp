@@ -38,7 +38,7 @@ uint32_t stand_in(qbdb_t *qbdb, sqlite3 *db, const QbobjValue *values, ErrorInfo
 QbobjArgument argument(const char *name, QbobjKind kind, QbobjDirection direction, const char *type = nullptr,
                        bool optional = false, bool chain = false)
 {
-    return {name, kind, direction, qbobj_find_type(type), optional, chain};
+    return {name, kind, direction, qbobj_find_type(type), optional, chain, nullptr, nullptr, nullptr};
 }
 
 QbobjOperation operation(std::vector<QbobjArgument> arguments, QbobjReturn returns = QBOBJ_RETURNS_CODE,
@@ -94,6 +94,16 @@ struct Calls : test::Program {
 };
 
 const QbobjOperation kUser = operation({argument("user", QBOBJ_KIND_RECORD, QBOBJ_INOUT, "User", true, true)});
+
+/// An operation that ignores some fields, keeps one secret when the mask comes back, and has a name of its own.
+QbobjOperation judging(const char *name, const char *type, const char *ignores, const char *keeps = nullptr)
+{
+    QbobjOperation row = operation({argument("record", QBOBJ_KIND_RECORD, QBOBJ_IN, type, true, true)});
+    row.name = name;
+    row.arguments[0].ignores = ignores;
+    row.arguments[0].keeps = keeps;
+    return row;
+}
 
 TEST_F(Calls, BuildRecordsOfPairs)
 {
@@ -290,6 +300,34 @@ TEST_F(Calls, XmlComesOutAsItsText)
     EXPECT_THAT(text, HasSubstr("&lt; b</Word>"));
     scene.fill = [](const QbobjValue *) {};
     EXPECT_EQ(run(xml, {})["dictionary"], nullptr);
+    // The root of a document, with texts that must not gain blanks; the document goes with it.
+    scene.fill = [](const QbobjValue *values) {
+        xmlDocPtr document = xmlNewDoc(BAD_CAST "1.0");
+        xmlNodePtr root = xmlNewNode(nullptr, BAD_CAST "Dictionary");
+        xmlDocSetRootElement(document, root);
+        xmlNodePtr item = xmlNewChild(root, nullptr, BAD_CAST "item", nullptr);
+        xmlNewProp(item, BAD_CAST "key", BAD_CAST "a");
+        xmlAddChild(item, xmlNewCDataBlock(document, BAD_CAST "<b>", 3));
+        *static_cast<xmlNodePtr *>(values[0].p) = root;
+    };
+    EXPECT_THAT(run(xml, {})["dictionary"].get<std::string>(), HasSubstr("<item key=\"a\"><![CDATA[<b>]]></item>"));
+}
+
+TEST_F(Calls, SecretsComeOutInClearOnlyWhenAskedFor)
+{
+    scene.fill = [](const QbobjValue *values) {
+        auto *group = static_cast<Group *>(values[0].p);
+        static User member{};
+        member.Password = "hunter2";
+        group->SecondaryMember = &member;
+    };
+    const auto group = operation({argument("group", QBOBJ_KIND_RECORD, QBOBJ_OUT, "Group")}, QBOBJ_RETURNS_CODE, 0);
+    const Arguments arguments(group, input);
+    Call call(group, arguments);
+    Database database(options);
+    call.run(database, 30);
+    EXPECT_EQ(call.outcome()["SecondaryMember"][0]["Password"], masked_password);
+    EXPECT_EQ(call.outcome(true)["SecondaryMember"][0]["Password"], "hunter2");
 }
 
 TEST_F(Calls, ReturnedValuesAreJudgedByTheirMeaning)
@@ -302,14 +340,18 @@ TEST_F(Calls, ReturnedValuesAreJudgedByTheirMeaning)
         ErrorInfo err;
         int64_t code;
         const char *message;
+        Status status;
     } failures[] = {
-        {QBOBJ_RETURNS_CODE, 801, reported, 801, "User (anna) already exists."},
-        {QBOBJ_RETURNS_CODE, 5, {}, 5, "a database statement failed"},
-        {QBOBJ_RETURNS_CODE, 3, {}, 3, "the operation failed and does not say why"},
-        {QBOBJ_RETURNS_FOUND, kMinusOne, {}, -1, "not found"},
-        {QBOBJ_RETURNS_ID, kMinusOne, {}, -1, "not found"},
-        {QBOBJ_RETURNS_COUNT, kMinusOne, reported, 801, "User (anna) already exists."},
-        {QBOBJ_RETURNS_ANSWER, kMinusOne, {}, -1, "there is no answer"},
+        {QBOBJ_RETURNS_CODE, 801, reported, 801, "User (anna) already exists.", Status::kRefused},
+        {QBOBJ_RETURNS_CODE, 5, {}, 5, "a database statement failed", Status::kFailed},
+        {QBOBJ_RETURNS_CODE, 3, {}, 3, "an internal database step failed; the log says which", Status::kRefused},
+        {QBOBJ_RETURNS_CODE, 4, {}, 4, "the operation failed and does not say why", Status::kRefused},
+        {QBOBJ_RETURNS_CODE, 2, {}, 2, "out of memory, or an internal step failed", Status::kMemory},
+        {QBOBJ_RETURNS_CODE, 6, {}, 6, "nothing was found, or nothing changed", Status::kNotFound},
+        {QBOBJ_RETURNS_FOUND, kMinusOne, {}, -1, "not found", Status::kNotFound},
+        {QBOBJ_RETURNS_ID, kMinusOne, {}, -1, "not found", Status::kNotFound},
+        {QBOBJ_RETURNS_COUNT, kMinusOne, reported, 801, "User (anna) already exists.", Status::kRefused},
+        {QBOBJ_RETURNS_ANSWER, kMinusOne, {}, -1, "there is no answer", Status::kFailed},
     };
     for (const auto &each : failures) {
         scene.rc = each.rc;
@@ -317,9 +359,29 @@ TEST_F(Calls, ReturnedValuesAreJudgedByTheirMeaning)
         const Failure failure = refusal(operation({}, each.returns), {});
         EXPECT_STREQ(failure.what(), each.message);
         EXPECT_EQ(failure.code, each.code);
+        EXPECT_EQ(failure.status, each.status);
         EXPECT_EQ(failure.operation, "tryThing");
         EXPECT_EQ(failure.line, each.err.line);
     }
+}
+
+TEST_F(Calls, AnAnswerHasItsStatus)
+{
+    const auto status = [&](QbobjReturn returns, uint32_t rc) {
+        scene.rc = rc;
+        const QbobjOperation row = operation({}, returns, 0);
+        const Arguments arguments(row, input);
+        Call call(row, arguments);
+        Database database(options);
+        call.run(database, 30);
+        return call.status();
+    };
+    EXPECT_EQ(status(QBOBJ_RETURNS_ANSWER, 0), Status::kDone) << "yes";
+    EXPECT_EQ(status(QBOBJ_RETURNS_ANSWER, 1), Status::kNotFound) << "no";
+    EXPECT_EQ(status(QBOBJ_RETURNS_TRUTH, 1), Status::kDone) << "yes";
+    EXPECT_EQ(status(QBOBJ_RETURNS_TRUTH, 0), Status::kNotFound) << "no";
+    EXPECT_EQ(status(QBOBJ_RETURNS_ID, 17), Status::kDone);
+    EXPECT_EQ(status(QBOBJ_RETURNS_COUNT, 0), Status::kDone) << "a count of none is a count";
 }
 
 TEST_F(Calls, AReportWithoutAFailureIsAWarning)
@@ -360,11 +422,84 @@ TEST_F(Calls, TheMaskIsNoSecretAndAFileMayHoldOne)
 {
     std::string seen;
     scene.fill = [&](const QbobjValue *values) { seen = static_cast<const User *>(values[0].p)->Password; };
-    run(kUser, {std::string("Password=") + masked_password});
+    QbobjOperation keeping = kUser;
+    keeping.arguments[0].keeps = "Password";
+    run(keeping, {std::string("Password=") + masked_password});
     EXPECT_EQ(seen, masked_password);
     const Json out = run(kUser, {"@" + file("user.json", R"({"UserName":"anna","Password":"hunter2"})")});
     EXPECT_EQ(seen, "hunter2");
     EXPECT_EQ(out["Password"], masked_password) << "it is not shown again";
+}
+
+TEST_F(Calls, ATextMustBeOneOfItsFieldsWords)
+{
+    const auto security = judging("qbobj_setSecurity", "Security", nullptr);
+    EXPECT_EQ(message(security, {"Security=usr"}),
+              "Security: \"usr\" is none of its words (user, ads) (did you mean user?)");
+    EXPECT_EQ(message(security, {R"({"idmapBackend":"ldap"})"}),
+              "idmapBackend: \"ldap\" is none of its words (tdb, rid)");
+    const auto share = judging("qbobj_addShare", "Share", nullptr);
+    EXPECT_THAT(
+        message(share, {R"([{},{"Cifs":{"HostAcl":[{"Access":"all"}]}}])"}),
+        HasSubstr("record[1].Cifs.HostAcl[0].Access: \"all\" is none of its words (ReadWrite, ReadOnly, Disabled)"));
+    EXPECT_THAT(message(share, {"Cifs.DefaultAccess=ReadWrit"}), HasSubstr("(did you mean ReadWrite?)"));
+    for (const char *good : {"Security=user", "Security=ADS", "Security=", "Realm=anything"}) {
+        run(security, {good});
+        EXPECT_EQ(scene.calls, 1) << good << ": case and an empty text are the library's to judge";
+        scene.calls = 0;
+    }
+}
+
+TEST_F(Calls, WhatTheOperationIgnoresIsSaid)
+{
+    const auto warning_of = [&](const QbobjOperation &row, const std::vector<std::string> &words) {
+        Arguments arguments(row, input);
+        arguments.take(words);
+        arguments.checks().refuse_useless();
+        return arguments.checks().warning();
+    };
+    const auto add = judging("qbobj_addUser", "User", "FullName HomeFolderSettings.UserId IsDomainMember");
+    EXPECT_EQ(warning_of(add, {"UserName=a", "FullName=b"}), "FullName is not stored by addUser");
+    EXPECT_EQ(warning_of(add, {R"({"UserName":"a","FullName":"b","IsDomainMember":1})", "HomeFolderSettings.UserId=5"}),
+              "FullName, IsDomainMember, HomeFolderSettings.UserId are not stored by addUser");
+    EXPECT_EQ(warning_of(add, {R"([{"UserName":"a","FullName":"b"},{"UserName":"c","FullName":"d"}])"}),
+              "FullName is not stored by addUser")
+        << "once";
+    EXPECT_EQ(warning_of(add, {R"({"UserName":"a","FullName":"","IsDomainMember":0,"HomeFolderSettings":null})"}), "");
+
+    const std::string fresh = "@" + file("new.json", R"({"UserName":"a","FullName":"b"})");
+    const std::string read = "@" + file("read.json", R"({"resource_id":100,"UserName":"a","FullName":"b"})");
+    EXPECT_EQ(warning_of(add, {fresh}), "FullName is not stored by addUser");
+    EXPECT_EQ(warning_of(add, {read}), "") << "a record that was read comes back as it is";
+    EXPECT_EQ(warning_of(add, {read, "FullName=c"}), "FullName is not stored by addUser") << "this was typed";
+    const std::string settings = "@" + file("settings.json", R"({"Security":"user","domainSid":"S-1"})");
+    EXPECT_EQ(warning_of(judging("qbobj_setSecurity", "Security", "domainSid"), {settings}), "") << "there is but one";
+
+    const auto clear = judging("qbobj_deleteLog", "LogQuery", "msg_tag limit");
+    EXPECT_EQ(warning_of(clear, {"timestamp_max=5", "msg_tag=A"}), "msg_tag is not used by deleteLog");
+    EXPECT_THROW(warning_of(clear, {"msg_tag=A", "limit=5"}), Failure) << "nothing would limit what is deleted";
+}
+
+TEST_F(Calls, TheMaskIsOnlyTakenWhereItMeansTheStoredSecret)
+{
+    const std::string mask = masked_password;
+    const auto modify = judging("qbobj_modifyUser", "User", nullptr, "Password");
+    run(modify, {"UserId=100", "Password=" + mask});
+    run(modify, {R"({"UserId":100,"Password":")" + mask + R"("})"});
+    EXPECT_EQ(scene.calls, 2);
+    scene.calls = 0;
+    const std::string refused =
+        "the dots stand for a stored secret, which modifyInitiator cannot look up: give the "
+        "secret itself, or null (--with-secrets reads it)";
+    const auto initiator = judging("qbobj_modifyInitiator", "Initiator", nullptr);
+    EXPECT_EQ(message(initiator, {"Name=a", "ChapSecret=" + mask}), "ChapSecret: " + refused);
+    EXPECT_EQ(message(initiator, {"@" + file("i.json", R"([{"ChapSecret":")" + mask + R"("}])")}),
+              "record[0].ChapSecret: " + refused);
+    scene.calls = 0;
+    run(judging("qbobj_deleteInitiator", "Initiator", nullptr), {"ChapSecret=" + mask});
+    EXPECT_EQ(scene.calls, 1) << "what is removed is not stored";
+    run(judging("qbobj_modifyUser", "User", "SysHash"), {"UserId=100", "SysHash=" + mask});
+    EXPECT_EQ(scene.calls, 2) << "nor is what is ignored";
 }
 
 TEST_F(Calls, MessagesOfTheLibraryDoNotShowAGivenSecret)

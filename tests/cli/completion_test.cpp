@@ -32,10 +32,12 @@ struct Completion : Program {
     }
 
     /// What bash offers at the end of a command line.
-    std::vector<std::string> complete(const std::string &line) const
+    std::vector<std::string> complete(const std::string &line,
+                                      const std::string &setting = "COMP_WORDBREAKS=' ='") const
     {
-        const std::string text = "source '" + script + "'; cd '" + directory.path + "'; COMP_LINE='" + test::program() +
-                                 line + "'; COMP_POINT=${#COMP_LINE}; _qbobj; printf '%s\\n' \"${COMPREPLY[@]}\"";
+        const std::string text = setting + "; source '" + script + "'; cd '" + directory.path + "'; COMP_LINE='" +
+                                 test::program() + line +
+                                 "'; COMP_POINT=${#COMP_LINE}; _qbobj; printf '%s\\n' \"${COMPREPLY[@]}\"";
         const test::Result result = test::run_command({"/bin/bash", "--norc", "-c", text});
         EXPECT_EQ(result.err, "");
         std::vector<std::string> found = lines(result.out);
@@ -66,6 +68,28 @@ TEST_F(Completion, OffersArgumentsAndFieldsThatAreNotGivenYet)
                 AllOf(Contains("getLog"), Contains("LogQuery"), Contains("FolderAttribute")));
     EXPECT_THAT(candidates({"completion", ""}), ElementsAre("bash", "zsh"));
     EXPECT_THAT(candidates({"getLog", "--"}), AllOf(Contains("--json"), Contains("--database")));
+    EXPECT_THAT(candidates({"help", ""}), AllOf(Contains("init"), Contains("getLog"), Contains("LogQuery")));
+}
+
+TEST_F(Completion, OffersTheOptionsOfACommand)
+{
+    EXPECT_THAT(candidates({"init", "--"}), AllOf(Contains("--volume"), Contains("--json")));
+    EXPECT_THAT(candidates({"importUsers", "--"}), Contains("--dry-run"));
+    EXPECT_THAT(candidates({"list", "--"}), AllOf(Contains("--types"), Not(Contains("--volume"))));
+    EXPECT_THAT(candidates({"getLog", "--"}), Not(Contains("--types")));
+}
+
+TEST_F(Completion, OffersWordsOfArgumentsAndFields)
+{
+    EXPECT_THAT(candidates({"setSecurityIdmapBackend", "backend="}), ElementsAre("backend=tdb", "backend=rid"));
+    EXPECT_THAT(candidates({"addLog", "severity=w"}), Contains("severity=warning"));
+    EXPECT_THAT(candidates({"setSecurity", "Security="}), ElementsAre("Security=user", "Security=ads"));
+    EXPECT_THAT(candidates({"setSecurity", "security.Security="}),
+                ElementsAre("security.Security=user", "security.Security=ads"));
+    EXPECT_THAT(candidates({"getLog", "query.severity="}), Contains("query.severity=notice"));
+    EXPECT_THAT(candidates({"addUser", "Email="}), IsEmpty()) << "any text";
+    EXPECT_THAT(candidates({"addUser", "Nothing.Such="}), IsEmpty());
+    EXPECT_THAT(candidates({"getUID", "id="}), IsEmpty()) << "an output";
 }
 
 TEST_F(Completion, BashCompletes)
@@ -81,6 +105,13 @@ TEST_F(Completion, BashCompletes)
     EXPECT_THAT(complete(" -d appl"), Contains("appliance.db"));
     EXPECT_THAT(complete(" getLog @compl"), ElementsAre("@completion.bash"));
     EXPECT_THAT(complete(" getLog --js"), ElementsAre("--json"));
+    EXPECT_THAT(complete(" importUsers --dr"), ElementsAre("--dry-run"));
+    EXPECT_THAT(complete(" importUsers appl"), Contains("appliance.db"));
+    // Behind "=" bash replaces only what follows, where that takes words apart.
+    EXPECT_THAT(complete(" addLog severity=w"), ElementsAre("warning"));
+    EXPECT_THAT(complete(" addLog severity="), Contains("emerge"));
+    EXPECT_THAT(complete(" getLog query=@compl"), ElementsAre("@completion.bash"));
+    EXPECT_THAT(complete(" addLog severity=w", "COMP_WORDBREAKS=' '"), ElementsAre("severity=warning"));
 }
 
 TEST_F(Completion, ZshAcceptsItsScript)

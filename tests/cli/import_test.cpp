@@ -66,7 +66,7 @@ TEST_F(ImportUsers, RefusesAListWithAKnownUserWhole)
     const std::string groups_before = groups();
     const Result result = import();
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "qbobj: checkUserList: 801 User (carla) already exists.\n");
+    EXPECT_EQ(result.err, "qbobj: checkUserList: 801 User (carla) already exists. (" + list + ", line 2)\n");
     EXPECT_EQ(users(), users_before);
     EXPECT_EQ(groups(), groups_before);
     EXPECT_FALSE(placed());
@@ -77,15 +77,40 @@ TEST_F(ImportUsers, RefusesAMalformedList)
     save("carla\tfamily\n");
     const Result result = import();
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "qbobj: checkUserList: 1 User file wrong format\n");
+    EXPECT_EQ(result.err, "qbobj: checkUserList: 1 User file wrong format (" + list + ", line 1)\n");
     EXPECT_FALSE(placed());
+}
+
+TEST_F(ImportUsers, SaysWhichLineIsWrong)
+{
+    std::string good;
+    for (int i = 0; i < 100; i++) {
+        const std::string wrong = good + "1\tfamily\t\tpw\ncarla\tfamily\n";
+        if (i % 7 == 0) {  // each line is a place to look
+            save(wrong);
+            const Result result = import({"--dry-run"});
+            EXPECT_EQ(result.status, 1);
+            EXPECT_EQ(result.err, "qbobj: checkUserList: 8 Invalid UserName (1), rc=6 (" + list + ", line " +
+                                      std::to_string(i + 1) + ")\n");
+        }
+        good += i == 5 ? "\n" : "user" + std::to_string(i) + "\tfamily\t\tpw\n";
+    }
+    save("\n\ncarla\tfamily\t\tpw\nno end");
+    EXPECT_THAT(import().err, HasSubstr("line 4)"));
+    EXPECT_FALSE(placed());
+}
+
+TEST_F(ImportUsers, SaysWhichLineOfStandardInputIsWrong)
+{
+    const Result result = run({"-d", path, "importUsers", "-"}, "carla\tfamily\t\tpw\nemil\n");
+    EXPECT_EQ(result.err, "qbobj: checkUserList: 1 User file wrong format (standard input, line 2)\n");
 }
 
 TEST_F(ImportUsers, LeavesAFileOfSomebodyElseAlone)
 {
     turn.write("theirs");
     const Result result = import();
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 4);
     EXPECT_THAT(result.err, HasSubstr("/tmp/user_list.txt: is there already"));
     std::ifstream file(ListFile::kPath);
     std::string content;
@@ -99,7 +124,7 @@ TEST_F(ImportUsers, FollowsNoLink)
     ASSERT_EQ(symlink(target.c_str(), ListFile::kPath), 0);
     const Result result = import();
     EXPECT_EQ(unlink(ListFile::kPath), 0) << "the link must still be there";
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 4);
     EXPECT_THAT(result.err, HasSubstr("is there already"));
     EXPECT_NE(access(target.c_str(), F_OK), 0);
 }
@@ -115,13 +140,13 @@ TEST_F(ImportUsers, NeedsAFileThatIsThere)
 {
     list = directory.path + "/none.txt";
     const Result result = import();
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.err, HasSubstr("none.txt"));
 }
 
 TEST_F(ImportUsers, IsForbiddenOnAReadOnlyDatabaseButForADryRun)
 {
-    EXPECT_EQ(import({"--read-only"}).status, 1);
+    EXPECT_EQ(import({"--read-only"}).status, 2);
     EXPECT_EQ(import({"--read-only", "--dry-run"}).status, 0);
 }
 

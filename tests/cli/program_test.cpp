@@ -1,4 +1,6 @@
 // The program from outside: what it prints, where, and its exit status.
+#include <sys/stat.h>
+
 #include <nlohmann/json.hpp>
 
 #include "arguments.h"
@@ -7,6 +9,7 @@
 using nlohmann::json;
 using test::Program;
 using test::Result;
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
@@ -18,11 +21,11 @@ TEST_F(Program, InitCreatesADatabaseOnceOnly)
 {
     EXPECT_EQ(value("SELECT id FROM _volume"), "tank");
     const Result again = run({"init", path});
-    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.status, 4);
     EXPECT_EQ(again.err, "qbobj: " + path + ": is an appliance database already\n");
     const std::string bare = directory.path + "/bare.db";
     EXPECT_EQ(run({"init", bare}).status, 0);
-    EXPECT_EQ(call({"-d", bare, "getLog"}).status, 1) << "a database is named once";
+    EXPECT_EQ(call({"-d", bare, "getLog"}).err, "qbobj: --database: is given twice\n");
 }
 
 TEST_F(Program, CallsWithFieldsAndPrintsJsonIntoAPipe)
@@ -48,10 +51,10 @@ TEST_F(Program, TakesTheDatabaseFromTheEnvironment)
 {
     setenv("QBOBJ_DB", path.c_str(), 1);
     EXPECT_EQ(run({"getLog", "--compact"}).status, 0);
-    EXPECT_EQ(run({"-d", path + ".none", "getLog"}).status, 1) << "-d goes first";
+    EXPECT_EQ(run({"-d", path + ".none", "getLog"}).status, 4) << "-d goes first";
     unsetenv("QBOBJ_DB");
     const Result none = run({"getLog"});
-    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.status, 2);
     EXPECT_THAT(none.err, HasSubstr("Give -d FILE, or set QBOBJ_DB"));
 }
 
@@ -172,9 +175,30 @@ TEST_F(Program, RefusesWhatItDoesNotUnderstandAndCallsNothing)
         {{"getLog", "@" + directory.path + "/none"}, "No such file or directory"},
         {{"--read-only", "addLog", "1"}, "it changes the database, which --read-only forbids"},
         {{"--table", "--compact", "getLog"}, "a table or JSON? --table excludes the other"},
-        {{"getLog", "--timeout", "soon"}, "--timeout"},
-        {{"completion", "fish"}, "fish"},
-        {{"describe"}, "NAME is required"},
+        {{"getLog", "--timeout", "soon"}, "--timeout: a whole number from 0 to 4294967295 is needed, not \"soon\""},
+        {{"getLog", "--log-level", "-1"}, "--log-level: a whole number from 0 to 4294967295 is needed, not \"-1\""},
+        {{"getLog", "--timeout"}, "--timeout: a value is missing"},
+        {{"getLog", "--json=5"}, "--json: takes no value"},
+        {{"completion", "fish"}, "completion: for bash and for zsh, not for fish"},
+        {{"completion"}, "completion: the SHELL is missing; \"qbobj help completion\" says how it is called"},
+        {{"describe"}, "describe: the NAME is missing"},
+        {{"importUsers"}, "importUsers: the FILE is missing"},
+        {{"init"}, "init: the FILE is missing"},
+        {{"help", "Usr"}, "there is no operation or type Usr (did you mean User?)"},
+        {{"list", "--nonsense"}, "list: there is no option --nonsense\n"},
+        {{"list", "--typs"}, "list: there is no option --typs (did you mean --types?)"},
+        {{"list", "log", "user"}, "list: \"user\" is one word too many; \"qbobj help list\" says how it is called"},
+        {{"describe", "addUser", "extra"}, "describe: \"extra\" is one word too many"},
+        {{"init", directory.path + "/new.db", "--volum", "tank"},
+         "init: there is no option --volum (did you mean --volume?)"},
+        {{"init", directory.path + "/new.db", "tank"}, "init: \"tank\" is one word too many"},
+        {{"importUsers", "list.txt", "--dryrun"}, "importUsers: there is no option --dryrun (did you mean --dry-run?)"},
+        {{"completion", "bash", "-x"}, "completion: there is no option -x"},
+        {{"version", "now"}, "version: \"now\" is one word too many"},
+        {{"help", "getLog", "addLog"}, "help: \"addLog\" is one word too many"},
+        {{"createUser"}, "there is no operation createUser (did you mean addUser?)"},
+        {{"userlist"}, "there is no operation userlist (did you mean getUserCollection?)"},
+        {{"describe", "remove-user"}, "there is no operation or type remove-user (did you mean deleteUser?)"},
         {{"describe", "Usr"}, "there is no operation or type Usr (did you mean User?)"},
         {{"list", "zzz"}, "no operation matches zzz"},
         {{}, "which operation?"},
@@ -182,13 +206,113 @@ TEST_F(Program, RefusesWhatItDoesNotUnderstandAndCallsNothing)
     for (const Refused &refused : cases) {
         SCOPED_TRACE(refused.message);
         const Result result = call(refused.words, refused.input);
-        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.out, "");
         EXPECT_THAT(result.err, StartsWith("qbobj: "));
         EXPECT_THAT(result.err, HasSubstr(refused.message));
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     }
     EXPECT_EQ(count(), "1") << "nothing was called";
+    EXPECT_NE(access((directory.path + "/new.db").c_str(), F_OK), 0) << "no database was made";
+}
+
+TEST_F(Program, AChangeWithNothingGivenMustBeMeant)
+{
+    ASSERT_EQ(call({"addLog", "1"}).status, 0);
+    const Result refused = call({"deleteLog"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err,
+              "qbobj: deleteLog: it changes the database, and nothing is given: \"qbobj describe deleteLog\" shows the "
+              "arguments; null says that nothing is meant\n");
+    for (const char *operation : {"addUser", "deleteUser", "modifyGroup", "setAccountDefault"}) {
+        EXPECT_THAT(call({operation}).err, HasSubstr("it changes the database, and nothing is given")) << operation;
+        EXPECT_EQ(call({operation}).status, 2);
+    }
+    EXPECT_EQ(count(), "1");
+    EXPECT_EQ(call({"getUserHomeFolderTotalConsumedInByte"}).err.find("nothing is given"), std::string::npos)
+        << "it takes no arguments";
+
+    EXPECT_THAT(call({"setAccountDefault", "null"}).err, HasSubstr("def: must not be null"));
+    EXPECT_THAT(call({"setAccountDefault", "def=null"}).err, HasSubstr("def: must not be null"));
+    for (const std::vector<std::string> &words : std::vector<std::vector<std::string>>{
+             {"deleteLog", "null"}, {"deleteLog", "query=null"}, {"deleteLog", R"({"query":null})"}}) {
+        ASSERT_EQ(call({"addLog", "1"}).status, 0);
+        const Result emptied = call(words);
+        EXPECT_EQ(emptied.status, 0) << emptied.err;
+        EXPECT_EQ(count(), "0") << words[1];
+    }
+    const Result none = call({"addUser", "null"});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.out, "") << "nothing was added, nothing is shown";
+}
+
+TEST_F(Program, ALoneNullIsATextWhereATextIsNeeded)
+{
+    const Result result = call({"deleteNetworkInterface", "null"});
+    EXPECT_THAT(result.err, HasSubstr("(null)")) << "an interface of that name";
+    EXPECT_THAT(result.err, Not(HasSubstr("missing")));
+}
+
+TEST_F(Program, TheExitStatusTellsTheClassOfAFailure)
+{
+    ASSERT_EQ(call({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, "Secret-123\n").status, 0);
+    const struct {
+        std::vector<std::string> words;
+        int status;
+    } cases[] = {
+        {{"getLog"}, 0},
+        {{"addLog", "1", "loud"}, 1},               // 8
+        {{"getSshPublicKeyById", "99"}, 1},         // 838
+        {{"addLog", "loud"}, 2},                    // no number
+        {{"getNetworkInterface", "Name=none"}, 3},  // 6
+        {{"getUID", "anna"}, 0},
+        {{"getUID", "nobody-else"}, 3},
+        {{"getPosixGID", "no-group"}, 3},
+        {{"isMemberOfGroup", "anna", "users"}, 0},
+        {{"isMemberOfGroup", "anna", "admin"}, 3},
+        {{"getSmbUserNameMapCount", "anna", "uname"}, 0},
+        {{"getSmbUserNameMapCount", "anna", "no-type"}, 1},
+        {{"-d", directory.path, "getLog"}, 2},  // named twice
+        {{"list"}, 0},
+        {{"list", "zzz"}, 2},
+    };
+    for (const auto &each : cases)
+        EXPECT_EQ(call(each.words).status, each.status) << each.words[0] << each.words.back();
+    EXPECT_EQ(json::parse(call({"isMemberOfGroup", "anna", "admin"}).out), json::parse(R"({"result":1})"));
+    EXPECT_EQ(json::parse(call({"getUID", "nobody-else", "--json"}).err)["status"], 3);
+}
+
+TEST_F(Program, ALookUpThatFailsIsNotOneThatFindsNothing)
+{
+    sqlite3 *db = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db, "ALTER TABLE `$user` RENAME TO other", nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(db);
+    const Result id = call({"getUID", "anna"});
+    EXPECT_EQ(id.status, 4);
+    EXPECT_THAT(id.err, HasSubstr("no such table: $user"));
+    const Result answer = call({"isMemberOfGroup", "anna", "users"});
+    EXPECT_EQ(answer.status, 4);
+    EXPECT_THAT(answer.err, HasSubstr("no such table: $user"));
+    EXPECT_EQ(call({"getUserCollection"}).status, 4) << "5";
+}
+
+TEST_F(Program, MessagesDoNotShowANullPointer)
+{
+    const Result refused = call({"addNetworkInterface", "Name=eth0"});
+    EXPECT_NE(refused.status, 0);
+    EXPECT_THAT(refused.err, Not(HasSubstr("(null)")));
+    EXPECT_EQ(refused.err, "qbobj: addNetworkInterface: 8 Invalid NetworkInterface Mac (not given)\n");
+}
+
+TEST_F(Program, DashesOfACommandArePassedOn)
+{
+    const std::string odd = directory.path + "/odd";
+    ASSERT_EQ(mkdir(odd.c_str(), 0700), 0);
+    const Result made =
+        test::run_command({test::program(), "init", "--", "-odd.db"}, "", [&] { (void)!chdir(odd.c_str()); });
+    EXPECT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(access((odd + "/-odd.db").c_str(), F_OK), 0);
 }
 
 TEST_F(Program, ShowsTheOperationsOwnFailure)
@@ -224,10 +348,10 @@ TEST_F(Program, SaysWhyADatabaseCannotBeOpened)
 {
     const std::string other = file("other.txt", "some other text, long enough to be looked at");
     const Result no_file = run({"-d", path + ".none", "getLog"});
-    EXPECT_EQ(no_file.status, 1);
+    EXPECT_EQ(no_file.status, 4);
     EXPECT_EQ(no_file.err, "qbobj: getLog: " + path + ".none: no such database\n");
     const Result not_ours = run({"-d", other, "getLog"});
-    EXPECT_EQ(not_ours.status, 1);
+    EXPECT_EQ(not_ours.status, 4);
     EXPECT_EQ(not_ours.err, "qbobj: getLog: " + other + ": is not an appliance database\n");
 }
 
@@ -243,7 +367,7 @@ TEST_F(Program, SaysThatTheDatabaseIsLocked)
     ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
     const Result locked = call({"addLog", "1", "--timeout", "30"});
-    EXPECT_EQ(locked.status, 1);
+    EXPECT_EQ(locked.status, 4);
     EXPECT_EQ(locked.err, "qbobj: addLog: 5 database is locked by another process (waited 30 ms; see --timeout)\n");
     const json object = json::parse(call({"addLog", "1", "--timeout", "0", "--json"}).err);
     EXPECT_EQ(object["code"], 5);
@@ -266,7 +390,7 @@ TEST_F(Program, AFailedCommitIsNoSuccess)
         const rlimit limit = {90000, 90000};  // less than the log's size: nothing can be appended
         setrlimit(RLIMIT_FSIZE, &limit);
     });
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 4);
     EXPECT_EQ(result.err, "qbobj: addLog: the change could not be stored; the database is as it was\n");
     sqlite3_close(other);
     EXPECT_EQ(count(), "0");
@@ -276,7 +400,7 @@ TEST_F(Program, AFullDiskBehindStandardOutputIsAFailure)
 {
     const Result result =
         test::run_command({test::program(), "-d", path, "getLog"}, "", [] { dup2(open("/dev/full", O_WRONLY), 1); });
-    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.status, 4);
     EXPECT_EQ(result.err, "qbobj: getLog: the result cannot be written: No space left on device\n");
 }
 
@@ -305,7 +429,7 @@ TEST_F(Program, KeepsPasswordsToItself)
     const Result again = call(add, "Secret-123\n");
     EXPECT_EQ(again.status, 1);
     EXPECT_THAT(again.err, testing::EndsWith("qbobj: addUser: 801 User (anna) already exists.\n"));
-    EXPECT_EQ(call({"addUser", "UserName=bert", "GroupName=users", "Password=Secret-123"}).status, 1);
+    EXPECT_EQ(call({"addUser", "UserName=bert", "GroupName=users", "Password=Secret-123"}).status, 2);
     EXPECT_EQ(value("SELECT COUNT(*) FROM `$user` WHERE uname='bert'"), "0");
 }
 
@@ -321,12 +445,84 @@ TEST_F(Program, WhatAReadPrintsCanBeChangedAndWrittenBack)
     EXPECT_EQ(value("SELECT passwd FROM `$user` WHERE uname='anna'"), hash) << "the mask leaves the password as it is";
 }
 
+TEST_F(Program, SaysWhatIsNotStored)
+{
+    const Result added =
+        call({"addUser", "UserName=anna", "GroupName=users", "FullName=Anna", "Password=-"}, "Secret-123\n");
+    EXPECT_EQ(added.status, 0);
+    EXPECT_EQ(added.err, "qbobj: addUser: warning: FullName is not stored by addUser\n");
+    ASSERT_EQ(call({"addLog", "1"}).status, 0);
+    const Result deleted = call({"deleteLog", "msg_tag=LOGMSG_X"});
+    EXPECT_EQ(deleted.status, 2);
+    EXPECT_EQ(deleted.err, "qbobj: deleteLog: msg_tag is not used by deleteLog\n");
+    EXPECT_EQ(count(), "1") << "the whole log would have gone";
+}
+
+TEST_F(Program, RefusesAWordThatAFieldDoesNotKnow)
+{
+    const Result refused = call({"getLog", "severity=loud"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.err, HasSubstr("getLog: severity: \"loud\" is none of its words (info, notice, warning, "));
+    EXPECT_EQ(call({"getLog", "severity=WARN"}).status, 0);
+}
+
+TEST_F(Program, EverySettingsRecordCanBeReadAndWrittenBack)
+{
+    ASSERT_EQ(call({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, "Secret-123\n").status, 0);
+    ASSERT_EQ(call({"addNetworkInterface", "Name=eth0", "Mac=00:11:22:33:44:55", "Protocol=dhcp"}).status, 0);
+    ASSERT_EQ(
+        call({"addSshPublicKey", "UserId=100", "ServeFor=rsync", "Type=ssh-ed25519", "Key=AAAA", "Title=t"}).status, 0);
+    ASSERT_EQ(call({"addGroup", "GroupName=family", R"(SecondaryMember=[{"UserId":100}])"}).status, 0);
+    const struct {
+        std::vector<std::string> read;
+        std::vector<std::string> write;
+    } cases[] = {
+        {{"getAccountDefault"}, {"setAccountDefault", "-"}},
+        {{"getAdminPassword"}, {"setAdminPassword", "-"}},
+        {{"getSecurity"}, {"setSecurity", "-"}},
+        {{"getNetworkInterface", "Name=eth0"}, {"modifyNetworkInterface", "-"}},
+        {{"getNetworkInterface", "Name=eth0"}, {"modifyNetworkInterface", "nif=@-"}},
+        {{"getSshPublicKeyById", "1"}, {"setSshPublicKeyById", "-"}},
+        {{"getUser", "UserId=100"}, {"modifyUser", "-"}},
+    };
+    for (const auto &each : cases) {
+        SCOPED_TRACE(each.write[0]);
+        const Result before = call(each.read);
+        ASSERT_EQ(before.status, 0) << before.err;
+        const Result written = call(each.write, before.out);
+        EXPECT_EQ(written.status, 0) << written.err;
+        EXPECT_EQ(written.err, "") << "nothing to warn of";
+        EXPECT_EQ(call(each.read).out, before.out);
+    }
+    // A collection is written back with its counts or as the list that it holds.
+    const std::string groups = call({"getGroupCollection"}).out;
+    for (const std::string &form : {groups, json::parse(groups)["Group"].dump()}) {
+        const Result written = call({"modifyGroup", "-"}, form);
+        EXPECT_EQ(written.status, 0) << written.err;
+        EXPECT_EQ(call({"getGroupCollection"}).out, groups);
+    }
+}
+
+TEST_F(Program, SecretsGoIntoAPipeOnlyWhenAskedFor)
+{
+    ASSERT_EQ(call({"addUser", "UserName=anna", "GroupName=users", "Password=-"}, "Secret-123\n").status, 0);
+    const std::string hash = value("SELECT passwd FROM `$user` WHERE uname='anna'");
+    const auto password = [&](const std::vector<std::string> &words) {
+        return json::parse(call(words).out)["User"][0]["Password"].get<std::string>();
+    };
+    EXPECT_EQ(password({"getUserCollection", "with_password=1"}), "●●●●●●●●");
+    EXPECT_EQ(password({"getUserCollection", "with_password=1", "--with-secrets"}), hash);
+    const Result table = call({"getUserCollection", "with_password=1", "--with-secrets", "--table"});
+    EXPECT_EQ(table.status, 2);
+    EXPECT_THAT(table.err, HasSubstr("--with-secrets: not on a terminal"));
+}
+
 TEST_F(Program, AnswersAreResultsAndMinusOneIsNotFound)
 {
     EXPECT_EQ(call({"getUID", "admin", "--compact"}).out, "{\"id\":98}\n");
     EXPECT_EQ(call({"isMemberOfGroup", "admin", "admin", "--compact"}).out, "{\"result\":0}\n");
     const Result nobody = call({"getUID", "somebody-else"});
-    EXPECT_EQ(nobody.status, 1);
+    EXPECT_EQ(nobody.status, 3);
     EXPECT_EQ(nobody.out, "");
     EXPECT_EQ(nobody.err, "qbobj: getUID: not found\n");
     EXPECT_EQ(json::parse(call({"getUID", "somebody-else", "-j"}).err)["code"], -1);
@@ -377,7 +573,23 @@ TEST_F(Program, DescribesEveryOperationAndType)
                           "  8    an argument is missing, malformed, or refers to nothing\n"
                           "  801  the user name is taken\n"
                           "  802  the user id is taken, or the system's own\n"));
+    EXPECT_THAT(operation.out, HasSubstr("one of debug, info, notice, warning, err, crit, alert, emerge\n"));
+    EXPECT_THAT(run({"describe", "modifyUser"}).out,
+                AllOf(HasSubstr("ignores HomeVolumeId, HomeDirectory, "), HasSubstr("the dots keep Password\n")));
+    EXPECT_THAT(run({"describe", "Security"}).out, HasSubstr("Security             text: user, ads\n"));
     EXPECT_EQ(run({"addLog", "--help"}).out, operation.out);
+    EXPECT_THAT(operation.out, HasSubstr("\nExit status\n"
+                                         "  0  done\n"
+                                         "  1  refused: 8\n"
+                                         "  2  wrong usage, nothing was called\n"
+                                         "  4  the database is locked or failed: 5\n"
+                                         "  5  out of memory\n"));
+    EXPECT_THAT(run({"describe", "isMemberOfGroup"}).out, AllOf(HasSubstr("  0  yes\n"), HasSubstr("  3  no\n")));
+    EXPECT_THAT(run({"describe", "getUID"}).out, AllOf(HasSubstr("  0  found\n"), HasSubstr("  3  not found\n")));
+    EXPECT_EQ(json::parse(run({"describe", "deleteGroup", "--json"}).out)["exit"],
+              json::parse(R"({"0":"done","1":"refused: 8, 822, 844","2":"wrong usage, nothing was called",
+                "3":"nothing found, or nothing changed: 6","4":"the database is locked or failed: 5",
+                "5":"out of memory"})"));
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));
     EXPECT_THAT(user.out, HasSubstr("UserQuota           list of Quota\n"));
@@ -415,6 +627,11 @@ TEST_F(Program, ExplainsItself)
         EXPECT_THAT(help.out, HasSubstr(part));
     EXPECT_THAT(run({"--version"}).out, MatchesRegex("qbobj [0-9]+\\.[0-9]+\\.[0-9]+ \\(SQLite 3\\.[0-9.]+\\)\n"));
     EXPECT_THAT(run({"init", "--help"}).out, HasSubstr("--volume"));
+    EXPECT_EQ(run({"help"}).out, help.out);
+    EXPECT_EQ(run({"version"}).out, run({"--version"}).out);
+    EXPECT_EQ(run({"help", "init"}).out, run({"init", "--help"}).out);
+    EXPECT_EQ(run({"help", "addLog"}).out, run({"describe", "addLog"}).out);
+    EXPECT_EQ(run({"help", "LogQuery"}).out, run({"describe", "LogQuery"}).out);
 }
 
 }  // namespace

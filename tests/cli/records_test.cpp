@@ -1,8 +1,12 @@
 // Records to JSON and back, for every type there is.
 #include "records.h"
 
+#include <sstream>
+
 #include "cli/run.h"
+#include "database.h"
 #include "failure.h"
+#include "table.h"
 
 using namespace qbcli;
 using testing::HasSubstr;
@@ -57,6 +61,47 @@ TEST_P(EveryType, ComesBackAsItWasGiven)
 {
     const Json given = sample(type);
     EXPECT_EQ(record_to_json(type, record_from(arena, type, given, "")).dump(2), masked(type, given).dump(2));
+}
+
+TEST_P(EveryType, WithItsSecretsIsWhatWasGiven)
+{
+    const Json given = sample(type);
+    const Json shown = record_to_json(type, record_from(arena, type, given, ""), true);
+    EXPECT_EQ(shown, given);
+    EXPECT_EQ(record_to_json(type, record_from(arena, type, shown, ""), true), given) << "and can be written back";
+}
+
+/// The sample with one text for every secret, at any depth.
+Json with_secrets(const QbobjField *type, Json value)
+{
+    if (value.is_array())
+        for (Json &element : value) element = with_secrets(is_bare_list(type) ? type[1].subtype : type, element);
+    if (value.is_object())
+        for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
+            if (field->kind == 'o') value[field->name] = with_secrets(field->subtype, value[field->name]);
+            if (qbobj_is_secret(type, field)) value[field->name] = "hunter2";
+        }
+    return value;
+}
+
+TEST_P(EveryType, ShowsNoSecretInAnyForm)
+{
+    const void *record = record_from(arena, type, with_secrets(type, sample(type)), "");
+    const Json one = record_to_json(type, record);
+    EXPECT_THAT(one.dump(), testing::Not(HasSubstr("hunter2")));
+    for (const size_t width : {0, 40, 80, 500})
+        for (const Json &shown : {one, Json{one, one}})
+            EXPECT_THAT(lay_out(shown, width), testing::Not(HasSubstr("hunter2")));
+    // A dump has the lines that --trace shows.
+    char *text = nullptr;
+    size_t size = 0;
+    FILE *stream = open_memstream(&text, &size);
+    qbobj_api2_dump_struct(stream, type->name, record);
+    fclose(stream);
+    std::istringstream lines(text);
+    free(text);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_THAT(redacted(line, {}), testing::Not(HasSubstr("hunter2")));
 }
 
 TEST_P(EveryType, IsAbsentWhereNothingIsGiven)

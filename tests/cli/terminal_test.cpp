@@ -90,7 +90,8 @@ QbobjOperation password_operation(int changes)
     row.name = "qbobj_setMyPassword";
     row.changes = changes;
     row.count = 1;
-    row.arguments[0] = {"pw", QBOBJ_KIND_RECORD, QBOBJ_IN, qbobj_find_type("MyPassword"), 0, 0};
+    row.arguments[0] = {"pw",    QBOBJ_KIND_RECORD, QBOBJ_IN, qbobj_find_type("MyPassword"), 0, 0,
+                        nullptr, nullptr,           nullptr};
     return row;
 }
 

@@ -65,6 +65,38 @@ TEST(Suggest, FindsTheNearest)
     EXPECT_EQ(did_you_mean("xyz", names), "");
 }
 
+TEST(Suggest, KnowsOtherVerbsAndPlurals)
+{
+    const Names names = {"addUser",      "addUserList", "getUser",  "getUserCollection", "modifyUser",
+                         "deleteUser",   "getLog",      "addLog",   "setAccountDefault", "getAccountDefault",
+                         "updateVolume", "queryShare",  "getShare", "getShareCollection"};
+    const std::pair<const char *, const char *> cases[] = {{"createUser", "addUser"},
+                                                           {"create-user", "addUser"},
+                                                           {"userAdd", "addUser"},
+                                                           {"newuser", "addUser"},
+                                                           {"qbobj_newuser", ""},
+                                                           {"removeUser", "deleteUser"},
+                                                           {"rmuser", "deleteUser"},
+                                                           {"user_del", "deleteUser"},
+                                                           {"userlist", "getUserCollection"},
+                                                           {"listUsers", "getUserCollection"},
+                                                           {"users", "getUserCollection"},
+                                                           {"getUsers", "getUserCollection"},
+                                                           {"getUserList", "getUserCollection"},
+                                                           {"user", "getUser"},
+                                                           {"showUser", "getUser"},
+                                                           {"updateUser", "modifyUser"},
+                                                           {"setUser", "modifyUser"},
+                                                           {"changeAccountDefault", "setAccountDefault"},
+                                                           {"editVolume", "updateVolume"},
+                                                           {"log", "getLog"},
+                                                           {"findShare", "getShare"},
+                                                           {"addUesr", "addUser"},
+                                                           {"add", "addLog"},
+                                                           {"xyzzy", ""}};
+    for (const auto &[wrong, right] : cases) EXPECT_EQ(nearest_operation(wrong, names), right) << wrong;
+}
+
 TEST(Suggest, CountsSwapsAsOne)
 {
     EXPECT_EQ(edit_distance("ab", "ba"), 1u);
@@ -149,11 +181,58 @@ TEST(LayOut, ShowsAListAsATable)
 {
     const Json rows = Json::parse(R"([
         {"resource_id":1,"Size":5,"OldName":"x","VolumeId":"v1","Name":"tank","Empty":"","Void":null,"List":[],"Part":{"a":1}},
-        {"resource_id":2,"Size":1234,"OldName":"y","VolumeId":"v22","Name":"日本","Empty":null,"Void":null,"List":[1],"Part":null}])");
+        {"resource_id":2,"Size":1234,"OldName":"y","VolumeId":"v22","Name":"日本","Empty":null,"Void":null,"List":[1],"Part":{"a":2}}])");
     EXPECT_EQ(lay_out(rows, 0),
-              "Name  VolumeId  Size  List     Part  resource_id  OldName\n"
-              "tank  v1           5           {…}             1  x\n"
-              "日本  v22       1234  1 entry                  2  y\n");
+              "Name  VolumeId  Size  List     resource_id  OldName\n"
+              "tank  v1           5                     1  x\n"
+              "日本  v22       1234  1 entry            2  y\n"
+              "(1 more column: --json shows all)\n");
+}
+
+TEST(LayOut, ShowsRecordsThatDifferInsideAsSections)
+{
+    const Json protocols = Json::parse(R"([
+        {"key":"ftp","ProtocolId":"ftp","Enabled":1,"FtpOptions":{"Port":21,"AuthMode":"user"},"SshOptions":null},
+        {"key":"ssh","ProtocolId":"ssh","Enabled":0,"FtpOptions":null,"SshOptions":{"Port":22}}])");
+    const std::string sections =
+        "ftp\n"
+        "  ProtocolId  ftp\n"
+        "  Enabled     1\n"
+        "  FtpOptions\n"
+        "    Port      21\n"
+        "    AuthMode  user\n";
+    EXPECT_EQ(lay_out(protocols, 80), sections +
+                                          "\nssh\n"
+                                          "  ProtocolId  ssh\n"
+                                          "  Enabled     0\n"
+                                          "  SshOptions\n"
+                                          "    Port  22\n");
+    EXPECT_THAT(lay_out(Json{{"Protocol", protocols}, {"Count", 2}}, 80),
+                testing::StartsWith("Protocol\n  ftp\n    P"));
+}
+
+TEST(LayOut, ShowsXmlAsItsLines)
+{
+    EXPECT_EQ(lay_out({{"dictionary", "<D>\n  <L code=\"en\"/>\x1b\n</D>"}, {"count", 1}}, 80),
+              "dictionary\n  <D>\n    <L code=\"en\"/>\\x1b\n  </D>\ncount  1\n");
+    EXPECT_EQ(lay_out({{"text", "a\nb"}}, 80), "text  a\\nb\n");
+}
+
+TEST(LayOut, ShowsGroupsWithTheirLists)
+{
+    const Json enclosures = Json::parse(R"([
+        {"EnclosureId":"0","Disk":[{"DevName":"sda","Slot":1},{"DevName":"sdb","Slot":2}]},
+        {"EnclosureId":"1","Disk":[]}])");
+    EXPECT_EQ(lay_out(enclosures, 80),
+              "[1]\n"
+              "  EnclosureId  0\n"
+              "  Disk\n"
+              "    DevName  Slot\n"
+              "    sda         1\n"
+              "    sdb         2\n"
+              "\n"
+              "[2]\n"
+              "  EnclosureId  1\n");
 }
 
 TEST(LayOut, LeavesOutAKeyWordThatRepeatsAField)

@@ -13,6 +13,8 @@ unset LD_LIBRARY_PATH
 
 echo "-- the installed command line finds its libraries"
 "$home/moved/bin/qbobj" init "$home/tool.db"
+"$home/moved/bin/qbobj" completion bash | cmp - "$home/moved/share/bash-completion/completions/qbobj"
+"$home/moved/bin/qbobj" completion zsh | cmp - "$home/moved/share/zsh/site-functions/_qbobj"
 
 # It names no more than libqbobj: that one has to find libqbdb by itself.
 echo "-- a program that only asks what there is"

@@ -20,6 +20,8 @@ std::optional<std::string_view> pair_name(std::string_view word)
     return name;
 }
 
+constexpr std::string_view kNull = "null";
+
 bool is_json(std::string_view text)
 {
     return text.starts_with('{') || text.starts_with('[');
@@ -104,8 +106,23 @@ Arguments::~Arguments()
         if (value) wipe(*value);
 }
 
+/// Whether a lone "null" stands for all arguments: not where a text or number is needed, which it may be.
+bool Arguments::means_nothing(const std::vector<std::string> &words) const
+{
+    if (words.size() != 1 || words[0] != kNull) return false;
+    const auto *end = operation_.arguments + operation_.count;
+    return std::none_of(operation_.arguments, end, [](const QbobjArgument &argument) {
+        return is_input(argument) && is_scalar(argument) && !argument.optional;
+    });
+}
+
 void Arguments::take(const std::vector<std::string> &words)
 {
+    if (means_nothing(words)) {
+        for (size_t i = 0; i < operation_.count; i++)
+            if (is_input(operation_.arguments[i])) given_[i] = nullptr;
+        return;
+    }
     std::vector<std::string> bare;
     for (const std::string &word : words) {
         if (is_json(word)) take_document(parse_json(word, "the JSON argument"), true);
@@ -119,6 +136,8 @@ void Arguments::take(const std::vector<std::string> &words)
         named_[i].reset();
     }
     for (const std::string &text : bare) take_bare(text);
+    for (size_t i = 0; i < operation_.count; i++)
+        if (given_[i]) checks_.judge(operation_.arguments[i], *given_[i]);
 }
 
 /// JSON from "@file", or from standard input for "-" and "@-".
@@ -132,35 +151,80 @@ Json Arguments::document_from(std::string_view source)
 void Arguments::take_pair(std::string_view name, std::string_view value)
 {
     const Target target = resolve(split(name), std::string(name));
-    set(named_, target, value_from_text(target, value));
+    Json given = value_from_text(target, value);
+    // A structure may have come from a file.
+    check(target, given, is_elsewhere(value) && given.is_structured() ? Origin::kDocument : Origin::kTyped);
+    set(named_, target, std::move(given));
 }
 
 /// An object names fields as pairs do; an array is the list that the operation takes.
 void Arguments::take_document(Json document, bool visible)
 {
+    Values own;
     const auto take = [&](const Target &target, const QbobjField *type, Json &value) {
         if (visible && type) refuse_visible_secrets(type, value, target.label);
         if (visible && target.field && qbobj_is_secret(target.type, target.field) && !value.is_null() &&
             value != masked_password)
             refuse_visible_secret(target.label);
-        set(given_, target, std::move(value));
+        set(own, target, std::move(value));
     };
+    if (Json *records = collected(document)) document = Json(std::move(*records));
     if (document.is_object()) {
         for (auto &[name, value] : document.get_ref<Json::object_t &>()) {
             const Target target = resolve({name}, name);
             take(target, target.type_of_value(operation_), value);
         }
+    } else {
+        const size_t list = the_list(document);
+        take({list, {}, nullptr, nullptr, false, operation_.arguments[list].name}, operation_.arguments[list].type,
+             document);
+    }
+    for (size_t i = 0; i < operation_.count; i++) {
+        if (!own[i]) continue;
+        checks_.see(operation_.arguments[i], *own[i], visible ? Origin::kTyped : Origin::kDocument);
+        join(given_[i], *own[i], operation_.arguments[i].name);
+    }
+}
+
+/// The records of a collection as reading prints it, {"User": […], "Entries": 2}, for an operation that takes such
+/// records; null for anything else.
+Json *Arguments::collected(Json &document) const
+{
+    if (!document.is_object()) return nullptr;
+    for (size_t i = 0; i < operation_.count; i++) {
+        const QbobjArgument &argument = operation_.arguments[i];
+        if (!takes_array(argument) || knows(argument.type, argument.type->name)) continue;
+        const auto records = document.find(argument.type->name);
+        if (records != document.end() && records->is_array()) return &*records;
+    }
+    return nullptr;
+}
+
+/// The argument that a bare array is for.
+size_t Arguments::the_list(const Json &document) const
+{
+    if (!document.is_array()) throw Failure("a JSON object or a JSON array is needed");
+    std::vector<size_t> lists;
+    for (size_t i = 0; i < operation_.count; i++)
+        if (takes_array(operation_.arguments[i])) lists.push_back(i);
+    if (lists.empty()) throw Failure("a JSON object is needed: " + short_name(operation_) + " takes no list");
+    const auto name = [&](size_t i) { return std::string(operation_.arguments[lists[i]].name); };
+    if (lists.size() > 1) throw Failure("which list is meant? Write " + name(0) + "=[…] or " + name(1) + "=[…]");
+    return lists[0];
+}
+
+/// Adds what one document says to what others said.
+void Arguments::join(std::optional<Json> &given, Json &more, const std::string &label)
+{
+    if (!given) {
+        given = std::move(more);
         return;
     }
-    if (!document.is_array()) throw Failure("a JSON object or a JSON array is needed");
-    std::vector<Target> lists;
-    for (size_t i = 0; i < operation_.count; i++)
-        if (takes_array(operation_.arguments[i]))
-            lists.push_back({i, {}, nullptr, nullptr, false, operation_.arguments[i].name});
-    if (lists.empty()) throw Failure("a JSON object is needed: " + short_name(operation_) + " takes no list");
-    if (lists.size() > 1)
-        throw Failure("which list is meant? Write " + lists[0].label + "=[…] or " + lists[1].label + "=[…]");
-    take(lists[0], operation_.arguments[lists[0].argument].type, document);
+    if (!given->is_object() || !more.is_object()) throw Failure(label, "is given twice");
+    for (auto &[name, value] : more.get_ref<Json::object_t &>()) {
+        if (given->contains(name)) throw Failure(name, "is given twice");
+        (*given)[name] = std::move(value);
+    }
 }
 
 void Arguments::take_bare(const std::string &text)
@@ -169,7 +233,9 @@ void Arguments::take_bare(const std::string &text)
         const QbobjArgument &argument = operation_.arguments[i];
         if (!is_input(argument) || !is_scalar(argument) || given_[i]) continue;
         const Target target{i, {}, nullptr, nullptr, false, argument.name};
-        return set(given_, target, value_from_text(target, text));
+        Json value = value_from_text(target, text);
+        check(target, value, Origin::kTyped);
+        return set(given_, target, std::move(value));
     }
     throw Failure("nothing is left that could take the bare value \"" + text + "\"; write Field=value");
 }
@@ -250,6 +316,7 @@ Json Arguments::value_from_text(const Target &target, std::string_view text)
 Json Arguments::structure_from_text(const Target &target, const QbobjField *type, std::string_view text)
 {
     if (is_elsewhere(text)) return document_from(text);
+    if (text == kNull) return nullptr;
     if (!is_json(text)) {
         const bool list = is_list(type) || is_bare_list(type);
         throw Failure(target.label, std::string(list ? "a list" : "a record") + " is written as JSON, " + target.label +
@@ -265,6 +332,15 @@ const QbobjField *Arguments::Target::type_of_value(const QbobjOperation &operati
 {
     if (path.empty()) return operation.arguments[argument].type;
     return field ? field->subtype : nullptr;
+}
+
+/// Has a value seen in its place.
+void Arguments::check(const Target &target, const Json &value, Origin origin)
+{
+    Json whole = value;
+    for (auto name = target.path.rbegin(); name != target.path.rend(); name++) whole = Json{{*name, std::move(whole)}};
+    checks_.see(operation_.arguments[target.argument], whole, origin);
+    wipe(whole);
 }
 
 void Arguments::set(Values &values, const Target &target, Json value)

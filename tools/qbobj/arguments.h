@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "checks.h"
 #include "input.h"
 #include "records.h"
 
@@ -17,14 +18,17 @@ namespace qbcli {
 /// for Field=value, the form of numbers is checked here; the rest is checked when records are made of them.
 class Arguments {
 public:
-    Arguments(const QbobjOperation &operation, StandardInput &input) : operation_(operation), input_(input) {}
+    Arguments(const QbobjOperation &operation, StandardInput &input)
+        : operation_(operation), input_(input), checks_(operation)
+    {
+    }
     ~Arguments();
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
     /// Takes words: Field=value, JSON text, @file, "-" for JSON on standard input, and bare values that
     /// fill the scalar arguments that are left, in their order. What is named by itself goes over what a
-    /// document says of it, so that a record can be read, changed and written back.
+    /// document says of it, so that a record can be read, changed and written back. A lone "null" is null for all.
     void take(const std::vector<std::string> &words);
     /// Takes one JSON document that nobody could read over the caller's shoulder.
     void take(Json document) { take_document(std::move(document), false); }
@@ -32,6 +36,9 @@ public:
     void ask_for_secrets();
     /// What was given for an argument; none when nothing was, or null.
     const std::optional<Json> &given(size_t argument) const { return given_[argument]; }
+
+    /// What the tables say of what was given.
+    const Checks &checks() const { return checks_; }
 
 private:
     /// Where a value goes: an argument, and in a record the way down to the field.
@@ -46,6 +53,7 @@ private:
         const QbobjField *type_of_value(const QbobjOperation &operation) const;
     };
 
+    bool means_nothing(const std::vector<std::string> &words) const;
     void take_pair(std::string_view name, std::string_view value);
     /// @param visible The document stands on the command line itself.
     void take_document(Json document, bool visible);
@@ -57,10 +65,15 @@ private:
     Json structure_from_text(const Target &target, const QbobjField *type, std::string_view text);
     Json document_from(std::string_view source);
     using Values = std::array<std::optional<Json>, QBOBJ_MAX_ARGUMENTS>;
+    Json *collected(Json &document) const;
+    size_t the_list(const Json &document) const;
+    static void join(std::optional<Json> &given, Json &more, const std::string &label);
+    void check(const Target &target, const Json &value, Origin origin);
     static void set(Values &values, const Target &target, Json value);
 
     const QbobjOperation &operation_;
     StandardInput &input_;
+    Checks checks_;
     Values given_;  // at first what documents say, in the end everything
     Values named_;
     std::vector<Target> secrets_;

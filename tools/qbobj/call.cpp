@@ -1,5 +1,7 @@
 #include "call.h"
 
+#include <algorithm>
+
 #include "failure.h"
 #include "xml.h"
 
@@ -8,71 +10,32 @@ namespace {
 
 constexpr uint32_t kMinusOne = 0xFFFFFFFF;
 
-constexpr struct {
-    uint32_t code;
-    const char *meaning;
-} kMeanings[] = {
-    {1, "a file that the operation reads is missing or malformed"},
-    {2, "out of memory, or an internal step failed"},
-    {3, "table copies made for a comparison could not be removed"},
-    {5, "a database statement failed"},
-    {6, "nothing was found, or nothing changed"},
-    {8, "an argument is missing, malformed, or refers to nothing"},
-    {801, "the user name is taken"},
-    {802, "the user id is taken, or the system's own"},
-    {803, "the group name is taken"},
-    {804, "the group id is taken"},
-    {806, "the name is too long"},
-    {809, "the user name is reserved"},
-    {810, "the FTP port is out of range"},
-    {812, "the passive port range is malformed"},
-    {813, "the authentication mode is unknown"},
-    {814, "the masquerade address is malformed"},
-    {816, "a host that is to be allowed is malformed"},
-    {817, "the SNMP community is malformed"},
-    {818, "a trap destination is malformed"},
-    {819, "the workgroup is malformed"},
-    {820, "the realm is malformed"},
-    {821, "the SSH port is out of range"},
-    {822, "the group is the primary group of a user"},
-    {827, "the additional HTTPS port is out of range"},
-    {828, "something listens on the additional HTTPS port"},
-    {829, "the host of the SSL key is malformed"},
-    {830, "a bandwidth is out of range"},
-    {832, "the directory does not know the user"},
-    {833, "the password server is malformed"},
-    {834, "a remote user has the user name"},
-    {836, "there is no such user"},
-    {837, "the SSH public key is stored already"},
-    {838, "there is no such SSH public key, or root's twin of it is missing"},
-    {842, "there are too many SSH public keys"},
-    {843, "there are too many Time Machine users"},
-    {844, "the group is the default group"},
-    {845, "the user name is an alias of a remote user"},
-};
+/// Whether a text "null" is part of a value.
+bool says_null(const Json &value)
+{
+    if (value.is_string()) return value == "null";
+    return value.is_structured() && std::any_of(value.begin(), value.end(), says_null);
+}
 
 }  // namespace
-
-const char *meaning_of(uint32_t code)
-{
-    for (const auto &row : kMeanings)
-        if (row.code == code) return row.meaning;
-    return nullptr;
-}
 
 bool returns_answer(const QbobjOperation &operation)
 {
     switch (operation.returns) {
         case QBOBJ_RETURNS_ID:
         case QBOBJ_RETURNS_COUNT:
-        case QBOBJ_RETURNS_ANSWER: return true;
+        case QBOBJ_RETURNS_ANSWER:
+        case QBOBJ_RETURNS_TRUTH: return true;
         default: return false;
     }
 }
 
 Call::Call(const QbobjOperation &operation, const Arguments &arguments) : operation_(operation)
 {
-    for (size_t i = 0; i < operation_.count; i++) bind(i, arguments.given(i));
+    for (size_t i = 0; i < operation_.count; i++) {
+        bind(i, arguments.given(i));
+        says_null_ = says_null_ || (arguments.given(i) && says_null(*arguments.given(i)));
+    }
 }
 
 Call::~Call()
@@ -85,6 +48,8 @@ void Call::bind(size_t index, const std::optional<Json> &given)
 {
     const QbobjArgument &argument = operation_.arguments[index];
     const Json *value = given && !given->is_null() ? &*given : nullptr;
+    if (given && !value && !argument.optional && !is_scalar(argument))
+        throw Failure(argument.name, "must not be null; {} is a record without anything");
     if (is_input(argument)) check_presence(argument, value);
     if (is_scalar(argument)) return bind_scalar(index, value);
     if (argument.kind == QBOBJ_KIND_RECORD) return bind_record(index, value);
@@ -163,31 +128,58 @@ uint32_t Call::invoke(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err)
     return returned_;
 }
 
+Status Call::status() const
+{
+    const bool no = (operation_.returns == QBOBJ_RETURNS_ANSWER && returned_ != 0) ||
+                    (operation_.returns == QBOBJ_RETURNS_TRUTH && returned_ == 0);
+    return no ? Status::kNotFound : Status::kDone;
+}
+
 /// Throws when a returned value means failure.
 void Call::judge(uint32_t rc, const ErrorInfo &err, const Database &database, uint32_t timeout_ms) const
 {
-    const bool failed = operation_.returns == QBOBJ_RETURNS_CODE ? rc != 0 : rc == kMinusOne;
+    bool failed = rc == kMinusOne;
+    if (operation_.returns == QBOBJ_RETURNS_CODE) failed = rc != 0;
+    if (operation_.returns == QBOBJ_RETURNS_TRUTH) failed = rc == 0 && database.statement_failed();
     if (rc != 0 && err.code == 0 && !database.got_past_begin()) {
         std::string why = sqlite3_errstr(static_cast<int>(rc));
         if (rc == SQLITE_BUSY)
             why += " by another process (waited " + std::to_string(timeout_ms) + " ms; see --timeout)";
-        fail(rc, err, why);
+        fail(rc, err, why, Status::kFailed);
     }
-    if (failed && err.code != 0) fail(err.code, err, redacted(err.message ? err.message : "", secrets()));
-    if (failed && rc == kMinusOne)
-        fail(rc, err, operation_.returns == QBOBJ_RETURNS_ANSWER ? "there is no answer" : "not found");
-    if (failed) fail(rc, err, meaning_of(rc) ? meaning_of(rc) : "the operation failed and does not say why");
+    if (failed && err.code != 0)
+        fail(err.code, err, redacted(err.message ? err.message : "", secrets()), status_of(err.code));
+    if (failed) fail_without_report(rc, err, database);
     // An operation's success does not depend on the commit; the user's does.
     if (rc == 0 && operation_.changes && database.rolled_back())
-        throw Failure("the change could not be stored; the database is as it was");
+        throw Failure("the change could not be stored; the database is as it was", Status::kFailed);
 }
 
-void Call::fail(uint32_t rc, const ErrorInfo &err, const std::string &message) const
+/// The error record is zero: what the code means, and what the library said in its log.
+void Call::fail_without_report(uint32_t rc, const ErrorInfo &err, const Database &database) const
 {
-    throw Failure(message, short_name(operation_), rc == kMinusOne ? -1 : static_cast<int64_t>(rc), err);
+    const std::string &logged = database.logged_failure();
+    if (operation_.returns != QBOBJ_RETURNS_CODE) {
+        const bool broken = database.statement_failed() || operation_.returns == QBOBJ_RETURNS_ANSWER;
+        // What counts finds always something to count, 0 or more.
+        if (!broken && operation_.returns == QBOBJ_RETURNS_COUNT)
+            fail(rc, err, "an argument is malformed", Status::kRefused);
+        if (!broken) fail(rc, err, "not found", Status::kNotFound);
+        fail(rc, err, logged.empty() ? "there is no answer" : logged, Status::kFailed);
+    }
+    const char *meaning = qbobj_code_meaning(rc);
+    const std::string text = meaning ? meaning : "the operation failed and does not say why";
+    fail(rc, err, logged.empty() ? text : text + " (" + logged + ")", status_of(rc));
 }
 
-Json Call::argument_to_json(size_t index) const
+void Call::fail(uint32_t rc, const ErrorInfo &err, const std::string &message, Status status) const
+{
+    Failure failure(message, short_name(operation_), rc == kMinusOne ? -1 : static_cast<int64_t>(rc), err, status);
+    failure.says_null = says_null_;
+    throw failure;
+}
+
+Json Call::argument_to_json(size_t index, bool secrets) const
 {
     const QbobjArgument &argument = operation_.arguments[index];
     const Cell &cell = cells_[index];
@@ -196,22 +188,24 @@ Json Call::argument_to_json(size_t index) const
         case QBOBJ_KIND_UINT64: return cell.n;
         case QBOBJ_KIND_STRING: return text_to_json(cell.s);
         case QBOBJ_KIND_XML: return cell.p ? Json(xml_text(cell.p)) : Json(nullptr);
-        case QBOBJ_KIND_LIST: return list_to_json(argument.type, cell.p);
+        case QBOBJ_KIND_LIST: return list_to_json(argument.type, cell.p, secrets);
         default: break;
     }
     // A record comes back in the form in which it was given, unless the operation made a chain of it.
     const bool chain = cell.array || (cell.p && is_list(argument.type) && next_element(cell.p));
-    return chain ? list_to_json(argument.type, cell.p) : record_to_json(argument.type, cell.p);
+    return chain ? list_to_json(argument.type, cell.p, secrets) : record_to_json(argument.type, cell.p, secrets);
 }
 
-Json Call::outcome() const
+Json Call::outcome(bool secrets) const
 {
     Json object = Json::object();
     bool alone = !returns_answer(operation_);
     for (size_t i = 0; i < operation_.count; i++) {
         const QbobjArgument &argument = operation_.arguments[i];
         if (argument.direction == QBOBJ_IN) continue;
-        object[argument.name] = argument_to_json(i);
+        const bool nothing_given = argument.direction == QBOBJ_INOUT && argument.optional && !cells_[i].p;
+        if (nothing_given && argument.kind == QBOBJ_KIND_RECORD && !cells_[i].array) continue;
+        object[argument.name] = argument_to_json(i, secrets);
         if (is_scalar(argument) || argument.kind == QBOBJ_KIND_XML) alone = false;
     }
     if (returns_answer(operation_)) object["result"] = static_cast<int32_t>(returned_);

@@ -7,6 +7,7 @@
 
 #include "arguments.h"
 #include "database.h"
+#include "failure.h"
 #include "memory.h"
 #include "records.h"
 
@@ -26,7 +27,11 @@ public:
 
     /// What came out: one record or list stands alone, anything else is an object with a member for each
     /// out argument and "result" for the returned value. Discarded when the operation gives nothing.
-    Json outcome() const;
+    /// @param secrets In clear, not masked.
+    Json outcome(bool secrets = false) const;
+
+    /// kDone, or kNotFound for the answer "no".
+    Status status() const;
 
     /// Calls the operation and nothing else: what comes back is the caller's to judge.
     uint32_t invoke(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err);
@@ -48,19 +53,18 @@ private:
     void bind_scalar(size_t index, const Json *given);
     void bind_record(size_t index, const Json *given);
     void check_presence(const QbobjArgument &argument, const Json *given) const;
-    [[noreturn]] void fail(uint32_t rc, const ErrorInfo &err, const std::string &message) const;
+    [[noreturn]] void fail(uint32_t rc, const ErrorInfo &err, const std::string &message, Status status) const;
+    [[noreturn]] void fail_without_report(uint32_t rc, const ErrorInfo &err, const Database &database) const;
     void judge(uint32_t rc, const ErrorInfo &err, const Database &database, uint32_t timeout_ms) const;
-    Json argument_to_json(size_t index) const;
+    Json argument_to_json(size_t index, bool secrets) const;
 
     const QbobjOperation &operation_;
     Arena arena_;
     std::array<Cell, QBOBJ_MAX_ARGUMENTS> cells_;
+    bool says_null_ = false;  // the text "null" is among the given values
     std::array<QbobjValue, QBOBJ_MAX_ARGUMENTS> values_{};
     uint32_t returned_ = 0;
 };
-
-/// One line on a general code (1, 2, 5, 6, 8); null for one of its own.
-const char *meaning_of(uint32_t code);
 
 /// Whether the returned value is an answer of its own.
 bool returns_answer(const QbobjOperation &operation);

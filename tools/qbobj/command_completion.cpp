@@ -9,9 +9,11 @@ namespace qbcli {
 void add_completion(CommandLine &line)
 {
     const auto shell = std::make_shared<std::string>();
-    CLI::App *command = line.app.add_subcommand("completion", "Print a completion script for a shell");
-    command->add_option("SHELL", *shell, "bash or zsh")->required()->check(CLI::IsMember({"bash", "zsh"}));
-    command->callback([shell] { print_text(completion_script(*shell)); });
+    CLI::App *command = add_command(line, "completion", "Print a completion script for a shell", [shell] {
+        if (*shell != "bash" && *shell != "zsh") throw Failure("completion: for bash and for zsh, not for " + *shell);
+        print_text(completion_script(*shell));
+    });
+    command->add_option("SHELL", *shell, "bash or zsh")->required();
 
     CLI::App *candidates = line.app.add_subcommand("complete", "Candidates for the words after --")->group("");
     candidates->callback([&line] {

@@ -22,27 +22,24 @@ void add_list(CommandLine &line)
         bool types = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App *command = line.app.add_subcommand("list", "List operations by family");
-    command->add_option("PATTERN", given->pattern, "A pattern for names (*User*), or a word that is mentioned");
-    command->add_flag("--types", given->types, "List record types instead");
-    command->fallthrough();
-    command->callback([given, &options = line.options.output] {
+    CLI::App *command = add_command(line, "list", "List operations by family", [given, &options = line.options.output] {
         const std::string &pattern = given->pattern;
         if (wants_json(options)) print_json(given->types ? types_json(pattern) : operations_json(pattern), options);
         else print_text(given->types ? types_text(pattern) : operations_text(pattern));
     });
+    command->add_option("PATTERN", given->pattern, "A pattern for names (*User*), or a word that is mentioned");
+    command->add_flag("--types", given->types, "List record types instead")->disable_flag_override();
 }
 
 void add_describe(CommandLine &line)
 {
     const auto name = std::make_shared<std::string>();
-    CLI::App *command = line.app.add_subcommand("describe", "Describe an operation or a record type");
+    CLI::App *command =
+        add_command(line, "describe", "Describe an operation or a record type", [name, &options = line.options.output] {
+            if (wants_json(options)) print_json(description_json(*name), options);
+            else print_text(description_text(*name));
+        });
     command->add_option("NAME", *name, "addLog, LogQuery, ...")->required();
-    command->fallthrough();
-    command->callback([name, &options = line.options.output] {
-        if (wants_json(options)) print_json(description_json(*name), options);
-        else print_text(description_text(*name));
-    });
 }
 
 }  // namespace qbcli

@@ -33,18 +33,18 @@ extern "C" void remove_list_file_and_end(int signal_number)
 /// is made new, no link is followed, nobody else may read it, and it goes away on every path, an interrupt included.
 class PlacedList {
 public:
-    explicit PlacedList(const PrivateText &text)
+    explicit PlacedList(std::string_view text)
     {
         const int file = open(kListFile, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
         if (file < 0 && errno == EEXIST)
-            throw Failure(kListFile, "is there already: another import runs, or one left it behind; remove it then");
-        if (file < 0) throw Failure(kListFile, strerror(errno));
+            fail("is there already: another import runs, or one left it behind; remove it then");
+        if (file < 0) fail(strerror(errno));
         for (const int signal_number : kSignals) old_.push_back(signal(signal_number, remove_list_file_and_end));
         const bool written = write_all(file, text);
         const int failure = errno;
         if (close(file) == 0 && written) return;
         remove();
-        throw Failure(kListFile, strerror(failure));
+        fail(strerror(failure));
     }
     ~PlacedList() { remove(); }
     PlacedList(const PlacedList &) = delete;
@@ -54,7 +54,12 @@ private:
     static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
     std::vector<void (*)(int)> old_;
 
-    static bool write_all(int file, const PrivateText &text)
+    [[noreturn]] static void fail(const std::string &why)
+    {
+        throw Failure(std::string(kListFile) + ": " + why, Status::kFailed);
+    }
+
+    static bool write_all(int file, std::string_view text)
     {
         for (size_t done = 0; done < text.size();) {
             const ssize_t size = write(file, text.data() + done, text.size() - done);
@@ -120,16 +125,14 @@ public:
     explicit Import(const Database &database) : qbdb_(database.handle()), db_(database.connection()) {}
 
     /// Checks the whole list against the accounts that there are.
-    void check(const PrivateText &text)
+    /// @param origin What the list is called in messages.
+    void check(std::string_view text, const std::string &origin)
     {
         AccountQuery local{};
-        UserCollection users{};
-        GroupCollection groups{};
-        judge("getUserCollection", qbobj_getUserCollection(qbdb_, db_, &users, &local, 0, &err_));
-        judge("getGroupCollection", qbobj_getGroupCollection(qbdb_, db_, &groups, &local, &err_));
+        judge("getUserCollection", qbobj_getUserCollection(qbdb_, db_, &known_users_, &local, 0, &err_));
+        judge("getGroupCollection", qbobj_getGroupCollection(qbdb_, db_, &known_groups_, &local, &err_));
         const Progress progress("checking", 1);
-        const PlacedList placed(text);
-        judge("checkUserList", qbobj_checkUserList(qbdb_, db_, &users_, &groups_, &users, &groups, &err_));
+        if (const uint32_t rc = checked(text)) blame_line(text, origin, rc);
     }
 
     size_t users() const { return length(users_.User); }
@@ -156,8 +159,37 @@ private:
     qbdb_t *qbdb_;
     sqlite3 *db_;
     ErrorInfo err_{};
+    UserCollection known_users_{};
+    GroupCollection known_groups_{};
     UserCollection users_{};
     GroupCollection groups_{};
+
+    uint32_t checked(std::string_view text)
+    {
+        users_ = {};
+        groups_ = {};
+        const PlacedList placed(text);
+        return qbobj_checkUserList(qbdb_, db_, &users_, &groups_, &known_users_, &known_groups_, &err_);
+    }
+
+    /// Says which line was refused. The first such line ends a check, so it is the last of the shortest refused
+    /// beginning.
+    [[noreturn]] void blame_line(std::string_view text, const std::string &origin, uint32_t rc)
+    {
+        std::vector<size_t> ends;
+        for (size_t at = 0; at < text.size(); at = ends.back())
+            ends.push_back(std::min(text.find('\n', at), text.size() - 1) + 1);
+        size_t good = 0;  // as many lines are taken
+        size_t bad = ends.size();
+        while (status_of(rc) == Status::kRefused && good + 1 < bad) {
+            const size_t middle = good + (bad - good) / 2;
+            (checked(text.substr(0, ends[middle - 1])) ? bad : good) = middle;
+        }
+        rc = checked(bad ? text.substr(0, ends[bad - 1]) : text);
+        const bool of_a_line = status_of(rc) == Status::kRefused && bad;
+        judge("checkUserList", rc, of_a_line ? " (" + origin + ", line " + std::to_string(bad) + ")" : "");
+        throw Failure("the list was refused once and then taken", Status::kFailed);
+    }
 
     static size_t length(const User *user)
     {
@@ -172,9 +204,11 @@ private:
         return 0;
     }
 
-    void judge(const char *operation, uint32_t rc) const
+    void judge(const char *operation, uint32_t rc, const std::string &where = "") const
     {
-        if (rc) throw Failure(err_.message ? err_.message : sqlite3_errstr(static_cast<int>(rc)), operation, rc, err_);
+        if (rc == 0) return;
+        const char *message = err_.message ? err_.message : sqlite3_errstr(static_cast<int>(rc));
+        throw Failure(message + where, operation, rc, err_, status_of(rc));
     }
 };
 
@@ -185,7 +219,7 @@ void import_users(const Options &options, const std::string &path, bool dry_run)
     const PrivateText text = path == "-" ? input.document() : read_file(path);
     const Database database = open_chosen_database(options);
     Import import(database);
-    import.check(text);
+    import.check(text, path == "-" ? "standard input" : path);
     if (!dry_run) import.insert();
     Json outcome;
     outcome["Users"] = import.users();
@@ -203,7 +237,8 @@ void add_import_users(CommandLine &line)
         bool dry_run = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App *command = line.app.add_subcommand("importUsers", "Check and insert a list file of users");
+    CLI::App *command = add_command(line, "importUsers", "Check and insert a list file of users",
+                                    [&line, given] { import_users(line.options, given->path, given->dry_run); });
     command
         ->add_option("FILE", given->path, "Lines of name, group, e-mail, password between tabs; - for standard input")
         ->required();
@@ -212,8 +247,6 @@ void add_import_users(CommandLine &line)
         "A line \"export_list\" says that the passwords below it are stored hashes, \"import_list\" that they are\n"
         "clear text, as they are without either. The list is inserted whole or not at all; groups that it names and\n"
         "that there are not are added first.");
-    command->fallthrough();
-    command->callback([&line, given] { import_users(line.options, given->path, given->dry_run); });
 }
 
 }  // namespace qbcli

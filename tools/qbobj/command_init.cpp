@@ -12,11 +12,10 @@ void add_init(CommandLine &line)
         std::string volume;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App *command = line.app.add_subcommand("init", "Create a fresh appliance database");
+    CLI::App *command = add_command(line, "init", "Create a fresh appliance database",
+                                    [given] { create_database(given->path, given->volume); });
     command->add_option("FILE", given->path, "Where to create it; must not exist")->required();
     command->add_option("--volume", given->volume, "Name of a first volume")->type_name("NAME");
-    command->fallthrough();
-    command->callback([given] { create_database(given->path, given->volume); });
 }
 
 }  // namespace qbcli

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "database.h"
+#include "failure.h"
 #include "output.h"
 
 namespace qbcli {
@@ -21,7 +23,8 @@ struct Options {
 struct CommandLine {
     CLI::App app;
     Options options;
-    std::vector<std::string> verbatim;  ///< Words after "--".
+    std::vector<std::string> verbatim;  ///< An operation's words after "--".
+    Status status = Status::kDone;      ///< Of a command that did not fail.
 };
 
 /// @name Sub-commands @{
@@ -30,18 +33,23 @@ void add_list(CommandLine &line);
 void add_describe(CommandLine &line);
 void add_completion(CommandLine &line);
 void add_import_users(CommandLine &line);
+void add_help(CommandLine &line);
+void add_version(CommandLine &line);
 /// @}
+/// Declares a sub-command. `act` runs once every word that was given has been understood.
+CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act);
 /// Adds an operation as a sub-command.
 void add_operation(CommandLine &line, const std::string &name);
 
-/// Refuses a word that looks like an option and is none.
-[[noreturn]] void refuse_unknown_option(const CommandLine &line, const std::string &word);
+/// Refuses a word that looks like an option and is none of the program's or the command's.
+[[noreturn]] void refuse_unknown_option(const CommandLine &line, const std::string &word,
+                                        const CLI::App *command = nullptr);
 
 /// Opens the database that the options name.
 Database open_chosen_database(const Options &options);
 
 /// Runs the program.
-/// @return Its exit status: 0, or 1 for a failure of any kind.
+/// @return Its exit status, a Status.
 int run(const std::vector<std::string> &words);
 
 }  // namespace qbcli

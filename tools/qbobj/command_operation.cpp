@@ -26,14 +26,36 @@ std::vector<std::string> words_of(const CommandLine &line)
     return words;
 }
 
-void call(const CommandLine &line, const QbobjOperation &operation)
+/// What changes the database is not called with nothing: who means that says null. A number or a text that is
+/// needed is asked for by its name instead.
+void refuse_empty_change(const QbobjOperation &operation, const std::vector<std::string> &words)
+{
+    if (!words.empty() || !operation.changes) return;
+    bool any = false;
+    bool nullable = true;
+    for (size_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        if (!is_input(argument)) continue;
+        if (is_scalar(argument) && !argument.optional) return;
+        any = true;
+        nullable = nullable && argument.optional;
+    }
+    if (!any) return;
+    throw Failure("it changes the database, and nothing is given: \"qbobj describe " + short_name(operation) +
+                  "\" shows the arguments" + (nullable ? "; null says that nothing is meant" : ""));
+}
+
+void call(CommandLine &line, const QbobjOperation &operation)
 {
     const Options &options = line.options;
     if (options.database.read_only && operation.changes)
         throw Failure("it changes the database, which --read-only forbids");
     StandardInput input;
     Arguments arguments(operation, input);
-    arguments.take(words_of(line));
+    const std::vector<std::string> words = words_of(line);
+    refuse_empty_change(operation, words);
+    arguments.take(words);
+    arguments.checks().refuse_useless();
     // First with the secrets left out, so that nobody types a password for a call that cannot be made.
     {
         const Call possible(operation, arguments);
@@ -41,9 +63,11 @@ void call(const CommandLine &line, const QbobjOperation &operation)
     Database database = open_chosen_database(options);
     arguments.ask_for_secrets();
     Call call(operation, arguments);
-    const std::string warning = call.run(database, options.database.timeout_ms);
-    if (!warning.empty()) print_warning(short_name(operation), warning);
-    print_outcome(call.outcome(), options.output);
+    const std::string reported = call.run(database, options.database.timeout_ms);
+    for (const std::string &warning : {reported, arguments.checks().warning()})
+        if (!warning.empty()) print_warning(short_name(operation), warning);
+    print_outcome(call.outcome(options.output.secrets), options.output);
+    line.status = call.status();
 }
 
 }  // namespace

@@ -15,4 +15,7 @@ const char *completion_script(const std::string &shell);
 /// there already. One that ends in "=" or "." goes on.
 std::vector<std::string> completion_candidates(const CLI::App &app, const std::vector<std::string> &words);
 
+/// The words of a command line that are no options and no option's value: the command and what follows it.
+std::vector<std::string> plain_words(const CLI::App &app, const std::vector<std::string> &words);
+
 }  // namespace qbcli

@@ -1,5 +1,6 @@
 #include "database.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -14,7 +15,23 @@ namespace {
 void open_database(const std::string &path, unsigned mode, const char *volume, qbdb_t **qbdb, sqlite3 **db)
 {
     char why[512] = "cannot be opened";
-    if (qbdb_open(path.c_str(), mode, volume, qbdb, db, why, sizeof why)) throw Failure(why);
+    if (qbdb_open(path.c_str(), mode, volume, qbdb, db, why, sizeof why)) throw Failure(why, Status::kFailed);
+}
+
+uint64_t failed_statements = 0;
+
+/// Has SQLite tell of failing statements; possible only before its first use in the process.
+void watch_statements()
+{
+    constexpr auto note = [](void *, int code, const char *) {
+        constexpr int kPrimary = 0xFF;
+        code &= kPrimary;
+        const bool harmless = code == SQLITE_NOTICE || code == SQLITE_WARNING || code == SQLITE_SCHEMA;
+        if (!harmless) failed_statements++;
+    };
+    static const int done = sqlite3_config(SQLITE_CONFIG_LOG, static_cast<void (*)(void *, int, const char *)>(note),
+                                           static_cast<void *>(nullptr));
+    (void)done;
 }
 
 const std::set<std::string_view> &names_of_secrets()
@@ -42,14 +59,17 @@ size_t dumped_secret(std::string_view line)
     return secret ? sign + kSign.size() : std::string_view::npos;
 }
 
+constexpr uint32_t kFailureLevel = 2;
 constexpr size_t kShortestHidden = 4;  // anything shorter is part of ordinary words
 
 }  // namespace
 
-Database::Database(const DatabaseOptions &options)
+Database::Database(const DatabaseOptions &options) : shown_level_(options.log_level)
 {
+    watch_statements();
+    failures_before_ = failed_statements;
     open_database(options.path, options.read_only ? QBDB_OPEN_READONLY : QBDB_OPEN_EXISTING, nullptr, &qbdb_, &db_);
-    qbdb_->log_level = options.log_level;
+    qbdb_->log_level = std::max(options.log_level, kFailureLevel);
     qbdb_set_timeout(qbdb_, options.timeout_ms);
     qbdb_import_options import{};
     import.root = options.root.empty() ? nullptr : options.root.c_str();
@@ -62,10 +82,17 @@ Database::Database(const DatabaseOptions &options)
 
 void Database::log(void *self, const char *file, uint32_t line, uint32_t level, uint32_t, const char *text)
 {
+    auto *database = static_cast<Database *>(self);
     std::string_view message = text;
     while (message.ends_with('\n')) message.remove_suffix(1);
-    const std::string shown = printable(redacted(message, static_cast<Database *>(self)->secrets_));
-    fprintf(stderr, "%s:%u: [%u] %s\n", file, line, level, shown.c_str());
+    const std::string shown = printable(redacted(message, database->secrets_));
+    if (level <= kFailureLevel) database->logged_failure_ = shown;
+    if (level <= database->shown_level_) fprintf(stderr, "%s:%u: [%u] %s\n", file, line, level, shown.c_str());
+}
+
+bool Database::statement_failed() const
+{
+    return failed_statements > failures_before_;
 }
 
 int Database::see_statement(void *self, const char *sql, const char *, uint32_t, const char **)

@@ -34,6 +34,10 @@ public:
     bool got_past_begin() const { return statements_ > 0; }
     /// Whether a transaction was rolled back.
     bool rolled_back() const { return rolled_back_; }
+    /// Whether a statement failed. A look-up that fails returns the same -1 as one that finds nothing.
+    bool statement_failed() const;
+    /// The last failure that the library logged; empty when it logged none.
+    const std::string &logged_failure() const { return logged_failure_; }
 
 private:
     static void log(void *self, const char *file, uint32_t line, uint32_t level, uint32_t flag, const char *text);
@@ -42,6 +46,9 @@ private:
     qbdb_t *qbdb_ = nullptr;
     sqlite3 *db_ = nullptr;
     std::vector<std::string_view> secrets_;
+    uint32_t shown_level_ = 0;
+    std::string logged_failure_;
+    uint64_t failures_before_ = 0;
     uint64_t statements_ = 0;
     bool rolled_back_ = false;
 };

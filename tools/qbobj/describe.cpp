@@ -52,7 +52,8 @@ std::vector<const QbobjOperation *> matching_operations(const std::string &patte
         return std::find(families.begin(), families.end(), a->family) <
                std::find(families.begin(), families.end(), b->family);
     });
-    if (found.empty()) throw Failure("no operation matches " + pattern + did_you_mean(pattern, operation_names()));
+    if (found.empty())
+        throw Failure("no operation matches " + pattern + did_you_mean_operation(pattern, operation_names()));
     return found;
 }
 
@@ -103,6 +104,41 @@ const char *direction_word(QbobjDirection direction)
     }
 }
 
+std::vector<std::string> names_in(const char *list)
+{
+    std::istringstream stream(list ? list : "");
+    std::vector<std::string> names;
+    for (std::string name; stream >> name;) names.push_back(name);
+    return names;
+}
+
+std::vector<std::string> words_in(const char *const *words)
+{
+    std::vector<std::string> names;
+    for (; words && *words; words++) names.emplace_back(*words);
+    return names;
+}
+
+std::string joined(const std::vector<std::string> &names)
+{
+    std::string text;
+    for (const std::string &name : names) text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
+/// Lines below an argument: its words, what is ignored of it, what the mask keeps.
+std::string argument_remarks(const QbobjArgument &argument, size_t indent)
+{
+    std::string text;
+    const auto line = [&](const char *what, const std::vector<std::string> &names) {
+        if (!names.empty()) text += std::string(indent, ' ') + what + joined(names) + "\n";
+    };
+    line("one of ", words_in(argument.words));
+    line("ignores ", names_in(argument.ignores));
+    line("the dots keep ", names_in(argument.keeps));
+    return text;
+}
+
 std::string kind_word(const QbobjArgument &argument)
 {
     switch (argument.kind) {
@@ -121,16 +157,16 @@ const char *return_words(const QbobjOperation &operation)
         case QBOBJ_RETURNS_FOUND: return "0 when found, -1 when not found or failed";
         case QBOBJ_RETURNS_ID: return "an id, or -1 when there is none; printed as \"result\"";
         case QBOBJ_RETURNS_COUNT: return "a count, or -1 when it failed; printed as \"result\"";
-        case QBOBJ_RETURNS_ANSWER: return "an answer as a small number; printed as \"result\"";
+        case QBOBJ_RETURNS_ANSWER: return "0 for yes, 1 for no, -1 when it failed; printed as \"result\"";
+        case QBOBJ_RETURNS_TRUTH: return "1 for yes, 0 for no; printed as \"result\"";
         default: return "0, or an error code";
     }
 }
 
 std::vector<uint32_t> codes_of(const QbobjOperation &operation)
 {
-    std::istringstream words(operation.codes ? operation.codes : "");
     std::vector<uint32_t> codes;
-    for (uint32_t code; words >> code;) codes.push_back(code);
+    for (const std::string &code : names_in(operation.codes)) codes.push_back(static_cast<uint32_t>(std::stoul(code)));
     return codes;
 }
 
@@ -157,10 +193,49 @@ std::string codes_text(const QbobjOperation &operation)
     for (const uint32_t code : codes) longest = std::max(longest, std::to_string(code).size());
     std::string text = codes.empty() ? "" : "\nCodes\n";
     for (const uint32_t code : codes) {
-        const char *meaning = meaning_of(code);
+        const char *meaning = qbobj_code_meaning(code);
         text += "  " + padded(std::to_string(code), longest + 2) + (meaning ? meaning : "the message says why") + "\n";
     }
     return text;
+}
+
+/// What the program's exit status can be after a call, and the codes or answers that it stands for.
+std::vector<std::pair<Status, std::string>> exit_statuses(const QbobjOperation &operation)
+{
+    const bool answers = operation.returns == QBOBJ_RETURNS_ANSWER || operation.returns == QBOBJ_RETURNS_TRUTH;
+    const bool finds = operation.returns == QBOBJ_RETURNS_FOUND || operation.returns == QBOBJ_RETURNS_ID;
+    const auto with_codes = [&](Status status, std::string words) {
+        std::string codes;
+        for (const uint32_t code : codes_of(operation))
+            if (status_of(code) == status) codes += (codes.empty() ? "" : ", ") + std::to_string(code);
+        return codes.empty() ? words : words + ": " + codes;
+    };
+    const auto has_code = [&](Status status) { return with_codes(status, "") != ""; };
+    std::vector<std::pair<Status, std::string>> all = {{Status::kDone, answers ? "yes" : finds ? "found" : "done"}};
+    if (has_code(Status::kRefused)) all.emplace_back(Status::kRefused, with_codes(Status::kRefused, "refused"));
+    all.emplace_back(Status::kUsage, "wrong usage, nothing was called");
+    if (answers || finds) all.emplace_back(Status::kNotFound, answers ? "no" : "not found");
+    if (has_code(Status::kNotFound))
+        all.emplace_back(Status::kNotFound, with_codes(Status::kNotFound, "nothing found, or nothing changed"));
+    all.emplace_back(Status::kFailed, with_codes(Status::kFailed, "the database is locked or failed"));
+    all.emplace_back(Status::kMemory, with_codes(Status::kMemory, "out of memory"));
+    return all;
+}
+
+std::string exit_text(const QbobjOperation &operation)
+{
+    std::string text = "\nExit status\n";
+    for (const auto &[status, words] : exit_statuses(operation))
+        text += "  " + std::to_string(static_cast<int>(status)) + "  " + words + "\n";
+    return text;
+}
+
+Json exit_json(const QbobjOperation &operation)
+{
+    Json statuses = Json::object();
+    for (const auto &[status, words] : exit_statuses(operation))
+        statuses[std::to_string(static_cast<int>(status))] = words;
+    return statuses;
 }
 
 std::string operation_text(const QbobjOperation &operation)
@@ -177,8 +252,9 @@ std::string operation_text(const QbobjOperation &operation)
         text += "  " + padded(argument.name, longest + 2) + padded(direction_word(argument.direction), 12) +
                 kind_word(argument) + (argument.optional ? ", may be left out" : "") + "\n";
         if (argument.type) text += std::string(longest + 16, ' ') + "(qbobj describe " + argument.type->name + ")\n";
+        text += argument_remarks(argument, longest + 16);
     }
-    return text + codes_text(operation);
+    return text + codes_text(operation) + exit_text(operation);
 }
 
 Json operation_json(const QbobjOperation &operation)
@@ -191,11 +267,14 @@ Json operation_json(const QbobjOperation &operation)
                              {"kind", kind_word(argument)},
                              {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
                              {"optional", argument.optional != 0},
-                             {"chain", argument.chain != 0}});
+                             {"chain", argument.chain != 0},
+                             {"words", words_in(argument.words)},
+                             {"ignores", names_in(argument.ignores)},
+                             {"keeps", names_in(argument.keeps)}});
     }
     return {{"name", short_name(operation)},     {"family", operation.family},         {"summary", operation.summary},
             {"changes", operation.changes != 0}, {"returns", return_words(operation)}, {"codes", codes_of(operation)},
-            {"arguments", std::move(arguments)}};
+            {"arguments", std::move(arguments)}, {"exit", exit_json(operation)}};
 }
 
 bool uses(const QbobjOperation &operation, const QbobjField *type)
@@ -211,6 +290,7 @@ std::string remarks(const QbobjField *type, const QbobjField *field)
     if (field->flags & QBOBJ_FIELD_OPTIONAL)
         text += field->flags & QBOBJ_FIELD_HEAD ? ", may be empty" : ", may be absent";
     if (qbobj_is_secret(type, field)) text += ", secret";
+    if (const char *const *words = qbobj_field_words(type, field)) text += ": " + joined(words_in(words));
     return text;
 }
 
@@ -239,15 +319,21 @@ Json type_json(const QbobjField *type)
                           {"kind", kind_name(field)},
                           {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
                           {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
-                          {"secret", qbobj_is_secret(type, field) != 0}});
+                          {"secret", qbobj_is_secret(type, field) != 0},
+                          {"words", words_in(qbobj_field_words(type, field))}});
     return {{"name", type->name}, {"list", is_list(type)}, {"key", has_key_word(type)}, {"fields", std::move(fields)}};
 }
 
 [[noreturn]] void refuse_unknown(const std::string &name)
 {
-    Names names = operation_names();
-    for (const std::string_view type : type_names()) names.push_back(type);
-    throw Failure("there is no operation or type " + name + did_you_mean(name, names));
+    // Types are many: "FolderAttributes" is nearer to one than to what other verbs would make of it.
+    const std::string_view type = nearest(name, type_names());
+    const std::string_view operation = nearest_operation(name, operation_names());
+    const bool type_is_nearer =
+        !type.empty() && (operation.empty() || edit_distance(name, type) <= edit_distance(name, operation));
+    throw Failure(
+        "there is no operation or type " + name +
+        (type_is_nearer ? did_you_mean(name, type_names()) : did_you_mean_operation(name, operation_names())));
 }
 
 }  // namespace
@@ -269,7 +355,7 @@ Names type_names()
 const QbobjOperation &find_operation(const std::string &name)
 {
     if (const QbobjOperation *operation = qbobj_find_operation(name.c_str())) return *operation;
-    throw Failure("there is no operation " + name + did_you_mean(name, operation_names()));
+    throw Failure("there is no operation " + name + did_you_mean_operation(name, operation_names()));
 }
 
 std::string operations_text(const std::string &pattern)

@@ -38,7 +38,7 @@ std::string json_text(const Json &value, bool compact)
 void print_text(const std::string &text)
 {
     const bool written = fwrite(text.data(), 1, text.size(), stdout) == text.size() && fflush(stdout) == 0;
-    if (!written) throw Failure(std::string("the result cannot be written: ") + strerror(errno));
+    if (!written) throw Failure(std::string("the result cannot be written: ") + strerror(errno), Status::kFailed);
 }
 
 void print_json(const Json &value, const OutputOptions &options)
@@ -54,6 +54,20 @@ void print_outcome(const Json &outcome, const OutputOptions &options)
     else print_text(lay_out(outcome, terminal_width()));
 }
 
+namespace {
+
+/// A message of the library for people: "Invalid UserName ((null))" comes of a name that was not given.
+std::string readable(std::string text)
+{
+    static constexpr std::string_view kNull = "(null)";
+    static constexpr std::string_view kWords = "not given";
+    for (size_t at = 0; (at = text.find(kNull, at)) != std::string::npos; at += kWords.size())
+        text.replace(at, kNull.size(), kWords);
+    return printable(text);
+}
+
+}  // namespace
+
 void print_failure(const Failure &failure, const OutputOptions &options)
 {
     if (options.json) {
@@ -62,7 +76,8 @@ void print_failure(const Failure &failure, const OutputOptions &options)
                              {"code", failure.code ? Json(*failure.code) : Json(nullptr)},
                              {"message", failure.what()},
                              {"file", text_or_null(failure.file)},
-                             {"line", failure.line ? Json(failure.line) : Json(nullptr)}};
+                             {"line", failure.line ? Json(failure.line) : Json(nullptr)},
+                             {"status", static_cast<int>(failure.status)}};
         fputs(json_text(object, options.compact).c_str(), stderr);
         return;
     }
@@ -70,12 +85,12 @@ void print_failure(const Failure &failure, const OutputOptions &options)
     if (!failure.operation.empty()) text += failure.operation + ": ";
     if (failure.code && *failure.code >= 0) text += std::to_string(*failure.code) + " ";
     text += failure.what();
-    fprintf(stderr, "%s\n", printable(text).c_str());
+    fprintf(stderr, "%s\n", (failure.says_null ? printable(text) : readable(text)).c_str());
 }
 
 void print_warning(const std::string &operation, const std::string &message)
 {
-    fprintf(stderr, "%s\n", printable("qbobj: " + operation + ": warning: " + message).c_str());
+    fprintf(stderr, "%s\n", readable("qbobj: " + operation + ": warning: " + message).c_str());
 }
 
 }  // namespace qbcli

@@ -12,6 +12,7 @@ struct OutputOptions {
     bool json = false;     ///< Asked for by name.
     bool table = false;    ///< Asked for by name.
     bool compact = false;  ///< JSON in one line.
+    bool secrets = false;  ///< Secrets in clear, for a file or a pipe.
 };
 
 /// Prints an operation's outcome: as JSON when it is asked for or standard output is no terminal, else

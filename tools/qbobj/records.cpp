@@ -265,7 +265,7 @@ void *list_from(Arena &arena, const QbobjField *type, const Json &value, const s
 namespace {
 
 /// A field's value. JSON has exact 64-bit numbers as far as this program writes and reads them.
-Json field_to_json(const QbobjField *type, const QbobjField *field, const void *record)
+Json field_to_json(const QbobjField *type, const QbobjField *field, const void *record, bool secrets)
 {
     if (is_optional_number(field) && at<int32_t>(record, indicator_position(field))) return nullptr;
     if (is_number(field))
@@ -274,10 +274,12 @@ Json field_to_json(const QbobjField *type, const QbobjField *field, const void *
         });
     if (field->kind == 'o') {
         const void *part = at<const void *>(record, field->position);
-        return is_list(field->subtype) ? list_to_json(field->subtype, part) : record_to_json(field->subtype, part);
+        return is_list(field->subtype) ? list_to_json(field->subtype, part, secrets)
+                                       : record_to_json(field->subtype, part, secrets);
     }
     const char *text = at<const char *>(record, field->position);
-    return text_to_json(text && *text && qbobj_is_secret(type, field) ? masked_password : text);
+    const bool masked = !secrets && text && *text && qbobj_is_secret(type, field);
+    return text_to_json(masked ? masked_password : text);
 }
 
 }  // namespace
@@ -287,24 +289,24 @@ Json text_to_json(const char *text)
     return text ? Json(text) : Json(nullptr);
 }
 
-Json record_to_json(const QbobjField *type, const void *record)
+Json record_to_json(const QbobjField *type, const void *record, bool secrets)
 {
     if (!record) return nullptr;
-    if (is_bare_list(type)) return field_to_json(type, head_field(type), record);
+    if (is_bare_list(type)) return field_to_json(type, head_field(type), record, secrets);
     Json object = Json::object();
     auto &members = object.get_ref<Json::object_t &>();  // field names are distinct: no look-up for each
     const char *key_word = has_key_word(type) ? at<const char *>(record, kKeyWordPosition) : nullptr;
     if (key_word) members.emplace_back(kKeyWord, key_word);
     for (const QbobjField *field = type + 1; field->kind != '.'; field++)
-        members.emplace_back(field->name, field_to_json(type, field, record));
+        members.emplace_back(field->name, field_to_json(type, field, record, secrets));
     return object;
 }
 
-Json list_to_json(const QbobjField *type, const void *first)
+Json list_to_json(const QbobjField *type, const void *first, bool secrets)
 {
     Json array = Json::array();
     for (const void *element = first; element; element = next_element(element))
-        array.push_back(record_to_json(type, element));
+        array.push_back(record_to_json(type, element, secrets));
     return array;
 }
 

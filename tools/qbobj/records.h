@@ -51,10 +51,11 @@ void *record_from(Arena &arena, const QbobjField *type, const Json &value, const
 void *list_from(Arena &arena, const QbobjField *type, const Json &value, const std::string &where);
 /// @}
 
-/// @name JSON made of records. A null record is null, a null list an empty array. @{
+/// @name JSON made of records. A null record is null, a null list an empty array; secrets are masked, unless they are
+/// asked for. @{
 Json text_to_json(const char *text);
-Json record_to_json(const QbobjField *type, const void *record);
-Json list_to_json(const QbobjField *type, const void *first);
+Json record_to_json(const QbobjField *type, const void *record, bool secrets = false);
+Json list_to_json(const QbobjField *type, const void *first, bool secrets = false);
 /// @}
 
 /// The next element of a list.

@@ -15,7 +15,13 @@ size_t edit_distance(std::string_view a, std::string_view b);
 /// The name that was probably meant; empty when none is near.
 std::string_view nearest(std::string_view wrong, const Names &names);
 
-/// " (did you mean addUser?)", or nothing.
+/// The operation that was probably meant: another verb for it ("createUser", "user-add"), a plural ("listUsers",
+/// "userlist"), else the nearest name; empty when none is near.
+std::string_view nearest_operation(std::string_view wrong, const Names &names);
+
+/// @name " (did you mean addUser?)", or nothing. @{
 std::string did_you_mean(std::string_view wrong, const Names &names);
+std::string did_you_mean_operation(std::string_view wrong, const Names &names);
+/// @}
 
 }  // namespace qbcli

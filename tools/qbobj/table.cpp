@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -29,7 +30,6 @@ std::string cell_text(const Json &value)
     if (value.is_null()) return "";
     if (value.is_string()) return printable(value.get_ref<const std::string &>());
     if (value.is_array()) return std::to_string(value.size()) + (value.size() == 1 ? " entry" : " entries");
-    if (value.is_object()) return "{…}";
     return value.dump();
 }
 
@@ -99,7 +99,7 @@ public:
 
     std::string text(size_t indent, size_t width)
     {
-        const size_t left_out = width ? squeeze(width > indent ? width - indent : 1) : 0;
+        const size_t left_out = records_inside_.size() + (width ? squeeze(width > indent ? width - indent : 1) : 0);
         const std::string margin(indent, ' ');
         std::string text = margin + line([](const Column &column, size_t) { return column.name; }, 0);
         for (size_t i = 0; i < height_; i++)
@@ -113,6 +113,10 @@ public:
 private:
     void add(const std::string &name, const Json &value)
     {
+        if (value.is_object() && !value.empty()) {
+            records_inside_.insert(name);
+            return;
+        }
         auto [found, is_new] = index_.try_emplace(name, columns_.size());
         if (is_new) columns_.emplace_back(name);
         Column &column = columns_[found->second];
@@ -160,8 +164,51 @@ private:
 
     std::vector<Column> columns_;  // in the order of display once the table is made
     std::map<std::string, size_t> index_;
+    std::set<std::string> records_inside_;  // have no room in a cell
     size_t height_ = 0;
 };
+
+/// Whether a list's records differ in the records inside, as the protocols with their options do.
+bool vary(const Json &rows)
+{
+    std::map<std::string, size_t> count;
+    for (const Json &row : rows)
+        if (row.is_object())
+            for (const auto &[name, value] : row.items())
+                if (value.is_object() && !value.empty()) count[name]++;
+    return std::any_of(count.begin(), count.end(), [&](const auto &each) { return each.second < rows.size(); });
+}
+
+/// Whether a record is little more than the list inside, as an enclosure is with its disks.
+bool is_group(const Json &row)
+{
+    constexpr size_t kMostFields = 4;
+    if (!row.is_object()) return false;
+    size_t fields = 0;
+    bool list = false;
+    for (const Json &value : row) {
+        if (value.is_array() && !value.empty()) list = true;
+        else if (!is_empty(value)) fields++;
+    }
+    return list && fields <= kMostFields;
+}
+
+bool reads_as_sections(const Json &rows)
+{
+    return vary(rows) || std::any_of(rows.begin(), rows.end(), is_group);
+}
+
+/// What a section is called: the record's key word or name, else its number.
+std::string title(const Json &record, size_t i)
+{
+    const auto text = [](const Json &value) { return value.is_string() && !is_empty(value); };
+    if (record.is_object()) {
+        if (record.contains(kKeyWord) && text(record[kKeyWord])) return cell_text(record[kKeyWord]);
+        for (const auto &[name, value] : record.items())
+            if (rank(name) == 0 && text(value)) return cell_text(value);
+    }
+    return "[" + std::to_string(i + 1) + "]";
+}
 
 class Layout {
 public:
@@ -172,6 +219,7 @@ public:
         if (value.is_object()) return add_record(value, indent);
         if (value.is_array() && value.size() == 1) return add(value.front(), indent);
         if (value.is_array() && !value.empty()) {
+            if (reads_as_sections(value)) return add_sections(value, indent);
             text_ += Table(value).text(indent, width_);
             return;
         }
@@ -181,6 +229,32 @@ public:
     std::string take() { return std::move(text_); }
 
 private:
+    /// XML of several lines.
+    static bool is_markup(const Json &value)
+    {
+        if (!value.is_string()) return false;
+        const auto &text = value.get_ref<const std::string &>();
+        return text.starts_with('<') && text.find('\n') != std::string::npos;
+    }
+
+    void add_lines(const std::string &text, size_t indent)
+    {
+        for (size_t start = 0; start < text.size();) {
+            const size_t end = std::min(text.find('\n', start), text.size());
+            text_.append(indent, ' ').append(printable(text.substr(start, end - start))).append("\n");
+            start = end + 1;
+        }
+    }
+
+    void add_sections(const Json &rows, size_t indent)
+    {
+        for (size_t i = 0; i < rows.size(); i++) {
+            if (i > 0 && indent == 0) text_ += '\n';
+            text_.append(indent, ' ').append(title(rows[i], i)).append("\n");
+            add(rows[i], indent + kGap);
+        }
+    }
+
     /// A list with its counts, of which also the empty list is worth a line; a record has texts.
     static bool is_counted_list(const Json &record)
     {
@@ -200,7 +274,8 @@ private:
         for (const auto &[name, value] : record.items()) {
             if (!shown(name, value)) continue;
             any = true;
-            if (!value.is_structured() || value.empty()) longest = std::max(longest, display_width(name));
+            if ((!value.is_structured() && !is_markup(value)) || value.empty())
+                longest = std::max(longest, display_width(name));
         }
         if (!any) text_ += std::string(indent, ' ') + kNothing + "\n";
         for (const auto &[name, value] : record.items())
@@ -210,6 +285,10 @@ private:
     void add_member(const std::string &name, const Json &value, size_t indent, size_t longest)
     {
         text_.append(indent, ' ').append(name);
+        if (is_markup(value)) {
+            text_ += '\n';
+            return add_lines(value.get_ref<const std::string &>(), indent + kGap);
+        }
         if (value.is_structured() && !value.empty()) {
             text_ += '\n';
             return add(value, indent + kGap);

@@ -19,7 +19,14 @@ std::string xml_text(void *node)
 
 void free_xml(void *node)
 {
-    xmlFreeNode(static_cast<xmlNodePtr>(node));
+    if (!node) return;
+    auto *element = static_cast<xmlNodePtr>(node);
+    if (element->doc && xmlDocGetRootElement(element->doc) == element) {
+        xmlFreeDoc(element->doc);
+        return;
+    }
+    xmlUnlinkNode(element);
+    xmlFreeNode(element);
 }
 
 }  // namespace qbcli

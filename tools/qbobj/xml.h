@@ -7,7 +7,7 @@ namespace qbcli {
 
 /// A node's text; empty for null.
 std::string xml_text(void *node);
-/// Frees a node with everything below it.
+/// Frees a node with everything below it, and the document that it is the root of.
 void free_xml(void *node);
 
 }  // namespace qbcli
