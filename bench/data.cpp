@@ -22,6 +22,17 @@ std::string numbers(int n)
            ") SELECT i FROM c WHERE " + std::to_string(n) + ">0)";
 }
 
+void fill_snapshots(sqlite3 *db, const Amount &amount)
+{
+    const std::string shares = std::to_string(amount.shares);
+    run_on(db,
+           "INSERT INTO share (id,name,zfs_name,type,path,volume_id) SELECT 10+i,printf('share%04d',i),"
+           "printf('tank/share%04d',i),'share',printf('/tank/share%04d',i),'tank' FROM " +
+               numbers(amount.shares));
+    run_on(db, "INSERT INTO `$snapshot` (zfs_name,name,type,created_on) SELECT printf('tank/share%04d',i%" + shares +
+                   "),printf('daily-%d',1700000000+i),1+i%3,1700000000+i FROM " + numbers(amount.snapshots));
+}
+
 void fill_enclosures(sqlite3 *db, const Amount &amount)
 {
     const std::string enclosures = numbers(amount.enclosures);
@@ -41,6 +52,13 @@ void fill_enclosures(sqlite3 *db, const Amount &amount)
            "INSERT INTO _disk_health (disk_id,temp,ata_errors,zpool_state) SELECT printf('sd%d-%d',e.i,b.i),34,0,"
            "'ONLINE' FROM " +
                bays);
+    run_on(db,
+           "INSERT INTO enclosure_health_spec (controller,name,devid,min,max,label) SELECT c.i,'fan',n.i,1000,9000,"
+           "printf('Fan %d',n.i) FROM " +
+               enclosures + " c," + numbers(kSensors) + " n");
+    run_on(db,
+           "INSERT INTO _enclosure_health (controller,name,devid,value,value_prev1,value_prev2,value_prev3) SELECT "
+           "controller,name,devid,5000,5001,5002,5003 FROM enclosure_health_spec");
 }
 
 void fill(sqlite3 *db, const Amount &amount)
@@ -84,6 +102,7 @@ void fill(sqlite3 *db, const Amount &amount)
            "FROM " +
                numbers(amount.texts) + " t," + numbers(2) + " l");
     fill_enclosures(db, amount);
+    fill_snapshots(db, amount);
     run_on(db, "UPDATE account_default SET next_uid=" + std::to_string(kFirstUser + amount.users));
     run_on(db, "COMMIT");
     run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");

@@ -8,7 +8,8 @@
 
 namespace bench {
 
-/// How much is in a database. Every user has a quota and a home-folder row, every tenth a Time Machine row.
+/// How much is in a database. Every user has a quota and a home-folder row, every tenth a Time Machine row; every
+/// enclosure has kSensors sensors.
 struct Amount {
     int users = 0;
     int groups = 0;
@@ -16,11 +17,15 @@ struct Amount {
     int entries = 0;  // of the log
     int texts = 0;    // of the user interface, in English and in German
     int enclosures = 0;
-    int bays = 0;  // of each enclosure, each with a disk
+    int bays = 0;       // of each enclosure, each with a disk
+    int shares = 0;     // besides the one that there always is
+    int snapshots = 0;  // of these shares, in turn
 };
 
 /// First id of the users that a database is filled with.
 inline constexpr int kFirstUser = 2000;
+
+inline constexpr int kSensors = 24;
 
 /// A database in a temporary directory, removed at the end.
 struct Data {

@@ -258,6 +258,101 @@ std::vector<Case> write_cases(bool quick)
     return cases;
 }
 
+void list_snapshots(Bed &bed, const char *share, int32_t limit, int32_t offset)
+{
+    Data &d = bed.data;
+    SnapshotCollection snapshots{};
+    d.check(qbobj_getSnapshotCollection(d.qbdb, d.db, &snapshots, share, nullptr, 0, 0, 0, nullptr, 0, limit, offset,
+                                        &d.err));
+}
+
+/// A chain of snapshots to be added, of shares in turn.
+struct SnapshotChain {
+    std::vector<std::string> shares;
+    std::vector<Snapshot> snapshots;
+
+    SnapshotChain(int count, int of_shares) : shares(static_cast<size_t>(count)), snapshots(static_cast<size_t>(count))
+    {
+        for (size_t i = 0; i < snapshots.size(); i++) {
+            char name[16];
+            snprintf(name, sizeof name, "share%04d", static_cast<int>(i) % of_shares);
+            shares[i] = name;
+            snapshots[i] = {i + 1 < snapshots.size() ? &snapshots[i + 1] : nullptr,
+                            0,
+                            shares[i].c_str(),
+                            "tank",
+                            "new",
+                            1,
+                            1800000000,
+                            nullptr};
+        }
+    }
+};
+
+std::vector<Case> snapshot_cases(bool quick)
+{
+    std::vector<Case> cases;
+    std::shared_ptr<LazyBed> largest;
+    for (const int snapshots : quick ? std::vector<int>{1000} : std::vector<int>{1000, 10000}) {
+        const int shares = snapshots / 20;
+        largest = std::make_shared<LazyBed>(LazyBed{{.shares = shares, .snapshots = snapshots}, nullptr});
+        cases.push_back(
+            {"getSnapshotCollection/" + std::to_string(snapshots),
+             snapshots,
+             largest,
+             {[](Bed &bed) { list_snapshots(bed, nullptr, 0, 0); }, [](Bed &bed) { bed.a.all_snapshots(INT32_MAX, 0); },
+              [](Bed &bed) { bed.b.all_snapshots(INT32_MAX, 0); }}});
+    }
+    const int middle = largest->amount.snapshots / 2;
+    cases.push_back({"getSnapshotCollection/page of 50",
+                     50,
+                     largest,
+                     {[middle](Bed &bed) { list_snapshots(bed, nullptr, 50, middle); },
+                      [middle](Bed &bed) { bed.a.all_snapshots(50, middle); },
+                      [middle](Bed &bed) { bed.b.all_snapshots(50, middle); }}});
+    cases.push_back(
+        {"getSnapshotCollection/20 of a share",
+         20,
+         largest,
+         {[](Bed &bed) { list_snapshots(bed, "share0007", 0, 0); }, [](Bed &bed) { bed.a.snapshots_of("share0007"); },
+          [](Bed &bed) { bed.b.snapshots_of("share0007"); }}});
+    const auto chain = std::make_shared<SnapshotChain>(quick ? 100 : 1000, largest->amount.shares);
+    cases.push_back({"addSnapshot/chain of " + std::to_string(chain->snapshots.size()),
+                     static_cast<int>(chain->snapshots.size()),
+                     largest,
+                     {[chain](Bed &b) {
+                          Data &d = b.data;
+                          d.check(qbobj_addSnapshot(d.qbdb, d.db, chain->snapshots.data(), &d.err));
+                      },
+                      [chain](Bed &b) { b.a.add_snapshots(chain->snapshots.data()); },
+                      [chain](Bed &b) { b.b.add_snapshots(chain->snapshots.data()); }},
+                     "DELETE FROM `$snapshot` WHERE created_on=1800000000"});
+    return cases;
+}
+
+std::vector<Case> health_cases()
+{
+    const auto bed = std::make_shared<LazyBed>(LazyBed{{.enclosures = 8, .bays = 32}, nullptr});
+    return {{"getDiskHealthCollection/256",
+             256,
+             bed,
+             {[](Bed &b) {
+                  Data &d = b.data;
+                  DiskHealthCollection health{};
+                  d.check(qbobj_getDiskHealthCollection(d.qbdb, d.db, &health, &d.err));
+              },
+              [](Bed &b) { b.a.disk_health(); }, [](Bed &b) { b.b.disk_health(); }}},
+            {"getEnclosureHealthCollection/8x24",
+             8 * kSensors,
+             bed,
+             {[](Bed &b) {
+                  Data &d = b.data;
+                  EnclosureHealthCollection health{};
+                  d.check(qbobj_getEnclosureHealthCollection(d.qbdb, d.db, &health, &d.err));
+              },
+              [](Bed &b) { b.a.enclosure_health(); }, [](Bed &b) { b.b.enclosure_health(); }}}};
+}
+
 /// The log level below which a call writes nothing must cost nothing: level 3 beside level 0.
 Case trace_case(const std::shared_ptr<LazyBed> &bed)
 {
@@ -277,8 +372,9 @@ std::vector<Case> all_cases(bool quick)
 {
     std::vector<Case> cases = read_cases(quick);
     cases.push_back(trace_case(cases[0].bed));
-    for (Case &each : disk_cases(quick)) cases.push_back(std::move(each));
-    for (Case &each : write_cases(quick)) cases.push_back(std::move(each));
+    for (auto *make : {disk_cases, write_cases, snapshot_cases})
+        for (Case &each : make(quick)) cases.push_back(std::move(each));
+    for (Case &each : health_cases()) cases.push_back(std::move(each));
     return cases;
 }
 

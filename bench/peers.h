@@ -78,6 +78,23 @@ inline const char *pool_state(int32_t state, const char *volume, uint64_t host)
     if (host == 0 || !*volume) return "NEW";
     return state >= 0 && state < 8 ? kWords[state] : "UNKNOWN";
 }
+inline constexpr char kSnapshots[] =
+    "SELECT S.id,SH.name,V.lv_name,S.name,S.type,S.created_on FROM `$snapshot` S INNER JOIN share SH ON "
+    "SH.zfs_name=S.zfs_name INNER JOIN _volume V ON V.id=SH.volume_id WHERE S.created_on>=%d AND S.created_on<=%d AND "
+    "S.type>0 AND S.type<4 ORDER BY S.created_on ASC LIMIT %d OFFSET %d";
+inline constexpr char kShareSnapshots[] =
+    "SELECT S.id,SH.name,V.lv_name,S.name,S.type,S.created_on FROM `$snapshot` S INNER JOIN share SH ON "
+    "SH.zfs_name=S.zfs_name INNER JOIN _volume V ON V.id=SH.volume_id WHERE S.created_on>=%d AND S.created_on<=%d AND "
+    "S.type>0 AND S.type<4 AND SH.name=%Q ORDER BY S.created_on ASC LIMIT %d OFFSET %d";
+inline constexpr char kDiskHealth[] =
+    "SELECT D.disk_id,D.ata_errors,D.realloc_sect,D.realloc_event,D.spin_retry_cnt,D.ioedc,D.cmd_timeouts,"
+    "D.pending_sect,D.uncorrectable_err,D.temp,D.start_stop_cnt,D.power_on_hrs,D.power_cycle_cnt,D.load_cycle_cnt,"
+    "IFNULL(D.zpool_state,'UNKNOWN'),D.zpool_read_error_cnt,D.zpool_write_error_cnt, D.zpool_cksum_error_cnt,"
+    "DI.controller,DI.channel FROM _disk_health D INNER JOIN `$disk_info` DI ON DI.id=D.disk_id";
+inline constexpr char kSensorsOf[] =
+    "SELECT E.name,E.devid,E.value,E.value_prev1,E.value_prev2,E.value_prev3,IFNULL(S.min,0),IFNULL(S.max,0),S.label "
+    "FROM enclosure_health_spec S LEFT JOIN _enclosure_health E ON E.controller=S.controller AND E.name=S.name AND "
+    "E.devid=S.devid WHERE S.controller=%d ORDER BY E.name,S.Label";
 
 template <class Engine>
 struct Peer {
@@ -491,6 +508,133 @@ struct Peer {
                 disk.IsSignedByVexmoor = row.int32(17);
             },
             name);
+        engine.commit();
+    }
+
+    // ---- snapshots
+
+    template <class... Filter>
+    void snapshots(const char *sql, Filter... filter)
+    {
+        pool();
+        engine.begin();
+        SnapshotCollection all{};
+        Snapshot **tail = &all.Snapshot;
+        engine.each(
+            sql,
+            [&](const auto &row) {
+                Snapshot *snapshot = append(engine.pool, &tail);
+                snapshot->resource_id = row.int32(0);
+                snapshot->ShareName = row.word(1);
+                snapshot->VolumeName = row.word(2);
+                snapshot->SnapshotName = row.word(3);
+                snapshot->Type = row.int32(4);
+                snapshot->CreatedOn = row.int32(5);
+                char folder[4096];
+                snprintf(folder, sizeof folder, "/%s/%s", snapshot->VolumeName, snapshot->ShareName);
+                const char *path = nullptr;
+                snapshot_get_path(folder, snapshot->SnapshotName, &path);
+                snapshot->Path = path ? apr_pstrdup(engine.pool, path) : "";
+            },
+            filter...);
+        engine.commit();
+    }
+
+    void all_snapshots(int limit, int offset) { snapshots(kSnapshots, 0, INT32_MAX, limit, offset); }
+    void snapshots_of(const char *share) { snapshots(kShareSnapshots, 0, INT32_MAX, share, INT32_MAX, 0); }
+
+    void add_snapshots(Snapshot *chain)
+    {
+        pool();
+        engine.begin();
+        for (Snapshot *snapshot = chain; snapshot; snapshot = snapshot->next) {
+            int32_t share = 0;
+            const char *volume = nullptr;
+            engine.each(
+                "SELECT id FROM share WHERE name=%Q", [&](const auto &row) { share = row.int32(0); },
+                snapshot->ShareName);
+            engine.each(
+                "SELECT id FROM _volume WHERE lv_name=%Q", [&](const auto &row) { volume = row.text(0); },
+                snapshot->VolumeName);
+            engine.each(
+                "SELECT 1 FROM share WHERE id=%d AND volume_id=%Q", [](const auto &) {}, share, volume);
+            engine.run(
+                "INSERT INTO `$snapshot`(zfs_name,name,type,created_on)VALUES((SELECT S.zfs_name FROM share S WHERE "
+                "S.id=%d),%Q,%d,%d)",
+                share, snapshot->SnapshotName, snapshot->Type, snapshot->CreatedOn);
+            snapshot->resource_id = static_cast<int32_t>(sqlite3_last_insert_rowid(engine.db));
+        }
+        engine.commit();
+    }
+
+    // ---- health
+
+    void disk_health()
+    {
+        pool();
+        engine.begin();
+        DiskHealthCollection all{};
+        DiskHealth **tail = &all.Health;
+        engine.each(kDiskHealth, [&](const auto &row) {
+            DiskHealth *disk = append(engine.pool, &tail);
+            disk->DiskId = row.word(0);
+            int column = 1;
+            for (int32_t *number :
+                 {&disk->ATAErrors, &disk->ReallocSect, &disk->ReallocEvent, &disk->SpinRetryCnt, &disk->IOEdc,
+                  &disk->CmdTimeouts, &disk->PendingSect, &disk->UncorrectableErr, &disk->Temp, &disk->StartStopCnt,
+                  &disk->PowerOnHrs, &disk->PowerCycleCnt, &disk->LoadCycleCnt})
+                *number = row.int32(column++);
+            disk->ZpoolState = row.word(14);
+            disk->ZpoolReadErrorCnt = row.int32(15);
+            disk->ZpoolWriteErrorCnt = row.int32(16);
+            disk->ZpoolCksumErrorCnt = row.int32(17);
+            disk->Controller = row.int32(18);
+            disk->Channel = row.int32(19);
+            disk->key = apr_psprintf(engine.pool, "controller-%d", disk->Controller);
+        });
+        engine.commit();
+    }
+
+    void sensors(EnclosureHealth *enclosure)
+    {
+        EnclosureHealthItem **tail = &enclosure->Health;
+        engine.each(
+            kSensorsOf,
+            [&](const auto &row) {
+                EnclosureHealthItem *item = append(engine.pool, &tail);
+                item->Name = row.word(0);
+                item->DevId = row.word(1);
+                item->Value = row.int32(2);
+                item->ValuePrev1 = row.int32(3);
+                item->ValuePrev2 = row.int32(4);
+                item->ValuePrev3 = row.int32(5);
+                item->Min = row.int32(6);
+                item->Max = row.int32(7);
+                item->Label = row.word(8);
+            },
+            enclosure->Controller);
+    }
+
+    void enclosure_health()
+    {
+        pool();
+        engine.begin();
+        EnclosureHealthCollection all{};
+        EnclosureHealth **tail = &all.Health;
+        engine.each(
+            "SELECT DE.controller,DE.nr_cpu,DE.nr_fan,DE.nr_psu,DE.nr_volt,JP.label FROM _disk_enclosure DE INNER JOIN "
+            "jbod_port JP ON JP.controller=DE.controller",
+            [&](const auto &row) {
+                EnclosureHealth *enclosure = append(engine.pool, &tail);
+                enclosure->Controller = row.int32(0);
+                enclosure->NrCpu = row.int32(1);
+                enclosure->NrFan = row.int32(2);
+                enclosure->NrPsu = row.int32(3);
+                enclosure->NrVolt = row.int32(4);
+                enclosure->PortLabel = row.word(5);
+                enclosure->key = apr_psprintf(engine.pool, "controller-%d", enclosure->Controller);
+            });
+        for (EnclosureHealth *enclosure = all.Health; enclosure; enclosure = enclosure->next) sensors(enclosure);
         engine.commit();
     }
 };

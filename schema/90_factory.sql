@@ -156,10 +156,10 @@ INSERT INTO service_avahi (enabled, cifs, afp, glassdeck, printer, quillbox, tim
 
 -- Storage ------------------------------------------------------------------------------------------------------------
 
--- Home folders are not snapshotted until someone asks for it; then every hour on the hour.
+-- Snapshots of the home folders are taken every hour on the hour; which users take part is set for each of them.
 INSERT INTO `$home_folder_snapshot_schedule` (share_id, enabled, minute, hour, day_of_month, day_of_week, month,
                                               last_taken, purge_manual_snapshot, last_daily_taken, last_weekly_taken)
-VALUES (0, 0, '0', '*', '*', '*', '*', 0, 1, 0, 0);
+VALUES (0, 1, '0', '*', '*', '*', '*', 0, 1, 0, 0);
 
 -- Backup -------------------------------------------------------------------------------------------------------------
 

@@ -557,6 +557,367 @@ QBOBJ_API uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeS
  * @return 0, also for a volume without jobs; 5 database failure, or no such job.
  */
 QBOBJ_API uint32_t qbobj_deleteVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err);
+/* ---- Snapshots ---------------------------------------------------------------------------------- */
+
+/*
+ * The catalogue of snapshots: what was taken, of what and when. Taking a snapshot and destroying it is the
+ * caller's work; these operations record, list, count and forget. Snapshots have a type, a number. Only those
+ * of type 1, 2 and 3 are ever listed or counted.
+ */
+
+/**
+ * Lists snapshots of shares, page by page. A snapshot whose share or volume is gone is not listed.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param snapshots  Out: the snapshots are appended; they live in the handle's pool. After a lack of memory those
+ *                   read so far stay in the list.
+ * @param shareName  Only snapshots of this share; null for all.
+ * @param volumeName Only snapshots on this volume; null for all.
+ * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
+ * @param from       Only snapshots taken in this second or later, counted from the epoch.
+ * @param to         Only snapshots taken in this second or earlier; 0: no bound.
+ * @param sortColumn Column of the catalogue to sort by: "id", "zfs_name", "name", "type" or "created_on"; null for
+ *                   "created_on".
+ * @param descending Non-zero: from the highest to the lowest.
+ * @param limit      Most snapshots to read; 0 or below: no limit.
+ * @param offset     Snapshots to skip first.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, an unknown column to sort by, names too long to search for.
+ */
+QBOBJ_API uint32_t qbobj_getSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, SnapshotCollection *snapshots,
+                                               const char *shareName, const char *volumeName, int32_t type,
+                                               int32_t from, int32_t to, const char *sortColumn, int32_t descending,
+                                               int32_t limit, int32_t offset, ErrorInfo *err);
+
+/**
+ * Counts the snapshots of shares that match a filter.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param shareName  Only snapshots of this share; null for all. What is counted is what a listing shows.
+ * @param volumeName Only snapshots on this volume; null for all.
+ * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
+ * @param from       First second.
+ * @param to         Last second; 0: no bound.
+ * @param count      Out: how many there are. Not written on failure.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, names too long to search for.
+ */
+QBOBJ_API uint32_t qbobj_getSnapshotCollectionCount(qbdb_t *qbdb, sqlite3 *db, const char *shareName,
+                                                    const char *volumeName, int32_t type, int32_t from, int32_t to,
+                                                    int32_t *count, ErrorInfo *err);
+
+/**
+ * Adds snapshots of shares to the catalogue: the whole chain or, after a failure, none of it.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param snapshot In, out: the first of a chain, null for none; each names a share and the volume that it lies on,
+ *                 and gets its resource_id. Any type is stored. After a failure the records before the failing one
+ *                 have a resource_id, too, which means nothing then.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 an unknown share or volume, a share that is not on the volume, no
+ *         name.
+ */
+QBOBJ_API uint32_t qbobj_addSnapshot(qbdb_t *qbdb, sqlite3 *db, Snapshot *snapshot, ErrorInfo *err);
+
+/**
+ * Removes snapshots of a share, or of all shares of a volume, from the catalogue.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param volumeName   Name of the volume.
+ * @param shareName    Name of a share on it; null for every share whose dataset lies below the volume's id. (The id
+ *                     is matched without regard to case, "_" and "%" standing for any character and any text.)
+ * @param deleteNewer  Which ones: 1 those newer than `time`; 2 those newer than the snapshot named `snapshotName`,
+ *                     which stays; 3 those taken in the second `time`; any other number those named `snapshotName`,
+ *                     or all when that is null.
+ * @param snapshotName Name of a snapshot; may be null but for 2.
+ * @param time         Seconds since the epoch; counts for 1 and 3.
+ * @param err          Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, no snapshotName with 2, or names too long to be looked for; 6 there was
+ *         nothing to remove; 8 an unknown volume or share, or a share that is not on the volume.
+ */
+QBOBJ_API uint32_t qbobj_deleteSnapshot(qbdb_t *qbdb, sqlite3 *db, const char *volumeName, const char *shareName,
+                                        int32_t deleteNewer, const char *snapshotName, int32_t time, ErrorInfo *err);
+
+/**
+ * Lists snapshots of home folders, page by page. Those of a user name that no account has any more are not listed.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param snapshots  Out: as for qbobj_getSnapshotCollection.
+ * @param userName   Only snapshots of this user; null for all.
+ * @param homeDir    Only snapshots of users whose home folder this is now; null for all.
+ * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
+ * @param from       Only snapshots taken in this second or later, counted from the epoch.
+ * @param to         Only snapshots taken in this second or earlier; 0: no bound.
+ * @param sortColumn Column of the catalogue to sort by: "id", "user_name", "home_dir", "name", "type" or
+ *                   "created_on"; null for "created_on".
+ * @param descending Non-zero: from the highest to the lowest.
+ * @param limit      Most snapshots to read; 0 or below: no limit.
+ * @param offset     Snapshots to skip first.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, an unknown column to sort by, names too long to search for.
+ */
+QBOBJ_API uint32_t qbobj_getHfSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, HfSnapshotCollection *snapshots,
+                                                 const char *userName, const char *homeDir, int32_t type, int32_t from,
+                                                 int32_t to, const char *sortColumn, int32_t descending, int32_t limit,
+                                                 int32_t offset, ErrorInfo *err);
+
+/**
+ * Counts the snapshots of home folders that match a filter.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param userName Only snapshots of this user; null for all. What is counted is what a listing shows.
+ * @param homeDir  Only snapshots of users whose home folder this is now; null for all.
+ * @param type     Only this type; any number but 1, 2 and 3 stands for all three.
+ * @param from     First second.
+ * @param to       Last second; 0: no bound.
+ * @param count    Out: how many there are. Not written on failure.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, names too long to search for.
+ */
+QBOBJ_API uint32_t qbobj_getHfSnapshotCollectionCount(qbdb_t *qbdb, sqlite3 *db, const char *userName,
+                                                      const char *homeDir, int32_t type, int32_t from, int32_t to,
+                                                      int32_t *count, ErrorInfo *err);
+
+/**
+ * Adds snapshots of home folders to the catalogue: the whole chain or, after a failure, none of it. Neither the user
+ * nor the folder is looked up.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param snapshot In, out: the first of a chain, null for none; as for qbobj_addSnapshot.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 no user name, home folder or snapshot name.
+ */
+QBOBJ_API uint32_t qbobj_addHfSnapshot(qbdb_t *qbdb, sqlite3 *db, HfSnapshot *snapshot, ErrorInfo *err);
+
+/**
+ * Removes snapshots of a home folder from the catalogue.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param userName     Not looked at: the folder alone counts. May be null.
+ * @param homeDir      Path of the home folder as it was when the snapshots were added.
+ * @param deleteNewer  Which ones, as for qbobj_deleteSnapshot.
+ * @param snapshotName Name of a snapshot; may be null but for 2.
+ * @param time         Seconds since the epoch; counts for 1 and 3.
+ * @param err          Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, no snapshotName with 2, or a path too long to be looked for; 6 there
+ *         was nothing to remove.
+ */
+QBOBJ_API uint32_t qbobj_deleteHfSnapshot(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *homeDir,
+                                          int32_t deleteNewer, const char *snapshotName, int32_t time, ErrorInfo *err);
+
+/**
+ * Reads when snapshots of all home folders are taken.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule Out: the schedule; untouched when there is none. TemporaryDisable is 0.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err);
+
+/**
+ * Sets when snapshots of all home folders are taken, in place of what was set before.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule The schedule, every field but TemporaryDisable; nothing is checked.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_addHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err);
+
+/**
+ * Changes when snapshots of all home folders are taken; a missing schedule is made first, with its defaults.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param schedule Enabled is always written, a text unless it is null, another number unless it is 0: those cannot be
+ *                 set back to 0 here. What does not fit in an assignment list of 511 bytes is left out.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_modifyHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err);
+
+/**
+ * Lists clones of snapshots.
+ * @param qbdb               Handle.
+ * @param db                 Connection.
+ * @param parentSnapshotName Only clones of a snapshot of this name; null for all.
+ * @param parentzfsName      Only clones of this parent, as it was named when the clone was added; null for all.
+ * @param clones             Out: the clones are appended. After a lack of memory those read so far stay in the list.
+ * @param err                Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, names too long to search for.
+ */
+QBOBJ_API uint32_t qbobj_getSnapshotClones(qbdb_t *qbdb, sqlite3 *db, const char *parentSnapshotName,
+                                           const char *parentzfsName, SnapshotCloneCollection *clones, ErrorInfo *err);
+
+/**
+ * Records a clone of a snapshot. The names are stored as they are given.
+ * @param qbdb               Handle.
+ * @param db                 Connection.
+ * @param clonedzfsName      Name of the clone.
+ * @param parentSnapshotName Name of the snapshot.
+ * @param parentzfsName      Name of the share that the snapshot is of.
+ * @param err                Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_addSnapshotClone(qbdb_t *qbdb, sqlite3 *db, const char *clonedzfsName,
+                                          const char *parentSnapshotName, const char *parentzfsName, ErrorInfo *err);
+
+/**
+ * Forgets clones: those of a snapshot when both its names are given, else the clone of a name, else all clones of a
+ * parent. Forgetting what is not there succeeds.
+ * @param qbdb               Handle.
+ * @param db                 Connection.
+ * @param clonedzfsName      Name of the clone; may be null.
+ * @param parentSnapshotName Name of the snapshot; may be null, and counts only together with the parent.
+ * @param parentzfsName      Name of the parent; may be null.
+ * @param err                Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, names too long to be looked for, or none of the three choices given.
+ */
+QBOBJ_API uint32_t qbobj_deleteSnapshotClone(qbdb_t *qbdb, sqlite3 *db, const char *clonedzfsName,
+                                             const char *parentSnapshotName, const char *parentzfsName,
+                                             ErrorInfo *err);
+
+/* ---- Subvolumes ---------------------------------------------------------------------------------- */
+
+/*
+ * What the btrfs tool, found by the PATH of the process, tells of a volume that is mounted at "/" and its name. No
+ * shell sees the name. A volume of which the tool tells nothing has no subvolumes: these operations do not fail but for
+ * a lack of memory. A path is read up to its first blank.
+ */
+
+/**
+ * Lists all subvolumes of a volume, snapshots included, and last the volume's root.
+ * @param qbdb       Handle.
+ * @param db         Connection; not used.
+ * @param volumeName Name of the volume.
+ * @param subvolumes Out: the subvolumes are appended, each with its path as key word.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory.
+ */
+QBOBJ_API uint32_t qbobj_getSubvolumeFullCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                                    SubvolumeCollection *subvolumes, ErrorInfo *err);
+
+/**
+ * Lists the snapshots among the subvolumes of a volume: those that cannot be written to.
+ * @param qbdb       Handle.
+ * @param db         Connection; not used.
+ * @param volumeName Name of the volume.
+ * @param subvolumes Out: the subvolumes are appended, each with its path as key word.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory.
+ */
+QBOBJ_API uint32_t qbobj_getSubvolumeSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                                        SubvolumeCollection *subvolumes, ErrorInfo *err);
+
+/**
+ * Lists the subvolumes of a volume that are no snapshots, and last the volume's root.
+ * @param qbdb       Handle.
+ * @param db         Connection; not used.
+ * @param volumeName Name of the volume.
+ * @param subvolumes Out: the subvolumes are appended, each with its path as key word.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory.
+ */
+QBOBJ_API uint32_t qbobj_getSubvolumeDataCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                                    SubvolumeCollection *subvolumes, ErrorInfo *err);
+
+/* ---- Health -------------------------------------------------------------------------------------- */
+
+/*
+ * The latest readings of disks, enclosure sensors and UPS units, as monitors elsewhere take and store them. Writers
+ * report a failed statement as 8, readers as 5.
+ */
+
+/**
+ * Lists the health of the disks that the appliance knows.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health Out: the disks are appended, with the key word "controller-" and the controller's number; ZpoolState
+ *               is "UNKNOWN" while no pool has spoken of the disk. Not written on failure.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no disk has a reading.
+ */
+QBOBJ_API uint32_t qbobj_getDiskHealthCollection(qbdb_t *qbdb, sqlite3 *db, DiskHealthCollection *health,
+                                                 ErrorInfo *err);
+
+/**
+ * Stores readings of disks in place of earlier ones: the whole chain or, after a failure, none of it.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health The first of a chain, null for none. DiskId names the disk; Controller and Channel are not looked at.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 8 database failure, or no DiskId.
+ */
+QBOBJ_API uint32_t qbobj_setDiskHealth(qbdb_t *qbdb, sqlite3 *db, DiskHealth *health, ErrorInfo *err);
+
+/**
+ * Lists the enclosures that have a port with their sensors.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health Out: the enclosures are appended, with the key word "controller-" and the controller's number. Not
+ *               written on failure.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 there is no enclosure, or one of them has no sensors.
+ */
+QBOBJ_API uint32_t qbobj_getEnclosureHealthCollection(qbdb_t *qbdb, sqlite3 *db, EnclosureHealthCollection *health,
+                                                      ErrorInfo *err);
+
+/**
+ * Reads the sensors of one enclosure. The model's specification says which there are: one never measured has an empty
+ * name and device and values of 0.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health In, out: Controller tells which; the sensors are appended to Health and the key word is set. Nothing
+ *               is written on failure.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 the enclosure has no sensors.
+ */
+QBOBJ_API uint32_t qbobj_getEnclosureHealth(qbdb_t *qbdb, sqlite3 *db, EnclosureHealth *health, ErrorInfo *err);
+
+/**
+ * Stores a reading of each given sensor of an enclosure: the value becomes the latest, the three before move back. A
+ * sensor read for the first time has had this value always.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health Controller, and of each sensor Name, DevId and Value; one without Name or DevId is passed over.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 8 database failure.
+ */
+QBOBJ_API uint32_t qbobj_setEnclosureHealth(qbdb_t *qbdb, sqlite3 *db, EnclosureHealth *health, ErrorInfo *err);
+
+/**
+ * Stores readings to test with.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param path A regular file of at most a mebibyte with a reading on each line, "controller,name,device,value", name
+ *             and device of at most 31 bytes, anything after the value ignored; it is read up to the first line of
+ *             another form. Null: each sensor never measured gets the middle of its limits instead.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 8 database failure, or the file cannot be read.
+ */
+QBOBJ_API uint32_t qbobj_setEnclosureHealthForTest(qbdb_t *qbdb, sqlite3 *db, const char *path, ErrorInfo *err);
+
+/**
+ * Lists the configured UPS units with their latest readings, ready for display: "?" stands for what is not known,
+ * blanks in the status become underscores, charge, run time and voltage end in " %", " min" and " V".
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health Out: the units are appended, with the key word "name@host". Not written on failure.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getUpsHealthCollection(qbdb_t *qbdb, sqlite3 *db, UpsHealthCollection *health,
+                                                ErrorInfo *err);
+
+/**
+ * Stores readings of UPS units in place of earlier ones: the whole chain or, after a failure, none of it.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param health The first of a chain, null for none. UpsName and ServerHost name the unit; UpsModel is not looked at.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 8 database failure, or no UpsName or ServerHost.
+ */
+QBOBJ_API uint32_t qbobj_setUpsHealth(qbdb_t *qbdb, sqlite3 *db, UpsHealth *health, ErrorInfo *err);
 
 #ifdef __cplusplus
 }

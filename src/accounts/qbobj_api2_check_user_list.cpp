@@ -4,10 +4,10 @@
 
 #include "accounts/directory_mode.h"
 #include "accounts/groups.h"
-#include "accounts/name_set.h"
 #include "accounts/user_changes.h"
 #include "accounts/workers.h"
 #include "frame/list.h"
+#include "frame/name_set.h"
 #include "frame/text_file.h"
 
 namespace qb {

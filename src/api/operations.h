@@ -4,8 +4,10 @@
 #include <array>
 
 #include "api/rows_accounts.h"
+#include "api/rows_health.h"
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
+#include "api/rows_snapshots.h"
 #include "api/rows_system.h"
 #include "api/rows_volumes.h"
 
@@ -25,10 +27,9 @@ consteval auto joined(const QbobjOperation (&...families)[N])
 }
 
 inline constexpr auto kOperations = joined(  //
-    kSystemRows,                      //
-    kLegacyRows,                      //
-    kAccountsRows,                    //
-    kServicesRows,
-    kVolumesRows);
+    kSystemRows,                             //
+    kLegacyRows,                             //
+    kAccountsRows,                           //
+    kServicesRows, kVolumesRows, kSnapshotsRows, kHealthRows);
 
 }  // namespace qb

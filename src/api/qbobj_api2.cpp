@@ -3,6 +3,8 @@
 #include "api/framed.h"
 #include "qbobj.h"
 #include "services/services.h"
+#include "storage/health.h"
+#include "storage/snapshots.h"
 #include "storage/volumes.h"
 #include "system/workers.h"
 
@@ -483,7 +485,161 @@ uint32_t qbobj_setQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t started, int3
 
 // ---- Snapshots, clones, subvolumes
 
+uint32_t qbobj_getSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, SnapshotCollection *snapshots, const char *shareName,
+                                     const char *volumeName, int32_t type, int32_t from, int32_t to,
+                                     const char *sortColumn, int32_t descending, int32_t limit, int32_t offset,
+                                     ErrorInfo *err)
+{
+    return framed<x_qbobj_getSnapshotCollection>("qbobj_getSnapshotCollection", qbdb, db, err, snapshots, shareName,
+                                                 volumeName, type, from, to, sortColumn, descending, limit, offset);
+}
+
+uint32_t qbobj_getSnapshotCollectionCount(qbdb_t *qbdb, sqlite3 *db, const char *shareName, const char *volumeName,
+                                          int32_t type, int32_t from, int32_t to, int32_t *count, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSnapshotCollectionCount>("qbobj_getSnapshotCollectionCount", qbdb, db, err, shareName,
+                                                      volumeName, type, from, to, count);
+}
+
+uint32_t qbobj_addSnapshot(qbdb_t *qbdb, sqlite3 *db, Snapshot *snapshot, ErrorInfo *err)
+{
+    return framed<x_qbobj_addSnapshot>("qbobj_addSnapshot", qbdb, db, err, snapshot);
+}
+
+uint32_t qbobj_deleteSnapshot(qbdb_t *qbdb, sqlite3 *db, const char *volumeName, const char *shareName,
+                              int32_t deleteNewer, const char *snapshotName, int32_t time, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteSnapshot>("qbobj_deleteSnapshot", qbdb, db, err, volumeName, shareName, deleteNewer,
+                                          snapshotName, time);
+}
+
+uint32_t qbobj_getHfSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, HfSnapshotCollection *snapshots, const char *userName,
+                                       const char *homeDir, int32_t type, int32_t from, int32_t to,
+                                       const char *sortColumn, int32_t descending, int32_t limit, int32_t offset,
+                                       ErrorInfo *err)
+{
+    return framed<x_qbobj_getHfSnapshotCollection>("qbobj_getHfSnapshotCollection", qbdb, db, err, snapshots, userName,
+                                                   homeDir, type, from, to, sortColumn, descending, limit, offset);
+}
+
+uint32_t qbobj_getHfSnapshotCollectionCount(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *homeDir,
+                                            int32_t type, int32_t from, int32_t to, int32_t *count, ErrorInfo *err)
+{
+    return framed<x_qbobj_getHfSnapshotCollectionCount>("qbobj_getHfSnapshotCollectionCount", qbdb, db, err, userName,
+                                                        homeDir, type, from, to, count);
+}
+
+uint32_t qbobj_addHfSnapshot(qbdb_t *qbdb, sqlite3 *db, HfSnapshot *snapshot, ErrorInfo *err)
+{
+    return framed<x_qbobj_addHfSnapshot>("qbobj_addHfSnapshot", qbdb, db, err, snapshot);
+}
+
+uint32_t qbobj_deleteHfSnapshot(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *homeDir,
+                                int32_t deleteNewer, const char *snapshotName, int32_t time, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteHfSnapshot>("qbobj_deleteHfSnapshot", qbdb, db, err, userName, homeDir, deleteNewer,
+                                            snapshotName, time);
+}
+
+uint32_t qbobj_getHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_getHfSnapshotSchedule>("qbobj_getHfSnapshotSchedule", qbdb, db, err, schedule);
+}
+
+uint32_t qbobj_addHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_addHfSnapshotSchedule>("qbobj_addHfSnapshotSchedule", qbdb, db, err, schedule);
+}
+
+uint32_t qbobj_modifyHfSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, Schedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyHfSnapshotSchedule>("qbobj_modifyHfSnapshotSchedule", qbdb, db, err, schedule);
+}
+
+uint32_t qbobj_getSnapshotClones(qbdb_t *qbdb, sqlite3 *db, const char *parentSnapshotName, const char *parentzfsName,
+                                 SnapshotCloneCollection *clones, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSnapshotClones>("qbobj_getSnapshotClones", qbdb, db, err, parentSnapshotName,
+                                             parentzfsName, clones);
+}
+
+uint32_t qbobj_addSnapshotClone(qbdb_t *qbdb, sqlite3 *db, const char *clonedzfsName, const char *parentSnapshotName,
+                                const char *parentzfsName, ErrorInfo *err)
+{
+    return framed<x_qbobj_addSnapshotClone>("qbobj_addSnapshotClone", qbdb, db, err, clonedzfsName, parentSnapshotName,
+                                            parentzfsName);
+}
+
+uint32_t qbobj_deleteSnapshotClone(qbdb_t *qbdb, sqlite3 *db, const char *clonedzfsName, const char *parentSnapshotName,
+                                   const char *parentzfsName, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteSnapshotClone>("qbobj_deleteSnapshotClone", qbdb, db, err, clonedzfsName,
+                                               parentSnapshotName, parentzfsName);
+}
+
+uint32_t qbobj_getSubvolumeFullCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                          SubvolumeCollection *subvolumes, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSubvolumeFullCollection>("qbobj_getSubvolumeFullCollection", qbdb, db, err, volumeName,
+                                                      subvolumes);
+}
+
+uint32_t qbobj_getSubvolumeSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                              SubvolumeCollection *subvolumes, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSubvolumeSnapshotCollection>("qbobj_getSubvolumeSnapshotCollection", qbdb, db, err,
+                                                          volumeName, subvolumes);
+}
+
+uint32_t qbobj_getSubvolumeDataCollection(qbdb_t *qbdb, sqlite3 *db, const char *volumeName,
+                                          SubvolumeCollection *subvolumes, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSubvolumeDataCollection>("qbobj_getSubvolumeDataCollection", qbdb, db, err, volumeName,
+                                                      subvolumes);
+}
+
 // ---- Health
+
+uint32_t qbobj_getDiskHealthCollection(qbdb_t *qbdb, sqlite3 *db, DiskHealthCollection *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskHealthCollection>("qbobj_getDiskHealthCollection", qbdb, db, err, health);
+}
+
+uint32_t qbobj_setDiskHealth(qbdb_t *qbdb, sqlite3 *db, DiskHealth *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_setDiskHealth>("qbobj_setDiskHealth", qbdb, db, err, health);
+}
+
+uint32_t qbobj_getEnclosureHealthCollection(qbdb_t *qbdb, sqlite3 *db, EnclosureHealthCollection *health,
+                                            ErrorInfo *err)
+{
+    return framed<x_qbobj_getEnclosureHealthCollection>("qbobj_getEnclosureHealthCollection", qbdb, db, err, health);
+}
+
+uint32_t qbobj_getEnclosureHealth(qbdb_t *qbdb, sqlite3 *db, EnclosureHealth *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_getEnclosureHealth>("qbobj_getEnclosureHealth", qbdb, db, err, health);
+}
+
+uint32_t qbobj_setEnclosureHealth(qbdb_t *qbdb, sqlite3 *db, EnclosureHealth *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_setEnclosureHealth>("qbobj_setEnclosureHealth", qbdb, db, err, health);
+}
+
+uint32_t qbobj_setEnclosureHealthForTest(qbdb_t *qbdb, sqlite3 *db, const char *path, ErrorInfo *err)
+{
+    return framed<x_qbobj_setEnclosureHealthForTest>("qbobj_setEnclosureHealthForTest", qbdb, db, err, path);
+}
+
+uint32_t qbobj_getUpsHealthCollection(qbdb_t *qbdb, sqlite3 *db, UpsHealthCollection *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUpsHealthCollection>("qbobj_getUpsHealthCollection", qbdb, db, err, health);
+}
+
+uint32_t qbobj_setUpsHealth(qbdb_t *qbdb, sqlite3 *db, UpsHealth *health, ErrorInfo *err)
+{
+    return framed<x_qbobj_setUpsHealth>("qbobj_setUpsHealth", qbdb, db, err, health);
+}
 
 // ---- iSCSI
 

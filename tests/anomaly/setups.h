@@ -4,6 +4,7 @@
 #include "anomaly/setups/accounts.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
+#include "anomaly/setups/snapshots.h"
 #include "anomaly/setups/system.h"
 #include "anomaly/setups/volumes.h"
 #include "anomaly/trial.h"
@@ -76,6 +77,10 @@ inline constexpr Family kFamilies[] = {
      .silent = kVolumesSilent,
      .goes_on = kVolumesGoesOn,
      .memory_exceptions = kVolumesMemoryExceptions},
+    {.name = "snapshots",
+     .population = kSnapshotsPopulation,
+     .trials = kSnapshotsTrials,
+     .left_outputs = kSnapshotsLeftOutputs},
 };
 
 }  // namespace test

@@ -182,6 +182,13 @@ constexpr const char *kWords[] = {
     "v2",
     "sda",
     "sdb",
+    "media",
+    "data",
+    "daily",
+    "created_on",
+    "name",
+    "fan",
+    "1",
 };
 constexpr int64_t kNumbers[] = {21,        2121,      40000,     65535,     0,       1,          2,      -1,    -2,
                                 -5,        96,        97,        98,        99,      100,        101,    102,   103,
@@ -364,6 +371,16 @@ constexpr const char *kPopulation =
     "INSERT INTO smb_username_map VALUES (1,'remote@example.com','alias','uname');"
     "INSERT INTO network_if VALUES ('eth0','00:11:22:33:44:55','dhcp','10.0.0.1','','','','255.255.255.0'),"
     "('eth1',NULL,NULL,NULL,NULL,NULL,NULL,NULL);"
+    "INSERT INTO `$snapshot` (zfs_name,name,type,created_on) VALUES ('tank/media','daily',1,100),"
+    "('tank/data','daily',2,200),('tank/gone','1',3,102),('tank/media','1',0,NULL);"
+    "INSERT INTO `$home_folder_snapshot` (user_name,home_dir,name,type,created_on) VALUES "
+    "('anna','/home/anna','daily',1,100),('bob','/home/anna','1',3,200),('removed-user','/home/x','daily',2,NULL);"
+    "INSERT INTO `$snapshot_clones` (cloned_zfs_name,parent_snapshot_name,parent_zfs_name) VALUES "
+    "('data','daily','media'),(NULL,NULL,NULL);"
+    "INSERT INTO enclosure_health_spec (controller,name,devid,min,max,label) VALUES (1,'fan','1',1,9,'F'),"
+    "(2,'fan','1',NULL,NULL,NULL),(1,'name','1',2147483647,2147483647,NULL);"
+    "INSERT INTO _enclosure_health (controller,name,devid,value) VALUES (1,'fan','1',5);"
+    "INSERT INTO _ups_health (name,host,ups_status) VALUES ('1','host.example.com','a b');"
     "INSERT INTO `$log`(tstamp,severity,category,msg_tag,msg_args_xml) VALUES (1,'info','disk','LOGMSG_A',NULL),"
     "(2,'err','misc','LOGMSG_B','<a/>'),(3,'emerge','share','LOGMSG_C','');"
     "INSERT INTO `$registry` VALUES ('LANGUAGE','x');"
