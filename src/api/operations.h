@@ -6,6 +6,7 @@
 #include "api/rows_accounts.h"
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
+#include "api/rows_shares.h"
 #include "api/rows_system.h"
 #include "api/rows_volumes.h"
 
@@ -25,10 +26,11 @@ consteval auto joined(const QbobjOperation (&...families)[N])
 }
 
 inline constexpr auto kOperations = joined(  //
-    kSystemRows,                      //
-    kLegacyRows,                      //
-    kAccountsRows,                    //
-    kServicesRows,
+    kSystemRows,                             //
+    kLegacyRows,                             //
+    kAccountsRows,                           //
+    kServicesRows,                           //
+    kSharesRows,                             //
     kVolumesRows);
 
 }  // namespace qb

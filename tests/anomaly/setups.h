@@ -4,6 +4,7 @@
 #include "anomaly/setups/accounts.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
+#include "anomaly/setups/shares.h"
 #include "anomaly/setups/system.h"
 #include "anomaly/setups/volumes.h"
 #include "anomaly/trial.h"
@@ -76,6 +77,10 @@ inline constexpr Family kFamilies[] = {
      .silent = kVolumesSilent,
      .goes_on = kVolumesGoesOn,
      .memory_exceptions = kVolumesMemoryExceptions},
+    {.name = "shares",
+     .population = kSharesPopulation,
+     .trials = kSharesTrials,
+     .left_outputs = kSharesLeftOutputs},
 };
 
 }  // namespace test
