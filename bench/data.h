@@ -16,7 +16,8 @@ struct Amount {
     int entries = 0;  // of the log
     int texts = 0;    // of the user interface, in English and in German
     int enclosures = 0;
-    int bays = 0;  // of each enclosure, each with a disk
+    int bays = 0;    // of each enclosure, each with a disk
+    int shares = 0;  // each with all protocols, 5 users and 3 groups on two lists, 3 snapshots
 };
 
 /// First id of the users that a database is filled with.

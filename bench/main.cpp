@@ -147,6 +147,16 @@ std::vector<Case> read_cases(bool quick)
                           d.check(qbobj_getGroupCollection(d.qbdb, d.db, &groups, nullptr, &d.err));
                       },
                       [](Bed &bed) { bed.a.all_groups(); }, [](Bed &bed) { bed.b.all_groups(); }}});
+    for (const int shares : quick ? std::vector<int>{100} : std::vector<int>{100, 1000, 10000})
+        cases.push_back({"getShareCollection/" + std::to_string(shares),
+                         shares,
+                         std::make_shared<LazyBed>(LazyBed{{.users = 10, .groups = 5, .shares = shares}, nullptr}),
+                         {[](Bed &bed) {
+                              Data &d = bed.data;
+                              ShareCollection all{};
+                              d.check(qbobj_getShareCollection(d.qbdb, d.db, &all, &d.err));
+                          },
+                          [](Bed &bed) { bed.a.all_shares(); }, [](Bed &bed) { bed.b.all_shares(); }}});
     cases.push_back({"getLog/100 of 100000",
                      100,
                      std::make_shared<LazyBed>(LazyBed{{.entries = 100000}, nullptr}),
