@@ -24,11 +24,11 @@ std::string numbers(int n)
 
 void fill_snapshots(sqlite3 *db, const Amount &amount)
 {
-    const std::string shares = std::to_string(amount.shares);
+    const std::string shares = std::to_string(amount.datasets);
     run_on(db,
            "INSERT INTO share (id,name,zfs_name,type,path,volume_id) SELECT 10+i,printf('share%04d',i),"
            "printf('tank/share%04d',i),'share',printf('/tank/share%04d',i),'tank' FROM " +
-               numbers(amount.shares));
+               numbers(amount.datasets));
     run_on(db, "INSERT INTO `$snapshot` (zfs_name,name,type,created_on) SELECT printf('tank/share%04d',i%" + shares +
                    "),printf('daily-%d',1700000000+i),1+i%3,1700000000+i FROM " + numbers(amount.snapshots));
 }
@@ -61,7 +61,47 @@ void fill_enclosures(sqlite3 *db, const Amount &amount)
            "controller,name,devid,5000,5001,5002,5003 FROM enclosure_health_spec");
 }
 
-void fill(sqlite3 *db, const Amount &amount)
+/// Shares with everything. Their folders are one: the directory of the database.
+void fill_shares(sqlite3 *db, const std::string &folder, int count)
+{
+    const std::string from = " FROM " + numbers(count);
+    const auto each = [&](const std::string &table, const std::string &values) {
+        run_on(db, "INSERT INTO " + table + " SELECT " + values + from);
+    };
+    run_on(db, "UPDATE share SET type='subvolume'");
+    each(
+        "share (id,name,zfs_name,type,comment,path,volume_id,user_id,group_id,user_access,group_access,"
+        "everyone_access,non_owner_delete)",
+        "10+i,printf('share%05d',i),printf('tank/share%05d',i),'share','files','" + folder +
+            "','tank',65533,65533,7,7,7,1");
+    each("zfs_attr", "10+i,1000,0,500,0,1,0,0,'latency','standard',NULL");
+    each("_zfs_stat", "10+i,1073741824,104857600,0,104857600,0,0,104857600,'1.25x'");
+    each("cifs_share_option", "10+i,'writeable',1,0,6,6,1,7,7,1023,1,25000,0,0,1,0");
+    each("afp_share_option", "10+i,1,'writeable',1,54,63");
+    each("nfs_share_option", "10+i,1,'readonly',1");
+    each("ftp_share_option", "10+i,1,'writeable',1,0,0");
+    each("http_share_option", "10+i,1,'readonly',0");
+    each("rsync_share_option", "10+i,1,'readonly','enabled'");
+    each("rsync_user_password_acl", "10+i,'backup','secret'");
+    each("dlna_share_option", "10+i,1,'readonly',0");
+    each("daap_share_option", "10+i,1");
+    each("zvol_share_option", "10+i,4096,1");
+    each("snapshot_schedule", "10+i,1,'0','*','*','*','*',0,0,0,0");
+    each("snapshot_management", "10+i,0,1,2592000,30,'01',0,0");
+    run_on(db, "INSERT OR IGNORE INTO host (id,name) VALUES(1,'192.168.1.0/24')");
+    each("host_acl", "10+i,1,'nfs',1,1,0");
+    for (const char *proto : {"'cifs'", "'http'"}) {
+        for (int user = 0; user < 5; user++)
+            each("user_acl", "10+i," + std::to_string(kFirstUser + user) + "," + proto + ",1,0");
+        for (int group = 0; group < 3; group++)
+            each("group_acl", "10+i," + std::to_string(kFirstUser + group) + "," + proto + ",1,0");
+    }
+    for (int snapshot = 0; snapshot < 3; snapshot++)
+        each("`$snapshot` (zfs_name,name,type,created_on)",
+             "printf('tank/share%05d',i),'s',1+" + std::to_string(snapshot % 2) + ",1700000000+i");
+}
+
+void fill(sqlite3 *db, const std::string &folder, const Amount &amount)
 {
     const std::string id = std::to_string(kFirstUser) + "+i";
     const std::string users = numbers(amount.users);
@@ -103,6 +143,7 @@ void fill(sqlite3 *db, const Amount &amount)
                numbers(amount.texts) + " t," + numbers(2) + " l");
     fill_enclosures(db, amount);
     fill_snapshots(db, amount);
+    if (amount.shares > 0) fill_shares(db, folder, amount.shares);
     run_on(db, "UPDATE account_default SET next_uid=" + std::to_string(kFirstUser + amount.users));
     run_on(db, "COMMIT");
     run_on(db, "PRAGMA wal_checkpoint(TRUNCATE)");
@@ -115,7 +156,7 @@ void open_filled(const std::string &path, const Amount &amount, qbdb_t **qbdb, s
         fprintf(stderr, "%s\n", why);
         exit(1);
     }
-    fill(*db, amount);
+    fill(*db, path.substr(0, path.rfind('/')), amount);
 }
 
 }  // namespace

@@ -18,8 +18,9 @@ struct Amount {
     int texts = 0;    // of the user interface, in English and in German
     int enclosures = 0;
     int bays = 0;       // of each enclosure, each with a disk
-    int shares = 0;     // besides the one that there always is
-    int snapshots = 0;  // of these shares, in turn
+    int shares = 0;     // each with all protocols, 5 users and 3 groups on two lists, 3 snapshots
+    int datasets = 0;   // shares with nothing but a name
+    int snapshots = 0;  // of these, in turn
 };
 
 /// First id of the users that a database is filled with.

@@ -147,6 +147,16 @@ std::vector<Case> read_cases(bool quick)
                           d.check(qbobj_getGroupCollection(d.qbdb, d.db, &groups, nullptr, &d.err));
                       },
                       [](Bed &bed) { bed.a.all_groups(); }, [](Bed &bed) { bed.b.all_groups(); }}});
+    for (const int shares : quick ? std::vector<int>{100} : std::vector<int>{100, 1000, 10000})
+        cases.push_back({"getShareCollection/" + std::to_string(shares),
+                         shares,
+                         std::make_shared<LazyBed>(LazyBed{{.users = 10, .groups = 5, .shares = shares}, nullptr}),
+                         {[](Bed &bed) {
+                              Data &d = bed.data;
+                              ShareCollection all{};
+                              d.check(qbobj_getShareCollection(d.qbdb, d.db, &all, &d.err));
+                          },
+                          [](Bed &bed) { bed.a.all_shares(); }, [](Bed &bed) { bed.b.all_shares(); }}});
     cases.push_back({"getLog/100 of 100000",
                      100,
                      std::make_shared<LazyBed>(LazyBed{{.entries = 100000}, nullptr}),
@@ -295,7 +305,7 @@ std::vector<Case> snapshot_cases(bool quick)
     std::shared_ptr<LazyBed> largest;
     for (const int snapshots : quick ? std::vector<int>{1000} : std::vector<int>{1000, 10000}) {
         const int shares = snapshots / 20;
-        largest = std::make_shared<LazyBed>(LazyBed{{.shares = shares, .snapshots = snapshots}, nullptr});
+        largest = std::make_shared<LazyBed>(LazyBed{{.datasets = shares, .snapshots = snapshots}, nullptr});
         cases.push_back(
             {"getSnapshotCollection/" + std::to_string(snapshots),
              snapshots,
@@ -316,7 +326,7 @@ std::vector<Case> snapshot_cases(bool quick)
          largest,
          {[](Bed &bed) { list_snapshots(bed, "share0007", 0, 0); }, [](Bed &bed) { bed.a.snapshots_of("share0007"); },
           [](Bed &bed) { bed.b.snapshots_of("share0007"); }}});
-    const auto chain = std::make_shared<SnapshotChain>(quick ? 100 : 1000, largest->amount.shares);
+    const auto chain = std::make_shared<SnapshotChain>(quick ? 100 : 1000, largest->amount.datasets);
     cases.push_back({"addSnapshot/chain of " + std::to_string(chain->snapshots.size()),
                      static_cast<int>(chain->snapshots.size()),
                      largest,

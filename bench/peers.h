@@ -8,6 +8,7 @@
 
 #include "data.h"
 #include "engines.h"
+#include "peer_shares.h"
 
 namespace bench {
 
@@ -355,6 +356,12 @@ struct Peer {
             user->UserName, home, user->Email, 99, user->IsLocked, "/bin/false", user->ShellAccess, id);
         engine.each("SELECT unix_uname FROM 'smb_username_map' WHERE smb_uname=%Q limit 1", nothing, user->UserName);
         engine.commit();
+    }
+
+    void all_shares()
+    {
+        pool();
+        ShareReader<Engine>{engine, data->qbdb}.list();
     }
 
     void log_page(int limit, int offset)

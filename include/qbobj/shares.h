@@ -305,6 +305,239 @@ struct SimpleShareCollection {
     struct SimpleShare *SimpleShare; /**< Head of the list, null when empty. */
 };
 
+/* ---- Reading ------------------------------------------------------------------------------------ */
+
+/**
+ * Lists the file shares (type "share") by name without regard to case, each with everything that belongs to it.
+ *
+ * A share that is read carries, beside its own fields: owner, permissions and POSIX ACL of its folder (when the folder
+ * is there, as they are on disk, else the owner and permissions that it was given); the options of each protocol that
+ * it has, with their host, user and group lists; block volume options; clones of its snapshots; snapshot schedule and
+ * retention rules; quotas of users and groups; and the applications that use it. What it does not have is null, and
+ * sizes that are not known are absent. The user and group lists name domain accounts in directory mode and local ones
+ * else; those of FTP are left out while the FTP service is anonymous. Passwords of rsync users are in clear.
+ *
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param shares In/out: shares are appended to its list. A failure while the shares are read leaves those read so far
+ *               in the list. Not null.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getShareCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares, ErrorInfo *err);
+
+/**
+ * Lists file shares and block volumes (types "share" and "zvol") as qbobj_getShareCollection().
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param shares In/out: shares are appended to its list, as there. Not null.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getShareAndZvolCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares, ErrorInfo *err);
+
+/**
+ * Lists all shares, whatever their type, as qbobj_getShareCollection().
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param shares In/out: shares are appended to its list, as there. Not null.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getSubvolumeShareCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares,
+                                                     ErrorInfo *err);
+
+/**
+ * Lists the file shares in brief: id, name, the common protocols that serve it, and the applications that use it.
+ * A protocol serves a share when the share has it, available and with a default access other than disabled.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param shares In/out: shares are appended to its list, by name without regard to case. A failure leaves those read
+ *               so far in the list. Not null.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getSimpleShareCollection(qbdb_t *qbdb, sqlite3 *db, SimpleShareCollection *shares,
+                                                  ErrorInfo *err);
+
+/**
+ * Lists the file shares as qbobj_getShareCollection(), but fills only those that a user may see over a protocol.
+ * The others stay in the list with nothing but their key and `ShareId`: the caller skips them.
+ *
+ * Over "cifs" a share is seen by whoever may read it: with an open default access (read or write) every user, and
+ * without a user everybody when guests are let in; else whom the user or group list gives read access. Over "http" a
+ * share with an open default access and without lists is seen by everybody; with lists by the users on the user list
+ * and the secondary members of a group on the group list; with a closed default access, primary members too.
+ *
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param userName     Name of the user; null for nobody in particular.
+ * @param protocolName "cifs" or "http". With another protocol the call fails at the first share.
+ * @param shares       In/out: shares are appended to its list; a failure leaves those read so far. Not null.
+ * @param err          Out: error record, not null.
+ * @return 0; 2 no memory, another protocol, or an access check that failed; 5 database failure; 8 no such user, or not
+ *         the name of a protocol.
+ */
+QBOBJ_API uint32_t qbobj_getAccessibleShareCollection(qbdb_t *qbdb, sqlite3 *db, const char *userName,
+                                                      const char *protocolName, ShareCollection *shares,
+                                                      ErrorInfo *err);
+
+/**
+ * Reads shares with everything that belongs to them, as qbobj_getShareCollection() describes it.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param share In/out: a chain of shares, read one after the other. Each is named by its key or its `ShareId` (a
+ *              positive number), else by its `ShareName`. A failure leaves the record at fault as it was; those before
+ *              it are filled. Not null.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, or nothing that names a share; 6 no such share.
+ */
+QBOBJ_API uint32_t qbobj_getShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err);
+
+/**
+ * Lists the shares of any type that match all filters given, in no particular order. Without any filter the list is
+ * empty.
+ * @param qbdb        Handle.
+ * @param db          Connection.
+ * @param volumeId    Volume, or null.
+ * @param namePattern SQL LIKE pattern of the name with the caller's wildcards, or null.
+ * @param zfsName     Data set, or null.
+ * @param shares      In/out: shares are appended to its list; a failure leaves those read so far. Not null.
+ * @param err         Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, or filters that take more than 511 bytes together.
+ */
+QBOBJ_API uint32_t qbobj_queryShare(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, const char *namePattern,
+                                    const char *zfsName, ShareCollection *shares, ErrorInfo *err);
+
+/**
+ * Finds the id of a share by its name, without regard to case.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param shareName Name of the share; null is no share.
+ * @param err       Out: error record, not null; stays zero.
+ * @return The id, or 0xFFFFFFFF when there is no such share or the database failed.
+ */
+QBOBJ_API uint32_t qbobj_getShareId(qbdb_t *qbdb, sqlite3 *db, const char *shareName, ErrorInfo *err);
+
+/**
+ * Tells what a user may do in a share over SMB. The answer is never a failure: who or what is not known, and a check
+ * that fails, has no access.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param shareName Name of the share; null is no share.
+ * @param userName  Name of the user; null for the guest account.
+ * @param access    Out: "ReadWrite", "ReadOnly" or "Disabled" (static text). Not null.
+ * @param err       Out: error record, not null; stays zero.
+ * @return 0; 2 no memory.
+ */
+QBOBJ_API uint32_t qbobj_getShareAccess(qbdb_t *qbdb, sqlite3 *db, const char *shareName, const char *userName,
+                                        const char **access, ErrorInfo *err);
+
+/**
+ * Tells what a user may do over SMB in the share that a path lies in, as qbobj_getShareAccess().
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param path     Absolute path of a share's folder or of something in it; null lies in no share.
+ * @param userName Name of the user; null for the guest account.
+ * @param access   Out: "ReadWrite", "ReadOnly" or "Disabled" (static text). Not null.
+ * @param err      Out: error record, not null; stays zero.
+ * @return 0; 2 no memory.
+ */
+QBOBJ_API uint32_t qbobj_getPathAccess(qbdb_t *qbdb, sqlite3 *db, const char *path, const char *userName,
+                                       const char **access, ErrorInfo *err);
+
+/**
+ * Lists the applications that use a data set, or any data set of a volume.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param name   A name with a slash is a data set. One without is a volume; data sets of volumes whose names begin
+ *               with it are found, too. Null finds none.
+ * @param usedby In/out: the applications are appended to this list. Not null.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_getUsedByOn(qbdb_t *qbdb, sqlite3 *db, const char *name, UsedBy **usedby, ErrorInfo *err);
+
+/**
+ * Reads a share's snapshot schedule. A share without one leaves the record zero.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param shareName Name of the share; null is no share.
+ * @param schedule  Out: the schedule; not written on failure. Not null.
+ * @param err       Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such share.
+ */
+QBOBJ_API uint32_t qbobj_getShareSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, const char *shareName, Schedule *schedule,
+                                                  ErrorInfo *err);
+
+/**
+ * Lists the processes that hold a share.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set of the share; null or one that is not known has none.
+ * @param procs   In/out: the processes are appended to this list. Null is refused.
+ * @param err     Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 `procs` is null.
+ */
+QBOBJ_API uint32_t qbobj_getShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, Process **procs,
+                                         ErrorInfo *err);
+
+/* ---- Creating ----------------------------------------------------------------------------------- */
+
+/**
+ * Creates shares: all of a chain or none.
+ *
+ * Stored are the share, the attributes of its data set, each protocol block that is given with its access lists, the
+ * applications that use it, its snapshot schedule and its snapshot policy; quotas of users and groups are not. The
+ * services whose lists were written (SMB, FTP, HTTP) get their settings made anew.
+ *
+ * - Without `Stat` everybody may read and write, others than the owner may delete, and the folder belongs to the guest.
+ * - Without `Path` the volume decides data set and path; with one the data set is the path without its first slash.
+ * - Absent SMB numbers: guests let in (in directory mode not), shown, recycle bin of 25000 MB without age limit, rights
+ *   set on new files, bits 1023 kept, no opportunistic locks. Absent sizes and flags of the data set are stored as 0.
+ * - Default access and rights words have no default: a block names them all.
+ * - A user or group list leaves out who would get no more than the default access, except users whose primary group is
+ *   `sky-loft` or `admin`. Hosts of an SMB list get read and write access whatever they are given; an AFP host list is
+ *   checked and not stored. Hosts are known by id, or by a name or network that becomes known with the list.
+ * - An rsync user with #masked_password keeps the password that is stored.
+ * - Without `SnapshotSchedule` snapshots are taken every hour; without `SnapshotRetentionRules` 30 of them are kept for
+ *   thirty days.
+ *
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param share In/out: a chain of shares; their `ShareId` and key are written, also of those before one that fails.
+ *              Null does nothing.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 a field or word that is missing or not valid, no such volume, owner,
+ *         user, group or host; 800 the name or path is taken, or the volume is known by another id; 806 the name is too
+ *         long; 808 it is reserved; 835 a `RefQuotaMB` above the volume's free space.
+ */
+QBOBJ_API uint32_t qbobj_addShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err);
+
+/**
+ * Registers a process that holds a share, anew when it does already.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param zfsName  Data set of the share; null is none.
+ * @param pid      Process id.
+ * @param blocking How strongly the process blocks changes to the share; 0 not at all.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure, or no such share.
+ */
+QBOBJ_API uint32_t qbobj_addShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t pid, int32_t blocking,
+                                         ErrorInfo *err);
+
+/**
+ * Registers an application that uses a data set, anew when it does already.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set; whether there is one is not looked at. Null is refused by the database.
+ * @param usedby  The application: `AppName`, and `AppData` or null. Null is refused.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure; 8 `usedby` or its `AppName` is null.
+ */
+QBOBJ_API uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby, ErrorInfo *err);
+
 #ifdef __cplusplus
 }
 #endif

@@ -7,6 +7,7 @@
 #include "api/rows_health.h"
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
+#include "api/rows_shares.h"
 #include "api/rows_snapshots.h"
 #include "api/rows_system.h"
 #include "api/rows_volumes.h"
@@ -30,6 +31,10 @@ inline constexpr auto kOperations = joined(  //
     kSystemRows,                             //
     kLegacyRows,                             //
     kAccountsRows,                           //
-    kServicesRows, kVolumesRows, kSnapshotsRows, kHealthRows);
+    kServicesRows,                           //
+    kSharesRows,                             //
+    kVolumesRows,                            //
+    kSnapshotsRows,                          //
+    kHealthRows);
 
 }  // namespace qb

@@ -3,6 +3,7 @@
 #include "api/framed.h"
 #include "qbobj.h"
 #include "services/services.h"
+#include "shares/shares.h"
 #include "storage/health.h"
 #include "storage/snapshots.h"
 #include "storage/volumes.h"
@@ -366,7 +367,95 @@ uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db, SmbUserNa
 
 // ---- Shares, reading
 
+uint32_t qbobj_getShareCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareCollection>("qbobj_getShareCollection", qbdb, db, err, shares);
+}
+
+uint32_t qbobj_getShareAndZvolCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareAndZvolCollection>("qbobj_getShareAndZvolCollection", qbdb, db, err, shares);
+}
+
+uint32_t qbobj_getSubvolumeShareCollection(qbdb_t *qbdb, sqlite3 *db, ShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSubvolumeShareCollection>("qbobj_getSubvolumeShareCollection", qbdb, db, err, shares);
+}
+
+uint32_t qbobj_getSimpleShareCollection(qbdb_t *qbdb, sqlite3 *db, SimpleShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getSimpleShareCollection>("qbobj_getSimpleShareCollection", qbdb, db, err, shares);
+}
+
+uint32_t qbobj_getAccessibleShareCollection(qbdb_t *qbdb, sqlite3 *db, const char *userName, const char *protocolName,
+                                            ShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getAccessibleShareCollection>("qbobj_getAccessibleShareCollection", qbdb, db, err, userName,
+                                                        protocolName, shares);
+}
+
+uint32_t qbobj_getShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShare>("qbobj_getShare", qbdb, db, err, share);
+}
+
+uint32_t qbobj_queryShare(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, const char *namePattern, const char *zfsName,
+                          ShareCollection *shares, ErrorInfo *err)
+{
+    return framed<x_qbobj_queryShare>("qbobj_queryShare", qbdb, db, err, volumeId, namePattern, zfsName, shares);
+}
+
+uint32_t qbobj_getShareId(qbdb_t *qbdb, sqlite3 *db, const char *shareName, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareId>("qbobj_getShareId", qbdb, db, err, shareName);
+}
+
+uint32_t qbobj_getShareAccess(qbdb_t *qbdb, sqlite3 *db, const char *shareName, const char *userName,
+                              const char **access, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareAccess>("qbobj_getShareAccess", qbdb, db, err, shareName, userName, access);
+}
+
+uint32_t qbobj_getPathAccess(qbdb_t *qbdb, sqlite3 *db, const char *path, const char *userName, const char **access,
+                             ErrorInfo *err)
+{
+    return framed<x_qbobj_getPathAccess>("qbobj_getPathAccess", qbdb, db, err, path, userName, access);
+}
+
+uint32_t qbobj_getUsedByOn(qbdb_t *qbdb, sqlite3 *db, const char *name, UsedBy **usedby, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUsedByOn>("qbobj_getUsedByOn", qbdb, db, err, name, usedby);
+}
+
+uint32_t qbobj_getShareSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, const char *shareName, Schedule *schedule,
+                                        ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareSnapshotSchedule>("qbobj_getShareSnapshotSchedule", qbdb, db, err, shareName,
+                                                    schedule);
+}
+
+uint32_t qbobj_getShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, Process **procs, ErrorInfo *err)
+{
+    return framed<x_qbobj_getShareProcess>("qbobj_getShareProcess", qbdb, db, err, zfsName, procs);
+}
+
 // ---- Shares, creating
+
+uint32_t qbobj_addShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err)
+{
+    return framed<x_qbobj_addShare>("qbobj_addShare", qbdb, db, err, share);
+}
+
+uint32_t qbobj_addShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t pid, int32_t blocking,
+                               ErrorInfo *err)
+{
+    return framed<x_qbobj_addShareProcess>("qbobj_addShareProcess", qbdb, db, err, zfsName, pid, blocking);
+}
+
+uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby, ErrorInfo *err)
+{
+    return framed<x_qbobj_addShareUsedBy>("qbobj_addShareUsedBy", qbdb, db, err, zfsName, usedby);
+}
 
 // ---- Protocol settings
 

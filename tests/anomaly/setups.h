@@ -4,6 +4,7 @@
 #include "anomaly/setups/accounts.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
+#include "anomaly/setups/shares.h"
 #include "anomaly/setups/snapshots.h"
 #include "anomaly/setups/system.h"
 #include "anomaly/setups/volumes.h"
@@ -81,6 +82,10 @@ inline constexpr Family kFamilies[] = {
      .population = kSnapshotsPopulation,
      .trials = kSnapshotsTrials,
      .left_outputs = kSnapshotsLeftOutputs},
+    {.name = "shares",
+     .population = kSharesPopulation,
+     .trials = kSharesTrials,
+     .left_outputs = kSharesLeftOutputs},
 };
 
 }  // namespace test

@@ -175,6 +175,18 @@ constexpr const char *kWords[] = {
     " ",
     "'info','err'",
     "'disk','misc'",
+    "ReadWrite",
+    "ReadOnly",
+    "Disabled",
+    "Enabled",
+    "Music",
+    "cifs",
+    "http",
+    "share",
+    "zvol",
+    "media",
+    "always",
+    "192.168.1",
     "new-user",
     "new-group",
     "secret",
@@ -345,8 +357,27 @@ void read_tree(const xmlNode *node)
 
 constexpr const char *kPopulation =
     "INSERT INTO share (id,name,zfs_name,type,path,volume_id,update_ts) VALUES "
-    "(1,'media','tank/media','folder','/tank/media','tank','x'),(2,'data','tank/data','folder','/tank/"
-    "data','tank','x');"
+    "(1,'media','tank/media','share','/tank/media','tank','x'),(2,'data','tank/data','folder','/tank/"
+    "data','tank','x'),(3,'open','tank/open','share','/tmp','tank','2024-01-01 00:00:00');"
+    "INSERT INTO cifs_share_option (share_id,cifs_access,cifs_guest_access,available) VALUES "
+    "(1,'disabled',1,1),(3,'writeable',0,1);"
+    "INSERT INTO afp_share_option VALUES (1,1,'readonly',0,54,NULL);INSERT INTO nfs_share_option VALUES (1,1,'x',1);"
+    "INSERT INTO ftp_share_option VALUES (1,1,'writeable',1,2,23);INSERT INTO http_share_option VALUES "
+    "(1,1,'disabled',0),(3,1,'readonly',1);"
+    "INSERT INTO rsync_share_option VALUES (1,1,'x','enabled');"
+    "INSERT INTO rsync_user_password_acl VALUES (1,'bob','secret');"
+    "INSERT INTO dlna_share_option VALUES (1,1,'readonly',2);INSERT INTO daap_share_option VALUES (1,0);"
+    "INSERT INTO zvol_share_option VALUES (1,1024,1);INSERT INTO host VALUES (1,'192.168.1.0/24'),(2,'desk');"
+    "INSERT INTO host_acl VALUES (1,1,'cifs',1,1,0),(1,2,'nfs',1,0,1);"
+    "INSERT INTO user_acl VALUES (1,100,'cifs',1,0),(1,-5,'cifs',1,1),(3,101,'http',1,0);"
+    "INSERT INTO group_acl VALUES (1,100,'cifs',1,1),(3,98,'http',0,0);"
+    "INSERT INTO cifs_dfs_option VALUES (1,'tank','media','link','desk','x');"
+    "INSERT INTO snapshot_schedule VALUES (1,1,'0','*','*','*','*',0,1,0,0);"
+    "INSERT INTO snapshot_management VALUES (1,1,1,86400,7,'01',0,0);"
+    "INSERT INTO process_on_share VALUES (1,4711,1,'x');"
+    "INSERT INTO `$application_on_share` VALUES ('tank/media','tm','x');"
+    "INSERT INTO `$snapshot` (zfs_name,name,type,created_on) VALUES ('tank/media','a',1,1);"
+    "INSERT INTO `$snapshot_clones` (cloned_zfs_name,parent_snapshot_name,parent_zfs_name) VALUES ('open','a','media');"
     "INSERT INTO `$group` (id,gname,is_privileged,rid) VALUES (100,'staff',0,NULL),(101,'empty',0,NULL),"
     "(102,'removed',-1,NULL),(-7,'domain users',0,513);"
     "INSERT INTO `$user` "

@@ -54,7 +54,7 @@ struct Latencies {
     }
 };
 
-enum Kind { kLog, kUser, kGroup, kSetting, kKinds };
+enum Kind { kLog, kUser, kGroup, kSetting, kShare, kKinds };
 
 /// What all workers share: counts of what succeeded, and the first failure.
 struct Shared {
@@ -113,7 +113,7 @@ struct Worker {
     void read()
     {
         const bool ok = timed("a read", shared.reads, [&]() -> uint32_t {
-            switch (random.below(5)) {
+            switch (random.below(6)) {
                 case 0: {
                     User user{};
                     user.UserId = 100;
@@ -128,6 +128,11 @@ struct Worker {
                     return qbobj_getAccountDefault(handle.qbdb, handle.db, &defaults, &handle.err);
                 }
                 case 3: {
+                    Share share{};
+                    share.ShareName = "first";
+                    return qbobj_getShare(handle.qbdb, handle.db, &share, &handle.err);
+                }
+                case 4: {
                     const char *value = nullptr;
                     return getServiceEntry(handle.qbdb, handle.db, "LANGUAGE", &value, &handle.err);
                 }
@@ -155,6 +160,16 @@ struct Worker {
                 group.GroupName = group_name.c_str();
                 return qbobj_addGroup(handle.qbdb, handle.db, &group, &handle.err);
             }
+            case kShare: {
+                const std::string share_name = name("s");
+                NfsShareOption nfs{};
+                nfs.DefaultAccess = "ReadOnly";
+                Share share{};
+                share.ShareName = share_name.c_str();
+                share.VolumeId = "tank";
+                share.Nfs = &nfs;
+                return qbobj_addShare(handle.qbdb, handle.db, &share, &handle.err);
+            }
             case kSetting:
                 return setServiceEntry(handle.qbdb, handle.db, "ANTIVIRUS", random.below(2) ? "1" : "0", &handle.err);
             default:
@@ -166,7 +181,7 @@ struct Worker {
     void write()
     {
         const uint32_t dice = random.below(100);
-        const Kind kind = dice < 8 ? kUser : dice < 12 ? kGroup : dice < 50 ? kSetting : kLog;
+        const Kind kind = dice < 8 ? kUser : dice < 12 ? kGroup : dice < 16 ? kShare : dice < 50 ? kSetting : kLog;
         if (timed("a write", shared.writes, [&] { return write(kind); })) shared.done[kind]++;
     }
 
@@ -197,6 +212,10 @@ std::string prepare(const Directory &directory)
     User user{};
     user.UserName = "first";
     EXPECT_EQ(qbobj_addUser(handle.qbdb, handle.db, &user, &handle.err), 0u);
+    Share share{};
+    share.ShareName = "first";
+    share.VolumeId = "tank";
+    EXPECT_EQ(qbobj_addShare(handle.qbdb, handle.db, &share, &handle.err), 0u);
     return path;
 }
 
@@ -221,6 +240,10 @@ void expect_nothing_lost(const Shared &shared, const std::string &path)
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM `$home_folder`"), users + 1);
     EXPECT_EQ(handle.number("SELECT next_uid FROM account_default"), 100 + 1 + users);
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM `$group` WHERE gname LIKE 'g%x%'"), shared.done[kGroup]);
+    const long shares = shared.done[kShare];
+    EXPECT_EQ(handle.number("SELECT COUNT(*) FROM share"), shares + 1);
+    EXPECT_EQ(handle.number("SELECT COUNT(*) FROM nfs_share_option"), shares);
+    EXPECT_EQ(handle.number("SELECT COUNT(*) FROM zfs_attr"), shares + 1);
 }
 
 TEST(Concurrency, ProcessesAndThreadsLoseNoUpdate)

@@ -41,6 +41,13 @@ struct Call {
     UserHomeFolderSettings folder{};
     UserTimeMachineQuota allowance{};
     NetworkInterface nif{};
+    Share shares[2] = {};
+    NfsShareOption nfs{};
+    HttpShareOption http{};
+    Host host{};
+    HostAcl host_acl{};
+    SystemUser system_user{};
+    UserAcl user_acl{};
 
     explicit Call(uint32_t seed) : random(seed) { texts.reserve(16); }
     const char *keep(std::string text)
@@ -194,12 +201,35 @@ uint32_t delete_interface(Handle &handle, World &world, Call &call)
     return qbobj_deleteNetworkInterface(handle.qbdb, handle.db, name, &handle.err);
 }
 
+/// A chain of two, of which the first has lists on two protocols.
+uint32_t add_shares(Handle &handle, World &world, Call &call)
+{
+    for (Share &share : call.shares) {
+        share.ShareName = call.keep(world.name("share"));
+        share.VolumeId = "tank";
+    }
+    call.shares[0].next = &call.shares[1];
+    call.host.HostName = call.keep("host" + std::to_string(call.random.below(1000)));
+    call.host_acl.Host = &call.host;
+    call.host_acl.Access = "ReadOnly";
+    call.nfs.DefaultAccess = "ReadWrite";
+    call.nfs.HostAcl = &call.host_acl;
+    call.shares[0].Nfs = &call.nfs;
+    call.http.DefaultAccess = "Disabled";
+    call.system_user.resource_id = world.users.empty() ? 98 : call.any(world.users);
+    call.user_acl.User = &call.system_user;
+    call.user_acl.Access = "ReadOnly";
+    call.http.UserAcl = &call.user_acl;
+    call.shares[0].Http = &call.http;
+    return qbobj_addShare(handle.qbdb, handle.db, call.shares, &handle.err);
+}
+
 /// Makes the call that a number stands for.
 uint32_t make(Handle &handle, World &world, uint32_t seed)
 {
     static constexpr decltype(&add_log) kCalls[] = {
-        add_log,    add_log,      add_users,    add_users,     modify_user,      modify_user,     delete_users,
-        add_groups, modify_group, delete_group, add_interface, modify_interface, delete_interface};
+        add_log,    add_log,      add_users,    add_users,     modify_user,      modify_user,      delete_users,
+        add_groups, modify_group, delete_group, add_interface, modify_interface, delete_interface, add_shares};
     Call call(seed);
     const auto which = call.random.below(sizeof kCalls / sizeof *kCalls);
     qbdb_request_begin(handle.qbdb);
@@ -320,6 +350,10 @@ struct Pair {
             EXPECT_EQ(each->rc, 0) << each->why;
             EXPECT_EQ(each->run("INSERT INTO share (id,name,zfs_name,update_ts) VALUES (1,'a','tank/a',0),"
                                 "(2,'b','tank/b',0)"),
+                      "");
+            // When a share was changed is the one thing that the two cannot have in common.
+            EXPECT_EQ(each->run("CREATE TRIGGER timeless AFTER INSERT ON share BEGIN UPDATE share SET update_ts=0 "
+                                "WHERE id=NEW.id; END"),
                       "");
         }
     }

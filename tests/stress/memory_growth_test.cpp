@@ -84,6 +84,15 @@ uint32_t call(Handle &handle, Random &random)
             return qbobj_getProtocolCollection(qbdb, db, &all, err);
         }
         case 12: return qbobj_setProtocolEnable(qbdb, db, "smartnetwork", static_cast<int32_t>(random.below(2)), err);
+        case 13: {
+            Share share{};
+            share.ShareName = "media";
+            return qbobj_getShare(qbdb, db, &share, err);
+        }
+        case 14: {
+            ShareCollection shares{};
+            return qbobj_getShareCollection(qbdb, db, &shares, err);
+        }
         default: break;
     }
     switch (random.below(5)) {
@@ -108,6 +117,14 @@ TEST(Memory, MillionCallsDoNotGrowTheProcess)
         user.UserName = name.c_str();
         ASSERT_EQ(qbobj_addUser(handle.qbdb, handle.db, &user, &handle.err), 0u) << handle.err.message;
     }
+
+    NfsShareOption nfs{};
+    nfs.DefaultAccess = "ReadOnly";
+    Share share{};
+    share.ShareName = "media";
+    share.VolumeId = "tank";
+    share.Nfs = &nfs;
+    ASSERT_EQ(qbobj_addShare(handle.qbdb, handle.db, &share, &handle.err), 0u) << handle.err.message;
 
     Random random(1);
     double before = 0;

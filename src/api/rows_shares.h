@@ -1,0 +1,53 @@
+// Operation rows: shares.
+#pragma once
+
+#include "api/operation.h"
+
+namespace qb {
+
+inline constexpr QbobjOperation kSharesRows[] = {
+    // ---- reading
+    QB_OPERATION(getShareCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the file shares by name, with everything that belongs to them.", out("shares")),
+    QB_OPERATION(getSimpleShareCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the file shares in brief: id, name, common protocols, applications.", out("shares")),
+    QB_OPERATION(getShareAndZvolCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists file shares and block volumes by name.", out("shares")),
+    QB_OPERATION(getSubvolumeShareCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the shares of all types by name.", out("shares")),
+    QB_OPERATION(getAccessibleShareCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Lists the file shares, filling those that a user may see over cifs or http.",
+                 in("userName").or_null(), in("protocolName"), out("shares")),
+    QB_OPERATION(getShare, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5 6",
+                 "Reads shares by ShareId or ShareName, with everything that belongs to them.",
+                 inout("share").chained()),
+    QB_OPERATION(getShareId, "share query", kReads, QBOBJ_RETURNS_ID, "", "Finds the id of a share by its name.",
+                 in("shareName").or_null()),
+    QB_OPERATION(getShareAccess, "share query", kReads, QBOBJ_RETURNS_CODE, "2",
+                 "Tells what a user may do in a share over SMB.", in("shareName").or_null(), in("userName").or_null(),
+                 out("access")),
+    QB_OPERATION(getPathAccess, "share query", kReads, QBOBJ_RETURNS_CODE, "2",
+                 "Tells what a user may do over SMB in the share that a path lies in.", in("path").or_null(),
+                 in("userName").or_null(), out("access")),
+    QB_OPERATION(getUsedByOn, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the applications that use a data set or any data set of a volume.", in("name").or_null(),
+                 out("usedby")),
+    QB_OPERATION(queryShare, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Lists the shares that match a volume, a name pattern and a data set.", in("volumeId").or_null(),
+                 in("namePattern").or_null(), in("zfsName").or_null(), out("shares")),
+    QB_OPERATION(getShareSnapshotSchedule, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5 6",
+                 "Reads the snapshot schedule of a share.", in("shareName").or_null(), out("schedule")),
+    QB_OPERATION(getShareProcess, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
+                 "Lists the processes that hold a share.", in("zfsName").or_null(), out("procs").or_null()),
+
+    // ---- creating
+    QB_OPERATION(addShare, "share creation", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 800 806 808 835",
+                 "Creates shares, all or none, with options, access lists and snapshot policy.",
+                 inout("share").or_null().chained()),
+    QB_OPERATION(addShareProcess, "share creation", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Registers a process that holds a share.", in("zfsName").or_null(), in("pid"), in("blocking")),
+    QB_OPERATION(addShareUsedBy, "share creation", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Registers an application that uses a data set.", in("zfsName").or_null(), in("usedby").or_null()),
+};
+
+}  // namespace qb
