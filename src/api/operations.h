@@ -4,9 +4,12 @@
 #include <array>
 
 #include "api/rows_accounts.h"
+#include "api/rows_backup.h"
+#include "api/rows_iscsi.h"
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
 #include "api/rows_system.h"
+#include "api/rows_ups.h"
 #include "api/rows_volumes.h"
 
 namespace qb {
@@ -25,10 +28,13 @@ consteval auto joined(const QbobjOperation (&...families)[N])
 }
 
 inline constexpr auto kOperations = joined(  //
-    kSystemRows,                      //
-    kLegacyRows,                      //
-    kAccountsRows,                    //
-    kServicesRows,
-    kVolumesRows);
+    kSystemRows,                             //
+    kLegacyRows,                             //
+    kAccountsRows,                           //
+    kServicesRows,                           //
+    kVolumesRows,                            //
+    kUpsRows,                                //
+    kIscsiRows,                              //
+    kBackupRows);
 
 }  // namespace qb

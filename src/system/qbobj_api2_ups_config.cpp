@@ -2,7 +2,7 @@
 #include "frame/list.h"
 #include "frame/query.h"
 #include "frame/read_row.h"
-#include "system/ups_config.h"
+#include "system/workers.h"
 #include "validate/validate.h"
 
 namespace qb {

@@ -2,10 +2,13 @@
 #pragma once
 
 #include "anomaly/setups/accounts.h"
+#include "anomaly/setups/backup.h"
+#include "anomaly/setups/iscsi.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
 #include "anomaly/setups/system.h"
 #include "anomaly/setups/volumes.h"
+#include "anomaly/setups/ups.h"
 #include "anomaly/trial.h"
 
 namespace test {
@@ -76,6 +79,9 @@ inline constexpr Family kFamilies[] = {
      .silent = kVolumesSilent,
      .goes_on = kVolumesGoesOn,
      .memory_exceptions = kVolumesMemoryExceptions},
+    {.name = "ups", .population = kUpsPopulation, .trials = kUpsTrials},
+    {.name = "iscsi", .population = kIscsiPopulation, .trials = kIscsiTrials},
+    {.name = "backup", .population = kBackupPopulation, .trials = kBackupTrials, .left_outputs = kBackupLeftOutputs},
 };
 
 }  // namespace test

@@ -54,7 +54,7 @@ struct Latencies {
     }
 };
 
-enum Kind { kLog, kUser, kGroup, kSetting, kKinds };
+enum Kind { kLog, kUser, kGroup, kSetting, kJob, kKinds };
 
 /// What all workers share: counts of what succeeded, and the first failure.
 struct Shared {
@@ -155,6 +155,24 @@ struct Worker {
                 group.GroupName = group_name.c_str();
                 return qbobj_addGroup(handle.qbdb, handle.db, &group, &handle.err);
             }
+            case kJob: {
+                const std::string job_name = name("j");
+                BackupJob_SourceOrDestination from{};
+                from.Type = "share";
+                from.ShareNameOrProtocol = "media";
+                BackupJob_SourceOrDestination to{};
+                to.Type = "remote";
+                to.ShareNameOrProtocol = "rsync";
+                BackupJob_Schedule schedule{};
+                BackupJob_Option option{};
+                BackupJob job{};
+                job.JobName = job_name.c_str();
+                job.Source = &from;
+                job.Destination = &to;
+                job.Schedule = &schedule;
+                job.Option = &option;
+                return qbobj_addBackupJob(handle.qbdb, handle.db, &job, &handle.err);
+            }
             case kSetting:
                 return setServiceEntry(handle.qbdb, handle.db, "ANTIVIRUS", random.below(2) ? "1" : "0", &handle.err);
             default:
@@ -166,7 +184,7 @@ struct Worker {
     void write()
     {
         const uint32_t dice = random.below(100);
-        const Kind kind = dice < 8 ? kUser : dice < 12 ? kGroup : dice < 50 ? kSetting : kLog;
+        const Kind kind = dice < 8 ? kUser : dice < 12 ? kGroup : dice < 16 ? kJob : dice < 50 ? kSetting : kLog;
         if (timed("a write", shared.writes, [&] { return write(kind); })) shared.done[kind]++;
     }
 
@@ -221,6 +239,7 @@ void expect_nothing_lost(const Shared &shared, const std::string &path)
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM `$home_folder`"), users + 1);
     EXPECT_EQ(handle.number("SELECT next_uid FROM account_default"), 100 + 1 + users);
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM `$group` WHERE gname LIKE 'g%x%'"), shared.done[kGroup]);
+    EXPECT_EQ(handle.number("SELECT COUNT(*) FROM backup"), shared.done[kJob]);
 }
 
 TEST(Concurrency, ProcessesAndThreadsLoseNoUpdate)

@@ -84,6 +84,16 @@ uint32_t call(Handle &handle, Random &random)
             return qbobj_getProtocolCollection(qbdb, db, &all, err);
         }
         case 12: return qbobj_setProtocolEnable(qbdb, db, "smartnetwork", static_cast<int32_t>(random.below(2)), err);
+        case 13: {
+            BackupTargetCollection targets{};
+            return qbobj_getBackupTargetCollection(qbdb, db, &targets, err);
+        }
+        case 14: {  // copies a table and drops the copy
+            BackupJobCollection jobs{};
+            if (const uint32_t rc = qbobj_getBackupJobCollection(qbdb, db, &jobs, err)) return rc;
+            jobs.BackupJob->Option->MiscOption++;
+            return qbobj_modifyBackupJob(qbdb, db, jobs.BackupJob, err);
+        }
         default: break;
     }
     switch (random.below(5)) {
@@ -108,6 +118,10 @@ TEST(Memory, MillionCallsDoNotGrowTheProcess)
         user.UserName = name.c_str();
         ASSERT_EQ(qbobj_addUser(handle.qbdb, handle.db, &user, &handle.err), 0u) << handle.err.message;
     }
+
+    ASSERT_EQ(handle.run("INSERT INTO backup (name,src_type,src_share_proto,dst_type,dst_share_proto) VALUES "
+                         "('job','share','a','remote','cifs')"),
+              "");
 
     Random random(1);
     double before = 0;
