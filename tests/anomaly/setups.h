@@ -81,7 +81,12 @@ inline constexpr Family kFamilies[] = {
      .memory_exceptions = kVolumesMemoryExceptions},
     {.name = "ups", .population = kUpsPopulation, .trials = kUpsTrials},
     {.name = "iscsi", .population = kIscsiPopulation, .trials = kIscsiTrials},
-    {.name = "backup", .population = kBackupPopulation, .trials = kBackupTrials, .left_outputs = kBackupLeftOutputs},
+    {.name = "backup",
+     .population = kBackupPopulation,
+     .trials = kBackupTrials,
+     .left_outputs = kBackupLeftOutputs,
+     .odd_answers = kBackupOddAnswers,
+     .memory_exceptions = kBackupMemoryExceptions},
 };
 
 }  // namespace test

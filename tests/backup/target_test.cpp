@@ -166,7 +166,8 @@ TEST_F(BackupTargets, WhatIsReadWhole)
                           {"backup_protocol", "", "a handful of protocols"},
                           {"usb_port", "", "a handful of connectors"},
                           {"usb_storage", "", "a few devices"},
-                          {"$user", "LIMIT 500", "lists the first 500 homes"}});
+                          {"$user", "LIMIT 500", "lists the first 500 homes"},
+                          {"T", "LIMIT 500", "these homes"}});
 }
 
 }  // namespace

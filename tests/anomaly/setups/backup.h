@@ -52,4 +52,14 @@ inline constexpr Exempt kBackupLeftOutputs[] = {
     {"deleteBackupJob", "the records before the failing one keep what they were given"},
 };
 
+inline constexpr Exempt kBackupOddAnswers[] = {
+    {"addBackupJob (two): fails with 841 \"Timemachine is not configured.\"", "a store that cannot be found is not there"},
+    {"modifyBackupJob (two): succeeds with other results 0 \"\"", "without the copy nothing is said of changes"},
+    {"hasBackupJob (yes): fails with 0 \"\"", "a job that cannot be read is not there"},
+};
+
+inline constexpr MemoryException kBackupMemoryExceptions[] = {
+    {"addBackupJob", 841, "Timemachine is not configured.", "a store that cannot be found is not there"},
+};
+
 }  // namespace test
