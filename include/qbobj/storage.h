@@ -196,30 +196,30 @@ struct UpsHealth {
 /** A group of iSCSI LUNs behind one target. */
 struct LunGroup {
     struct LunGroup *next;  /**< Next element of the list, or null. */
-    const char *key;        /**< Key word: the text by which the element is addressed. */
-    const char *Name;       /**< Unique name. */
-    const char *Target;     /**< Name of the target. */
-    int32_t AnyInitiator;   /**< 1 lets every initiator connect. */
+    const char *key;        /**< Key word: the same as Name; filled by readers. */
+    const char *Name;       /**< Unique name; case counts. */
+    const char *Target;     /**< Name of the target that the group is offered as. */
+    int32_t AnyInitiator;   /**< 1 lets every initiator connect, whatever the access list says. */
     int32_t ChapAuth;       /**< 1 asks for CHAP. */
-    const char *ChapSecret; /**< CHAP secret in clear. */
+    const char *ChapSecret; /**< CHAP secret, stored in clear. When a group is changed, #masked_password keeps it. */
 };
 
-/** An iSCSI initiator. */
+/** An iSCSI initiator: a host that may connect to LUN groups. */
 struct Initiator {
     struct Initiator *next; /**< Next element of the list, or null. */
-    const char *key;        /**< Key word: the text by which the element is addressed. */
-    const char *Name;       /**< Its iSCSI name. */
+    const char *key;        /**< Key word: the same as Name; filled by readers. */
+    const char *Name;       /**< Its iSCSI name, "iqn.2026-01.com.example:host"; unique, and case counts. */
     int32_t ChapAuth;       /**< 1 asks for CHAP. */
-    const char *ChapSecret; /**< CHAP secret in clear. */
+    const char *ChapSecret; /**< CHAP secret, stored in clear. When it is changed, #masked_password keeps it. */
 };
 
 /** An iSCSI LUN. */
 struct Lun {
     struct Lun *next;     /**< Next element of the list, or null. */
-    const char *key;      /**< Key word: the text by which the element is addressed. */
-    const char *Name;     /**< Its name. */
-    const char *LunGroup; /**< Name of its group. */
-    int32_t LunN;         /**< Number in the group. */
+    const char *key;      /**< Key word: the same as Name; filled by readers. */
+    const char *Name;     /**< Unique name; case counts. */
+    const char *LunGroup; /**< Name of its group; need not exist yet. */
+    int32_t LunN;         /**< Number of the LUN in its group. */
 };
 
 /** The five fields of a cron line. */
@@ -918,6 +918,221 @@ QBOBJ_API uint32_t qbobj_getUpsHealthCollection(qbdb_t *qbdb, sqlite3 *db, UpsHe
  * @return 0; 2 no memory; 8 database failure, or no UpsName or ServerHost.
  */
 QBOBJ_API uint32_t qbobj_setUpsHealth(qbdb_t *qbdb, sqlite3 *db, UpsHealth *health, ErrorInfo *err);
+
+/* ---- iSCSI ----------------------------------------------------------------------------------------- */
+
+/**
+ * Lists the LUN groups by name, case ignored.
+ * @param qbdb   Handle.
+ * @param db     Connection.
+ * @param groups Out: the groups, appended to the record's list.
+ * @param err    Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The list stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getLunGroupCollection(qbdb_t *qbdb, sqlite3 *db, LunGroupCollection *groups, ErrorInfo *err);
+
+/**
+ * Reads one LUN group.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such group. The record stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err);
+
+/**
+ * Row id of a LUN group. The error record stays empty.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group.
+ * @param err  Out: error record, not null.
+ * @return The row id; -1 (0xFFFFFFFF) when there is no such group or it cannot be read.
+ */
+QBOBJ_API uint32_t qbobj_getLunGroupId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Adds a LUN group. Only the first element of a list is added.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group The group; null is refused with 8.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure, no Name, or one that is in use; 8 no group.
+ */
+QBOBJ_API uint32_t qbobj_addLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err);
+
+/**
+ * Changes a LUN group: everything but its name is written, null text too. An unknown group is no error.
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param group The group; null is refused with 8. Name says which one it is.
+ * @param err   Out: error record, not null.
+ * @return 0; 5 database failure; 8 no group.
+ */
+QBOBJ_API uint32_t qbobj_modifyLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err);
+
+/**
+ * Deletes a LUN group. Its LUNs and its access list stay: they come to life again with a group of the same name. An
+ * unknown group is no error.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the group; null is refused with 8.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 no name.
+ */
+QBOBJ_API uint32_t qbobj_deleteLunGroup(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Lists the initiators by name, case ignored.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param initiators Out: the initiators, appended to the record's list.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The list stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getInitiatorCollection(qbdb_t *qbdb, sqlite3 *db, InitiatorCollection *initiators,
+                                                ErrorInfo *err);
+
+/**
+ * Reads one initiator.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param initiator In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param err       Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such initiator. The record stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err);
+
+/**
+ * Row id of an initiator whose name would also do for a share. Names in the usual iSCSI form hold dots and colons and
+ * have no id. The error record stays empty.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the initiator.
+ * @param err  Out: error record, not null.
+ * @return The row id; -1 (0xFFFFFFFF) when the name will not do for a share, or there is no such initiator, or it
+ *         cannot be read.
+ */
+QBOBJ_API uint32_t qbobj_getInitiatorId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Adds an initiator. Only the first element of a list is added.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param initiator The initiator; null is refused with 8.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure, no Name, or one that is in use; 8 no initiator.
+ */
+QBOBJ_API uint32_t qbobj_addInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err);
+
+/**
+ * Changes the CHAP settings of an initiator; a null secret is written, too. An unknown initiator is no error.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param initiator The initiator; null is refused with 8. Name says which one it is.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure; 8 no initiator.
+ */
+QBOBJ_API uint32_t qbobj_modifyInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err);
+
+/**
+ * Deletes an initiator. The access lists that name it keep the name; qbobj_deleteIniFromLunGroupAccessList takes it
+ * out. An unknown initiator is no error.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the initiator; null is refused with 8.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 no name.
+ */
+QBOBJ_API uint32_t qbobj_deleteInitiator(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Reads one LUN.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param lun  In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such LUN. The record stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getLun(qbdb_t *qbdb, sqlite3 *db, Lun *lun, ErrorInfo *err);
+
+/**
+ * Row id of a LUN whose name would also do for a share. The error record stays empty.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the LUN.
+ * @param err  Out: error record, not null.
+ * @return The row id; -1 (0xFFFFFFFF) when the name will not do for a share, or there is no such LUN, or it cannot be
+ *         read.
+ */
+QBOBJ_API uint32_t qbobj_getLunId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Adds a LUN. Only the first element of a list is added.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param lun  The LUN; null is refused with 8. Neither its group nor its number is looked at.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure, no Name, or one that is in use; 8 no LUN.
+ */
+QBOBJ_API uint32_t qbobj_addLun(qbdb_t *qbdb, sqlite3 *db, Lun *lun, ErrorInfo *err);
+
+/**
+ * Deletes a LUN. An unknown one is no error.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param name Name of the LUN; null is refused with 8.
+ * @param err  Out: error record, not null.
+ * @return 0; 5 database failure; 8 no name.
+ */
+QBOBJ_API uint32_t qbobj_deleteLun(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err);
+
+/**
+ * Reads which initiators a LUN group admits, each once.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param lunGroup   Name of the group; null is refused with 8. An unknown group admits none.
+ * @param initiators Out: the initiators' names, in no order, appended to the record's list. Nothing else of them is
+ *                   filled: they need not be known as initiators.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 no group. The list stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup,
+                                               InitiatorCollection *initiators, ErrorInfo *err);
+
+/**
+ * Admits an initiator to a LUN group. Neither needs to exist, and admitting it again changes nothing that a reader
+ * sees.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param lunGroup  Name of the group; null is refused with 8.
+ * @param initiator Name of the initiator; null is refused with 8.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure; 8 no group or no initiator.
+ */
+QBOBJ_API uint32_t qbobj_addLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup, const char *initiator,
+                                               ErrorInfo *err);
+
+/**
+ * Empties the access list of a LUN group.
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param lunGroup Name of the group; null is refused with 8. An unknown one is no error.
+ * @param err      Out: error record, not null.
+ * @return 0; 5 database failure; 8 no group.
+ */
+QBOBJ_API uint32_t qbobj_deleteLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup, ErrorInfo *err);
+
+/**
+ * Takes an initiator out of the access lists of all LUN groups.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param initiator Name of the initiator; null is refused with 8. An unknown one is no error.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure; 8 no initiator.
+ */
+QBOBJ_API uint32_t qbobj_deleteIniFromLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *initiator,
+                                                         ErrorInfo *err);
 
 #ifdef __cplusplus
 }

@@ -211,6 +211,82 @@ QBOBJ_API uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const
  */
 QBOBJ_API uint32_t qbobj_modifyNetworkInterface(qbdb_t *qbdb, sqlite3 *db, NetworkInterface *nif, ErrorInfo *err);
 
+/* ---- Uninterruptible power supplies ---------------------------------------------------------------- */
+
+/**
+ * Lists the power supply units with their last status.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param ups  Out: the units, appended to the record's list. Text without a value is null, but UpsStatus and UpsAlarm
+ *             are "?" for a unit that was never read. BatteryCharge, BatteryRunTime and BatteryVoltage are not
+ *             filled; qbobj_getUpsHealthCollection has them.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The list stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getUpsConfigCollection(qbdb_t *qbdb, sqlite3 *db, UpsConfigCollection *ups, ErrorInfo *err);
+
+/**
+ * Reads one power supply unit.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param resourceId Its resource id, "name@host".
+ * @param ups        Out: the unit, as in the list; the link is left alone. An unknown resource id is no error and
+ *                   leaves the record as it is: give a cleared one and look at its key word.
+ * @param err        Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure. The record stays as it is on failure.
+ */
+QBOBJ_API uint32_t qbobj_getUpsConfigByNameAtHost(qbdb_t *qbdb, sqlite3 *db, const char *resourceId, UpsConfig *ups,
+                                                  ErrorInfo *err);
+
+/**
+ * Adds a power supply unit. No unit is added, not even one that is switched off, while six are switched on.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param ups  In: Name, Type, Enabled, Description and ShutdownThreshold; of a local unit also Share_enabled and
+ *             List1, of an SNMP unit its address as Port, SnmpCommunity (a name like the unit's) and SnmpMibs, of a
+ *             remote unit the server's address as Port, RemoteUserName and RemotePassword. Out: the key word.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 a bad field; 806 Name too long; 825 a bad character in Name;
+ *         826 six units are switched on already.
+ */
+QBOBJ_API uint32_t qbobj_addUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err);
+
+/**
+ * Deletes a power supply unit. Deleting a local one also stops sharing it with other machines.
+ * @param qbdb       Handle.
+ * @param db         Connection.
+ * @param resourceId Its resource id, "name@host"; null is refused with 8.
+ * @param err        Out: error record, not null.
+ * @return 0; 5 database failure; 8 no resource id, or no such unit.
+ */
+QBOBJ_API uint32_t qbobj_deleteUpsConfig(qbdb_t *qbdb, sqlite3 *db, const char *resourceId, ErrorInfo *err);
+
+/**
+ * Changes the configuration of the power supply. It is made for an appliance with one unit: the key word says which
+ * unit, and thereby the type, is meant, but the values are written to every unit, the name included.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param ups  The key word; Type, the stored one or null; Name, which is checked as for a new unit; and all fields of
+ *             that type as in adding, those that are null emptied. The address of a unit stays. An SNMP unit is
+ *             switched on whatever Enabled says. A remote unit cannot be changed: after its fields have been checked
+ *             the call always fails with 5; delete the unit and add it again.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 no such unit, or a bad field; 806 Name too long; 825 a bad character
+ *         in Name.
+ */
+QBOBJ_API uint32_t qbobj_setUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err);
+
+/**
+ * Stores what a power supply unit tells of itself.
+ * @param qbdb Handle.
+ * @param db   Connection.
+ * @param ups  The key word; UpsModel, UpsMfr, UpsMfrDate and UpsSerial, those that are null emptied;
+ *             ShutdownThreshold, which is not written for a remote unit.
+ * @param err  Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 no key word, or no such unit.
+ */
+QBOBJ_API uint32_t qbobj_setUpsInfo(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err);
+
 #ifdef __cplusplus
 }
 #endif

@@ -4,12 +4,15 @@
 #include <array>
 
 #include "api/rows_accounts.h"
+#include "api/rows_backup.h"
 #include "api/rows_health.h"
+#include "api/rows_iscsi.h"
 #include "api/rows_legacy.h"
 #include "api/rows_services.h"
 #include "api/rows_shares.h"
 #include "api/rows_snapshots.h"
 #include "api/rows_system.h"
+#include "api/rows_ups.h"
 #include "api/rows_volumes.h"
 
 namespace qb {
@@ -35,6 +38,9 @@ inline constexpr auto kOperations = joined(  //
     kSharesRows,                             //
     kVolumesRows,                            //
     kSnapshotsRows,                          //
-    kHealthRows);
+    kHealthRows,                             //
+    kIscsiRows,                              //
+    kBackupRows,                             //
+    kUpsRows);
 
 }  // namespace qb

@@ -1,10 +1,12 @@
 // The exported operations: each runs its worker in the frame, and nothing else stands here.
 #include "accounts/workers.h"
 #include "api/framed.h"
+#include "backup/backup.h"
 #include "qbobj.h"
 #include "services/services.h"
 #include "shares/shares.h"
 #include "storage/health.h"
+#include "storage/iscsi.h"
 #include "storage/snapshots.h"
 #include "storage/volumes.h"
 #include "system/workers.h"
@@ -732,107 +734,166 @@ uint32_t qbobj_setUpsHealth(qbdb_t *qbdb, sqlite3 *db, UpsHealth *health, ErrorI
 
 // ---- iSCSI
 
+uint32_t qbobj_getLunGroupCollection(qbdb_t *qbdb, sqlite3 *db, LunGroupCollection *groups, ErrorInfo *err)
+{
+    return framed<x_qbobj_getLunGroupCollection>("qbobj_getLunGroupCollection", qbdb, db, err, groups);
+}
+
+uint32_t qbobj_getLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_getLunGroup>("qbobj_getLunGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_getLunGroupId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getLunGroupId>("qbobj_getLunGroupId", qbdb, db, err, name);
+}
+
+uint32_t qbobj_addLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_addLunGroup>("qbobj_addLunGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_modifyLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyLunGroup>("qbobj_modifyLunGroup", qbdb, db, err, group);
+}
+
+uint32_t qbobj_deleteLunGroup(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteLunGroup>("qbobj_deleteLunGroup", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getInitiatorCollection(qbdb_t *qbdb, sqlite3 *db, InitiatorCollection *initiators, ErrorInfo *err)
+{
+    return framed<x_qbobj_getInitiatorCollection>("qbobj_getInitiatorCollection", qbdb, db, err, initiators);
+}
+
+uint32_t qbobj_getInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err)
+{
+    return framed<x_qbobj_getInitiator>("qbobj_getInitiator", qbdb, db, err, initiator);
+}
+
+uint32_t qbobj_getInitiatorId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getInitiatorId>("qbobj_getInitiatorId", qbdb, db, err, name);
+}
+
+uint32_t qbobj_addInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err)
+{
+    return framed<x_qbobj_addInitiator>("qbobj_addInitiator", qbdb, db, err, initiator);
+}
+
+uint32_t qbobj_modifyInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *initiator, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyInitiator>("qbobj_modifyInitiator", qbdb, db, err, initiator);
+}
+
+uint32_t qbobj_deleteInitiator(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteInitiator>("qbobj_deleteInitiator", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getLun(qbdb_t *qbdb, sqlite3 *db, Lun *lun, ErrorInfo *err)
+{
+    return framed<x_qbobj_getLun>("qbobj_getLun", qbdb, db, err, lun);
+}
+
+uint32_t qbobj_getLunId(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_getLunId>("qbobj_getLunId", qbdb, db, err, name);
+}
+
+uint32_t qbobj_addLun(qbdb_t *qbdb, sqlite3 *db, Lun *lun, ErrorInfo *err)
+{
+    return framed<x_qbobj_addLun>("qbobj_addLun", qbdb, db, err, lun);
+}
+
+uint32_t qbobj_deleteLun(qbdb_t *qbdb, sqlite3 *db, const char *name, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteLun>("qbobj_deleteLun", qbdb, db, err, name);
+}
+
+uint32_t qbobj_getLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup, InitiatorCollection *initiators,
+                                     ErrorInfo *err)
+{
+    return framed<x_qbobj_getLunGroupAccessList>("qbobj_getLunGroupAccessList", qbdb, db, err, lunGroup, initiators);
+}
+
+uint32_t qbobj_addLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup, const char *initiator,
+                                     ErrorInfo *err)
+{
+    return framed<x_qbobj_addLunGroupAccessList>("qbobj_addLunGroupAccessList", qbdb, db, err, lunGroup, initiator);
+}
+
+uint32_t qbobj_deleteLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *lunGroup, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteLunGroupAccessList>("qbobj_deleteLunGroupAccessList", qbdb, db, err, lunGroup);
+}
+
+uint32_t qbobj_deleteIniFromLunGroupAccessList(qbdb_t *qbdb, sqlite3 *db, const char *initiator, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteIniFromLunGroupAccessList>("qbobj_deleteIniFromLunGroupAccessList", qbdb, db, err,
+                                                           initiator);
+}
+
 // ---- Backup jobs
+
+uint32_t qbobj_getBackupJobCollection(qbdb_t *qbdb, sqlite3 *db, BackupJobCollection *jobs, ErrorInfo *err)
+{
+    return framed<x_qbobj_getBackupJobCollection>("qbobj_getBackupJobCollection", qbdb, db, err, jobs);
+}
+
+uint32_t qbobj_getBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err)
+{
+    return framed<x_qbobj_getBackupJob>("qbobj_getBackupJob", qbdb, db, err, job);
+}
+
+uint32_t qbobj_addBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err)
+{
+    return framed<x_qbobj_addBackupJob>("qbobj_addBackupJob", qbdb, db, err, job);
+}
+
+uint32_t qbobj_modifyBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyBackupJob>("qbobj_modifyBackupJob", qbdb, db, err, job);
+}
+
+uint32_t qbobj_deleteBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteBackupJob>("qbobj_deleteBackupJob", qbdb, db, err, job);
+}
+
+uint32_t qbobj_hasBackupJob(qbdb_t *qbdb, sqlite3 *db, int32_t jobId, ErrorInfo *err)
+{
+    return framed<x_qbobj_hasBackupJob>("qbobj_hasBackupJob", qbdb, db, err, jobId);
+}
+
+uint32_t qbobj_getBackupTargetCollection(qbdb_t *qbdb, sqlite3 *db, BackupTargetCollection *targets, ErrorInfo *err)
+{
+    return framed<x_qbobj_getBackupTargetCollection>("qbobj_getBackupTargetCollection", qbdb, db, err, targets);
+}
+
+uint32_t qbobj_getBackupUSBSubType(qbdb_t *qbdb, sqlite3 *db, const char *usbPortName, const char **subType,
+                                   ErrorInfo *err)
+{
+    return framed<x_qbobj_getBackupUSBSubType>("qbobj_getBackupUSBSubType", qbdb, db, err, usbPortName, subType);
+}
+
+uint32_t qbobj_getBackupButtonJobCollection(qbdb_t *qbdb, sqlite3 *db, BackupButtonJobCollection *jobs, ErrorInfo *err)
+{
+    return framed<x_qbobj_getBackupButtonJobCollection>("qbobj_getBackupButtonJobCollection", qbdb, db, err, jobs);
+}
+
+uint32_t qbobj_setBackupButtonJobCollection(qbdb_t *qbdb, sqlite3 *db, BackupButtonJobCollection *jobs, ErrorInfo *err)
+{
+    return framed<x_qbobj_setBackupButtonJobCollection>("qbobj_setBackupButtonJobCollection", qbdb, db, err, jobs);
+}
 
 // ---- UPS configuration
 
-// ---- Volumes, disks, spares, jobs of volumes
-
-uint32_t qbobj_getVolumeCollection(qbdb_t *qbdb, sqlite3 *db, VolumeCollection *volumes, ErrorInfo *err)
-{
-    return framed<x_qbobj_getVolumeCollection>("qbobj_getVolumeCollection", qbdb, db, err, volumes);
-}
-
-uint32_t qbobj_updateVolume(qbdb_t *qbdb, sqlite3 *db, Volume *volume, ErrorInfo *err)
-{
-    return framed<x_qbobj_updateVolume>("qbobj_updateVolume", qbdb, db, err, volume);
-}
-
-uint32_t qbobj_deleteVolume(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, ErrorInfo *err)
-{
-    return framed<x_qbobj_deleteVolume>("qbobj_deleteVolume", qbdb, db, err, volumeId);
-}
-
-uint32_t qbobj_getDiskCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskCollection>("qbobj_getDiskCollection", qbdb, db, err, disks);
-}
-
-uint32_t qbobj_getDiskCollectionForController(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, int32_t controller,
-                                              ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskCollectionForController>("qbobj_getDiskCollectionForController", qbdb, db, err, disks,
-                                                          controller);
-}
-
-uint32_t qbobj_getDiskEnclosureCollection(qbdb_t *qbdb, sqlite3 *db, DiskEnclosureCollection *enclosures,
-                                          ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskEnclosureCollection>("qbobj_getDiskEnclosureCollection", qbdb, db, err, enclosures);
-}
-
-uint32_t qbobj_getDiskEnclosurePort(qbdb_t *qbdb, sqlite3 *db, int32_t controller, const char **label, ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskEnclosurePort>("qbobj_getDiskEnclosurePort", qbdb, db, err, controller, label);
-}
-
-uint32_t qbobj_getDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskByDevname>("qbobj_getDiskByDevname", qbdb, db, err, disk);
-}
-
-uint32_t qbobj_setDiskSpare(qbdb_t *qbdb, sqlite3 *db, const char *devname, int32_t flag, ErrorInfo *err)
-{
-    return framed<x_qbobj_setDiskSpare>("qbobj_setDiskSpare", qbdb, db, err, devname, flag);
-}
-
-uint32_t qbobj_getDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff **diff, ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskDiff>("qbobj_getDiskDiff", qbdb, db, err, diff);
-}
-
-uint32_t qbobj_getDiskByDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff *diff, Disk *disk, ErrorInfo *err)
-{
-    return framed<x_qbobj_getDiskByDiskDiff>("qbobj_getDiskByDiskDiff", qbdb, db, err, diff, disk);
-}
-
-uint32_t qbobj_deleteDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err)
-{
-    return framed<x_qbobj_deleteDiskByDevname>("qbobj_deleteDiskByDevname", qbdb, db, err, disk);
-}
-
-uint32_t qbobj_getVolumeSparesCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *spares, ErrorInfo *err)
-{
-    return framed<x_qbobj_getVolumeSparesCollection>("qbobj_getVolumeSparesCollection", qbdb, db, err, spares);
-}
-
-uint32_t qbobj_addVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err)
-{
-    return framed<x_qbobj_addVolumeSpare>("qbobj_addVolumeSpare", qbdb, db, err, diskId);
-}
-
-uint32_t qbobj_deleteVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err)
-{
-    return framed<x_qbobj_deleteVolumeSpare>("qbobj_deleteVolumeSpare", qbdb, db, err, diskId);
-}
-
-uint32_t qbobj_getVolumeScheduleCollection(qbdb_t *qbdb, sqlite3 *db, VolumeScheduleCollection *schedules,
-                                           ErrorInfo *err)
-{
-    return framed<x_qbobj_getVolumeScheduleCollection>("qbobj_getVolumeScheduleCollection", qbdb, db, err, schedules);
-}
-
-uint32_t qbobj_addVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
-{
-    return framed<x_qbobj_addVolumeSchedule>("qbobj_addVolumeSchedule", qbdb, db, err, schedule);
-}
-
-uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
-{
-    return framed<x_qbobj_updateVolumeSchedule>("qbobj_updateVolumeSchedule", qbdb, db, err, schedule);
-}
-
-uint32_t qbobj_deleteVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
-{
-    return framed<x_qbobj_deleteVolumeSchedule>("qbobj_deleteVolumeSchedule", qbdb, db, err, schedule);
+#include "services/services.h"
+#include "storage/iscsi.h"
+#include "storage/volumes.h"
+#include "system/workers.h"
 }

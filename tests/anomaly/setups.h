@@ -2,11 +2,14 @@
 #pragma once
 
 #include "anomaly/setups/accounts.h"
+#include "anomaly/setups/backup.h"
+#include "anomaly/setups/iscsi.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
 #include "anomaly/setups/shares.h"
 #include "anomaly/setups/snapshots.h"
 #include "anomaly/setups/system.h"
+#include "anomaly/setups/ups.h"
 #include "anomaly/setups/volumes.h"
 #include "anomaly/trial.h"
 
@@ -86,6 +89,14 @@ inline constexpr Family kFamilies[] = {
      .population = kSharesPopulation,
      .trials = kSharesTrials,
      .left_outputs = kSharesLeftOutputs},
+    {.name = "ups", .population = kUpsPopulation, .trials = kUpsTrials},
+    {.name = "iscsi", .population = kIscsiPopulation, .trials = kIscsiTrials},
+    {.name = "backup",
+     .population = kBackupPopulation,
+     .trials = kBackupTrials,
+     .left_outputs = kBackupLeftOutputs,
+     .odd_answers = kBackupOddAnswers,
+     .memory_exceptions = kBackupMemoryExceptions},
 };
 
 }  // namespace test

@@ -201,6 +201,25 @@ constexpr const char *kWords[] = {
     "name",
     "fan",
     "1",
+    "desk",
+    "desk@localhost",
+    "local",
+    "snmp",
+    "remote",
+    "public",
+    "apcc",
+    "disks",
+    "iqn.2026-01.com.example:host",
+    "share",
+    "home",
+    "*",
+    "volume",
+    "usb",
+    "usb_port_1_1",
+    "timemachine",
+    "cifs",
+    "nightly",
+    "Mon,Fri",
 };
 constexpr int64_t kNumbers[] = {21,        2121,      40000,     65535,     0,       1,          2,      -1,    -2,
                                 -5,        96,        97,        98,        99,      100,        101,    102,   103,
@@ -425,7 +444,19 @@ constexpr const char *kPopulation =
     "('sda',1,'M',0,0,0,'tank','0',7),('sdb',0,'M',0,1,1,'v2','9',7),('sdc',1,NULL,1,0,0,NULL,NULL,NULL);"
     "INSERT INTO _disk_health (disk_id,temp) VALUES ('sda',30),('sdb',31),('sdc',NULL);"
     "INSERT INTO `$volume_spares` VALUES ('sdc');"
-    "INSERT INTO volume_schedule VALUES (1,'tank',1,2,'0','3','*','*','0'),(-1,'v2',NULL,NULL,NULL,NULL,NULL,NULL,NULL);";
+    "INSERT INTO volume_schedule VALUES (1,'tank',1,2,'0','3','*','*','0'),(-1,'v2',NULL,NULL,NULL,NULL,NULL,NULL,NULL);"
+    "INSERT INTO _ups_config (name,host,port,type,enabled) VALUES ('desk','localhost','auto','local',1),"
+    "('rack','localhost','10.0.0.1','snmp',0),('hall','10.0.0.1','10.0.0.1','remote',1);"
+    "INSERT INTO _ups_health (name,host,ups_status) VALUES ('desk','localhost','OL CHRG');"
+    "INSERT INTO `$iscsi_lun_group` (name,target,chap_secret) VALUES ('disks','t','s'),('bare',NULL,NULL);"
+    "INSERT INTO `$iscsi_lun` (name,lun_group,lun_n) VALUES ('disks','disks',1);"
+    "INSERT INTO `$iscsi_initiator` (name,chap_secret) VALUES ('iqn.2026-01.com.example:host','s'),('disks',NULL);"
+    "INSERT INTO `$iscsi_lun_group_access` VALUES ('disks','iqn.2026-01.com.example:host'),('disks',NULL);"
+    "INSERT INTO backup (id,name,src_type,src_share_proto,dst_type,dst_share_proto,sch_dow) VALUES "
+    "(1,'nightly','share','media','remote','cifs',34),(2,NULL,NULL,NULL,NULL,NULL,-1);"
+    "INSERT INTO backup_button_jobs VALUES (1,2),(2,1),(3,99);"
+    "INSERT INTO usb_port VALUES (1,'FRONT','1_1','2_1'),(2,NULL,NULL,NULL);"
+    "INSERT INTO usb_storage VALUES (1,'1:1','/media/usb'),(2,NULL,NULL);";
 
 /// The populated database, and a copy of it in memory from which what an input changed is put back.
 struct Database {

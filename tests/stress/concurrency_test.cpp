@@ -54,7 +54,7 @@ struct Latencies {
     }
 };
 
-enum Kind { kLog, kUser, kGroup, kSetting, kShare, kKinds };
+enum Kind { kLog, kUser, kGroup, kSetting, kShare, kJob, kKinds };
 
 /// What all workers share: counts of what succeeded, and the first failure.
 struct Shared {
@@ -170,6 +170,24 @@ struct Worker {
                 share.Nfs = &nfs;
                 return qbobj_addShare(handle.qbdb, handle.db, &share, &handle.err);
             }
+            case kJob: {
+                const std::string job_name = name("j");
+                BackupJob_SourceOrDestination from{};
+                from.Type = "share";
+                from.ShareNameOrProtocol = "media";
+                BackupJob_SourceOrDestination to{};
+                to.Type = "remote";
+                to.ShareNameOrProtocol = "rsync";
+                BackupJob_Schedule schedule{};
+                BackupJob_Option option{};
+                BackupJob job{};
+                job.JobName = job_name.c_str();
+                job.Source = &from;
+                job.Destination = &to;
+                job.Schedule = &schedule;
+                job.Option = &option;
+                return qbobj_addBackupJob(handle.qbdb, handle.db, &job, &handle.err);
+            }
             case kSetting:
                 return setServiceEntry(handle.qbdb, handle.db, "ANTIVIRUS", random.below(2) ? "1" : "0", &handle.err);
             default:
@@ -181,7 +199,12 @@ struct Worker {
     void write()
     {
         const uint32_t dice = random.below(100);
-        const Kind kind = dice < 8 ? kUser : dice < 12 ? kGroup : dice < 16 ? kShare : dice < 50 ? kSetting : kLog;
+        const Kind kind = dice < 8    ? kUser
+                          : dice < 12 ? kGroup
+                          : dice < 16 ? kShare
+                          : dice < 20 ? kJob
+                          : dice < 50 ? kSetting
+                                      : kLog;
         if (timed("a write", shared.writes, [&] { return write(kind); })) shared.done[kind]++;
     }
 
@@ -244,6 +267,7 @@ void expect_nothing_lost(const Shared &shared, const std::string &path)
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM share"), shares + 1);
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM nfs_share_option"), shares);
     EXPECT_EQ(handle.number("SELECT COUNT(*) FROM zfs_attr"), shares + 1);
+    EXPECT_EQ(handle.number("SELECT COUNT(*) FROM backup"), shared.done[kJob]);
 }
 
 TEST(Concurrency, ProcessesAndThreadsLoseNoUpdate)

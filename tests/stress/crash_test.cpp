@@ -24,6 +24,7 @@ struct World {
     std::vector<int32_t> users;
     std::vector<int32_t> groups;
     std::vector<std::string> interfaces;
+    std::vector<int32_t> jobs;
     int made = 0;  // names given so far
     int entries = 0;
 
@@ -48,6 +49,10 @@ struct Call {
     HostAcl host_acl{};
     SystemUser system_user{};
     UserAcl user_acl{};
+    BackupJob jobs[2] = {};
+    BackupJob_SourceOrDestination sides[2] = {};
+    BackupJob_Schedule schedule{};
+    BackupJob_Option option{};
 
     explicit Call(uint32_t seed) : random(seed) { texts.reserve(16); }
     const char *keep(std::string text)
@@ -87,6 +92,26 @@ struct Call {
         quotas[2].ShareId = "tank/a";
         quotas[2].HardMB = 1 + random.below(1000);
         group->GroupQuota = &quotas[2];
+    }
+    /// Two jobs between the same places.
+    void fill_jobs(World *world)
+    {
+        sides[0].Type = "share";
+        sides[0].ShareNameOrProtocol = "a";
+        sides[0].Path = keep("/" + std::to_string(random.below(1000)));
+        sides[1].Type = "remote";
+        sides[1].ShareNameOrProtocol = "cifs";
+        schedule.Enabled = 1;
+        schedule.DayOfWeek = "Mon";
+        option.MiscOption = static_cast<int32_t>(random.below(1000));
+        for (BackupJob &job : jobs) {
+            job.JobName = keep(world->name("job"));
+            job.Source = &sides[0];
+            job.Destination = &sides[1];
+            job.Schedule = &schedule;
+            job.Option = &option;
+        }
+        jobs[0].next = &jobs[1];
     }
 };
 
@@ -224,12 +249,50 @@ uint32_t add_shares(Handle &handle, World &world, Call &call)
     return qbobj_addShare(handle.qbdb, handle.db, call.shares, &handle.err);
 }
 
+uint32_t add_jobs(Handle &handle, World &world, Call &call)
+{
+    call.fill_jobs(&world);
+    const uint32_t rc = qbobj_addBackupJob(handle.qbdb, handle.db, call.jobs, &handle.err);
+    for (const BackupJob &job : call.jobs)
+        if (rc == 0) world.jobs.push_back(job.JobId);
+    return rc;
+}
+
+uint32_t modify_jobs(Handle &handle, World &world, Call &call)
+{
+    if (world.jobs.empty()) return add_jobs(handle, world, call);
+    call.fill_jobs(&world);
+    for (BackupJob &job : call.jobs) job.JobId = call.any(world.jobs);
+    return qbobj_modifyBackupJob(handle.qbdb, handle.db, call.jobs, &handle.err);
+}
+
+uint32_t delete_job(Handle &handle, World &world, Call &call)
+{
+    if (world.jobs.size() < 5) return add_jobs(handle, world, call);
+    call.jobs[0].JobId = world.jobs.back();
+    world.jobs.pop_back();
+    return qbobj_deleteBackupJob(handle.qbdb, handle.db, call.jobs, &handle.err);
+}
+
+uint32_t set_button(Handle &handle, World &world, Call &call)
+{
+    if (world.jobs.empty()) return add_jobs(handle, world, call);
+    BackupButtonJob buttons[3] = {};
+    for (int i = 0; i < 3; i++) {
+        buttons[i].JobId = call.any(world.jobs);
+        if (i) buttons[i - 1].next = &buttons[i];
+    }
+    BackupButtonJobCollection all{nullptr, buttons};
+    return qbobj_setBackupButtonJobCollection(handle.qbdb, handle.db, &all, &handle.err);
+}
+
 /// Makes the call that a number stands for.
 uint32_t make(Handle &handle, World &world, uint32_t seed)
 {
     static constexpr decltype(&add_log) kCalls[] = {
-        add_log,    add_log,      add_users,    add_users,     modify_user,      modify_user,      delete_users,
-        add_groups, modify_group, delete_group, add_interface, modify_interface, delete_interface, add_shares};
+        add_log,          add_log,    add_users,    add_users,    modify_user,   modify_user,
+        delete_users,     add_groups, modify_group, delete_group, add_interface, modify_interface,
+        delete_interface, add_shares, add_jobs,     modify_jobs,  delete_job,    set_button};
     Call call(seed);
     const auto which = call.random.below(sizeof kCalls / sizeof *kCalls);
     qbdb_request_begin(handle.qbdb);

@@ -93,6 +93,16 @@ uint32_t call(Handle &handle, Random &random)
             ShareCollection shares{};
             return qbobj_getShareCollection(qbdb, db, &shares, err);
         }
+        case 15: {
+            BackupTargetCollection targets{};
+            return qbobj_getBackupTargetCollection(qbdb, db, &targets, err);
+        }
+        case 16: {  // copies a table and drops the copy
+            BackupJobCollection jobs{};
+            if (const uint32_t rc = qbobj_getBackupJobCollection(qbdb, db, &jobs, err)) return rc;
+            jobs.BackupJob->Option->MiscOption++;
+            return qbobj_modifyBackupJob(qbdb, db, jobs.BackupJob, err);
+        }
         default: break;
     }
     switch (random.below(5)) {
@@ -125,6 +135,9 @@ TEST(Memory, MillionCallsDoNotGrowTheProcess)
     share.VolumeId = "tank";
     share.Nfs = &nfs;
     ASSERT_EQ(qbobj_addShare(handle.qbdb, handle.db, &share, &handle.err), 0u) << handle.err.message;
+    ASSERT_EQ(handle.run("INSERT INTO backup (name,src_type,src_share_proto,dst_type,dst_share_proto) VALUES "
+                         "('job','share','a','remote','cifs')"),
+              "");
 
     Random random(1);
     double before = 0;
