@@ -570,9 +570,106 @@ uint32_t qbobj_setQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t started, int3
     return framed<x_qbobj_setQuillboxdInfo>("qbobj_setQuillboxdInfo", qbdb, db, err, started, stopped, version);
 }
 
-// ---- Volumes and disks
+// ---- Volumes, disks, spares, jobs of volumes
 
-// ---- Volume spares and schedules
+uint32_t qbobj_getVolumeCollection(qbdb_t *qbdb, sqlite3 *db, VolumeCollection *volumes, ErrorInfo *err)
+{
+    return framed<x_qbobj_getVolumeCollection>("qbobj_getVolumeCollection", qbdb, db, err, volumes);
+}
+
+uint32_t qbobj_updateVolume(qbdb_t *qbdb, sqlite3 *db, Volume *volume, ErrorInfo *err)
+{
+    return framed<x_qbobj_updateVolume>("qbobj_updateVolume", qbdb, db, err, volume);
+}
+
+uint32_t qbobj_deleteVolume(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteVolume>("qbobj_deleteVolume", qbdb, db, err, volumeId);
+}
+
+uint32_t qbobj_getDiskCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskCollection>("qbobj_getDiskCollection", qbdb, db, err, disks);
+}
+
+uint32_t qbobj_getDiskCollectionForController(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, int32_t controller,
+                                              ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskCollectionForController>("qbobj_getDiskCollectionForController", qbdb, db, err, disks,
+                                                          controller);
+}
+
+uint32_t qbobj_getDiskEnclosureCollection(qbdb_t *qbdb, sqlite3 *db, DiskEnclosureCollection *enclosures,
+                                          ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskEnclosureCollection>("qbobj_getDiskEnclosureCollection", qbdb, db, err, enclosures);
+}
+
+uint32_t qbobj_getDiskEnclosurePort(qbdb_t *qbdb, sqlite3 *db, int32_t controller, const char **label, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskEnclosurePort>("qbobj_getDiskEnclosurePort", qbdb, db, err, controller, label);
+}
+
+uint32_t qbobj_getDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskByDevname>("qbobj_getDiskByDevname", qbdb, db, err, disk);
+}
+
+uint32_t qbobj_setDiskSpare(qbdb_t *qbdb, sqlite3 *db, const char *devname, int32_t flag, ErrorInfo *err)
+{
+    return framed<x_qbobj_setDiskSpare>("qbobj_setDiskSpare", qbdb, db, err, devname, flag);
+}
+
+uint32_t qbobj_getDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff **diff, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskDiff>("qbobj_getDiskDiff", qbdb, db, err, diff);
+}
+
+uint32_t qbobj_getDiskByDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff *diff, Disk *disk, ErrorInfo *err)
+{
+    return framed<x_qbobj_getDiskByDiskDiff>("qbobj_getDiskByDiskDiff", qbdb, db, err, diff, disk);
+}
+
+uint32_t qbobj_deleteDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteDiskByDevname>("qbobj_deleteDiskByDevname", qbdb, db, err, disk);
+}
+
+uint32_t qbobj_getVolumeSparesCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *spares, ErrorInfo *err)
+{
+    return framed<x_qbobj_getVolumeSparesCollection>("qbobj_getVolumeSparesCollection", qbdb, db, err, spares);
+}
+
+uint32_t qbobj_addVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err)
+{
+    return framed<x_qbobj_addVolumeSpare>("qbobj_addVolumeSpare", qbdb, db, err, diskId);
+}
+
+uint32_t qbobj_deleteVolumeSpare(qbdb_t *qbdb, sqlite3 *db, const char *diskId, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteVolumeSpare>("qbobj_deleteVolumeSpare", qbdb, db, err, diskId);
+}
+
+uint32_t qbobj_getVolumeScheduleCollection(qbdb_t *qbdb, sqlite3 *db, VolumeScheduleCollection *schedules,
+                                           ErrorInfo *err)
+{
+    return framed<x_qbobj_getVolumeScheduleCollection>("qbobj_getVolumeScheduleCollection", qbdb, db, err, schedules);
+}
+
+uint32_t qbobj_addVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_addVolumeSchedule>("qbobj_addVolumeSchedule", qbdb, db, err, schedule);
+}
+
+uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_updateVolumeSchedule>("qbobj_updateVolumeSchedule", qbdb, db, err, schedule);
+}
+
+uint32_t qbobj_deleteVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSchedule *schedule, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteVolumeSchedule>("qbobj_deleteVolumeSchedule", qbdb, db, err, schedule);
+}
 
 // ---- Snapshots, clones, subvolumes
 
@@ -892,8 +989,33 @@ uint32_t qbobj_setBackupButtonJobCollection(qbdb_t *qbdb, sqlite3 *db, BackupBut
 
 // ---- UPS configuration
 
-#include "services/services.h"
-#include "storage/iscsi.h"
-#include "storage/volumes.h"
-#include "system/workers.h"
+uint32_t qbobj_getUpsConfigCollection(qbdb_t *qbdb, sqlite3 *db, UpsConfigCollection *ups, ErrorInfo *err)
+{
+    return framed<x_qbobj_getUpsConfigCollection>("qbobj_getUpsConfigCollection", qbdb, db, err, ups);
+}
+
+uint32_t qbobj_getUpsConfigByNameAtHost(qbdb_t *qbdb, sqlite3 *db, const char *resourceId, UpsConfig *ups,
+                                        ErrorInfo *err)
+{
+    return framed<x_qbobj_getUpsConfigByNameAtHost>("qbobj_getUpsConfigByNameAtHost", qbdb, db, err, resourceId, ups);
+}
+
+uint32_t qbobj_addUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err)
+{
+    return framed<x_qbobj_addUpsConfig>("qbobj_addUpsConfig", qbdb, db, err, ups);
+}
+
+uint32_t qbobj_deleteUpsConfig(qbdb_t *qbdb, sqlite3 *db, const char *resourceId, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteUpsConfig>("qbobj_deleteUpsConfig", qbdb, db, err, resourceId);
+}
+
+uint32_t qbobj_setUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err)
+{
+    return framed<x_qbobj_setUpsConfig>("qbobj_setUpsConfig", qbdb, db, err, ups);
+}
+
+uint32_t qbobj_setUpsInfo(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *err)
+{
+    return framed<x_qbobj_setUpsInfo>("qbobj_setUpsInfo", qbdb, db, err, ups);
 }
