@@ -408,7 +408,7 @@ QBOBJ_API uint32_t qbobj_setCofferSettings(qbdb_t *qbdb, sqlite3 *db, Coffer *co
  * @param qbdb Handle.
  * @param db   Connection.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure.
+ * @return 0; 2 no memory; 5 database failure.
  */
 QBOBJ_API uint32_t qbobj_cleanCofferSettings(qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err);
 

@@ -72,12 +72,6 @@ uint32_t switch_off(CallContext *ctx, sqlite3 *db)
     return remove_allowance(ctx, db);
 }
 
-uint32_t announce(CallContext *ctx, sqlite3 *db, int32_t enable)
-{
-    return execute(ctx, db, "UPDATE service_avahi SET timemachine=%d", enable)
-        .or_report(ctx, "Failed DB Query for 'UPDATE service_avahi'. %s");
-}
-
 }  // namespace
 
 uint32_t x_qbobj_setTimemachine(CallContext *ctx, sqlite3 *db, Timemachine *tm)
@@ -91,12 +85,14 @@ uint32_t x_qbobj_setTimemachineEnable(CallContext *ctx, sqlite3 *db, int32_t ena
     if (!enable) {
         TRY(lock_account(ctx, db));
         TRY(remove_allowance(ctx, db));
-        return announce(ctx, db, 0);
+        return execute(ctx, db, "UPDATE service_avahi SET timemachine=0")
+            .or_report(ctx, "Failed DB Query for 'UPDATE service_avahi'. %s");
     }
     TRY(unlock_account(ctx, db));
     // AFP can be switched on by hand as well: that it was not is no reason to keep the target off.
     static_cast<void>(execute(ctx, db, "UPDATE service_afp SET enabled=1"));
-    return announce(ctx, db, 1);
+    return execute(ctx, db, "UPDATE service_avahi SET timemachine=1")
+        .or_report(ctx, "Failed DB Query for 'UPDATE service_avahi'. %s");
 }
 
 }  // namespace qb
