@@ -381,7 +381,7 @@ QBOBJ_API uint32_t qbobj_deleteVolume(qbdb_t *qbdb, sqlite3 *db, const char *vol
  * @param db    Connection.
  * @param disks Out: as there.
  * @param err   Out: error record, not null.
- * @return As there.
+ * @return As qbobj_getDiskCollectionForController() does.
  */
 QBOBJ_API uint32_t qbobj_getDiskCollection(qbdb_t *qbdb, sqlite3 *db, DiskCollection *disks, ErrorInfo *err);
 
@@ -428,7 +428,7 @@ QBOBJ_API uint32_t qbobj_getDiskEnclosurePort(qbdb_t *qbdb, sqlite3 *db, int32_t
  * here.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param disk In: DevName. Out: the disk; left alone when there is none of that name in exactly one slot.
+ * @param disk In: DevName. Out: the disk; left alone when not exactly one slot has that name. Not to be null.
  * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
  * @return 0, also when there is no such disk; 2 no memory; 5 database failure.
  */
@@ -438,7 +438,7 @@ QBOBJ_API uint32_t qbobj_getDiskByDevname(qbdb_t *qbdb, sqlite3 *db, Disk *disk,
  * Notes whether a spare stands in for a disk.
  * @param qbdb    Handle.
  * @param db      Connection.
- * @param devname Device name of the disk. When there is no such disk nothing happens.
+ * @param devname Device name of the disk, not null. When there is no such disk nothing happens.
  * @param flag    1 when a spare stands in for it, else 0.
  * @param err     Out: error record, not null. Without a name it has code 8, and the call returns 0 all the same.
  * @return 0; 5 database failure.
@@ -463,9 +463,9 @@ QBOBJ_API uint32_t qbobj_getDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff **diff,
  * Finds the disk that sat in the bay of a difference.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param diff Controller and Channel name the bay.
+ * @param diff Controller and Channel name the bay. Not to be null.
  * @param disk Out: the first absent disk of the bay that can be read, as qbobj_getDiskByDevname fills it. DevName is
- *             the last one tried; the record is left alone when no disk is absent there.
+ *             the last one tried; the record is left alone when no disk is absent there. Not to be null.
  * @param err  Out: error record, not null. Without a record it has code 8, after a failed look-up code 5, and the call
  *             returns 0 all the same.
  * @return 0; 2 no memory; 5 database failure.
@@ -476,7 +476,7 @@ QBOBJ_API uint32_t qbobj_getDiskByDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff *
  * Removes a disk from the inventory.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param disk DevName names the disk. When there is no such disk nothing happens.
+ * @param disk DevName names the disk, not null. When there is no such disk nothing happens.
  * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
  * @return 0; 5 database failure.
  */
@@ -530,7 +530,7 @@ QBOBJ_API uint32_t qbobj_getVolumeScheduleCollection(qbdb_t *qbdb, sqlite3 *db, 
  * Adds a job.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param schedule The job with its Interval. Nothing of it is checked but the number, and number 0 is always free.
+ * @param schedule The job with its Interval, not null. Only the number is checked, and number 0 is always free.
  * @param err      Out: error record, not null.
  * @return 0; 5 database failure, no Interval, or a JobID in use.
  */
@@ -540,7 +540,7 @@ QBOBJ_API uint32_t qbobj_addVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSche
  * Changes when a job runs and what it does. Its volume stays as it is.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param schedule JobID names the job; Enabled, Action and Interval are the new values. When there is no such job
+ * @param schedule JobID names the job; Enabled, Action, Interval (not null) are the new values. Without such a job
  *                 nothing happens.
  * @param err      Out: error record, not null.
  * @return 0; 5 database failure, or no Interval.
@@ -551,7 +551,7 @@ QBOBJ_API uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeS
  * Deletes a job, or all jobs of a volume.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param schedule JobID names the job; -1 together with a VolumeName stands for all jobs of that volume. The name is
+ * @param schedule JobID names the job; -1 with a VolumeName that is not null: all jobs of that volume. The name is
  *                 put into the statement as it is: one with a quote in it must not come from outside.
  * @param err      Out: error record, not null.
  * @return 0, also for a volume without jobs; 5 database failure, or no such job.
