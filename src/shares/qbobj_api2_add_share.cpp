@@ -1,5 +1,5 @@
 // Creating shares, and registering the processes and applications that use one.
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "accounts/lookup.h"
 #include "frame/pool.h"
 #include "shares/share_write.h"
@@ -46,10 +46,9 @@ uint32_t check_name_is_free(CallContext *ctx, sqlite3 *db, const char *name)
 
 uint32_t check_given_volume(CallContext *ctx, sqlite3 *db, const char *volume)
 {
-    const int32_t rc = check_volume(ctx, db, volume);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM _volume'. %s", kLookUpFailed);
-    if (rc != kFound) return REPORT(ctx, 8, "Specified VolumeId (%s) is not valid.", volume);
-    return 0;
+    bool found = false;
+    TRY(find_volume(ctx, db, volume, found).or_report(ctx, "Failed DB Query for 'SELECT FROM _volume'. %s"));
+    return found ? 0 : REPORT(ctx, 8, "Specified VolumeId (%s) is not valid.", volume);
 }
 
 uint32_t check_given(CallContext *ctx, sqlite3 *db, const Share *share, const char **type)

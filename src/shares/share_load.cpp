@@ -1,5 +1,5 @@
 // The share loader: one share from a row of the share query, and everything that hangs on it in other tables.
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "frame/list.h"
 #include "frame/read_row.h"
 #include "shares/share_details.h"
@@ -151,10 +151,8 @@ uint32_t read_share_settings(CallContext *ctx, sqlite3 *db, ShareSettings *setti
 
 uint32_t find_share(CallContext *ctx, sqlite3 *db, const char *name, bool *found, int32_t *id)
 {
-    const int32_t rc = check_name_id(ctx, db, NameCheck::share_name, name, id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for 'SELECT share'. %s", kLookUpFailed);
-    *found = rc == kFound;
-    return 0;
+    return find_name(ctx, db, NameCheck::share_name, name, *found, *id)
+        .or_report(ctx, "Failed DB Query for 'SELECT share'. %s");
 }
 
 uint32_t select_share(CallContext *ctx, sqlite3 *db, int32_t share_id, Rows *rows)

@@ -1,5 +1,4 @@
 // Writing access lists: who may do what over a protocol.
-#include "accounts/accounts.h"
 #include "accounts/name_set.h"
 #include "shares/share_write.h"
 #include "validate/validate_db.h"
@@ -130,10 +129,8 @@ uint32_t find_account(const Target &target, const Account &account, bool *found,
     *found = account.id < 0;
     if (account.id == 0 && target.ads) *found = account.id_by_name(ctx->qbdb, target.db, account.name, id) >= 0;
     if (account.id < 1) return 0;
-    const int32_t rc = check_id(ctx, target.db, account.check, account.id);
-    if (rc == kCheckFailed) return REPORT(ctx, 5, "Failed DB Query for 'SELECT %s'. %s", account.kind, kLookUpFailed);
-    *found = rc == kFound;
-    return 0;
+    return find_id(ctx, target.db, account.check, account.id, *found)
+        .or_report(ctx, "Failed DB Query for 'SELECT %s'. %s", account.kind);
 }
 
 uint32_t require_user(const Target &target, const SystemUser *user, int32_t *id)
