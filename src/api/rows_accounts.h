@@ -7,6 +7,13 @@ namespace qb {
 
 inline constexpr const char *kIdmapBackends[] = {"tdb", "rid", nullptr};
 inline constexpr const char *kMapTypes[] = {"uname", nullptr};
+inline constexpr char kNotOfAGroup[] = "OldGroupName IsDomainMember";
+inline constexpr char kMembersPassword[] = "SecondaryMember.Password";
+inline constexpr char kNotOfANewUser[] =
+    "HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember no_invitation";
+inline constexpr char kNotOfAChange[] =
+    "HomeVolumeId HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember no_invitation "
+    "HomeFolderSettings.VisibleSnapFolder";
 inline constexpr char kNotOfAList[] =
     "HomeVolumeId HomeDirectory OldUserName OldHomeDirectory FullName SmbHash SysHash IsDomainMember no_invitation "
     "IsLocked "
@@ -62,16 +69,14 @@ inline constexpr QbobjOperation kAccountsRows[] = {
                  "Always fails: groups are read through the list.", inout("group")),
     QB_OPERATION(getSystemGroup, "groups", kReads, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Reads the name and the POSIX gid of any group by its id.", inout("group")),
-    QB_OPERATION(
-        addGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 804 806",
-        "Creates groups with their quotas and secondary members.",
-        inout("group").or_null().chained().ignores("OldGroupName IsDomainMember").keeps("SecondaryMember.Password")),
+    QB_OPERATION(addGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 804 806",
+                 "Creates groups with their quotas and secondary members.",
+                 inout("group").or_null().chained().ignores(kNotOfAGroup).keeps(kMembersPassword)),
     QB_OPERATION(deleteGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 6 8 822 844",
                  "Removes groups; their names and ids stay taken.", in("group").or_null().chained()),
-    QB_OPERATION(
-        modifyGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 806",
-        "Renames groups, sets their quotas, replaces their secondary members.",
-        in("group").or_null().chained().ignores("OldGroupName IsDomainMember").keeps("SecondaryMember.Password")),
+    QB_OPERATION(modifyGroup, "groups", kChanges, QBOBJ_RETURNS_CODE, "5 8 803 806",
+                 "Renames groups, sets their quotas, replaces their secondary members.",
+                 in("group").or_null().chained().ignores(kNotOfAGroup).keeps(kMembersPassword)),
 
     // ---- passwords, account defaults, security
     QB_OPERATION(getAdminPassword, "passwords", kReads, QBOBJ_RETURNS_CODE, "2 5",
@@ -115,8 +120,7 @@ inline constexpr QbobjOperation kAccountsRows[] = {
     // ---- users, creating
     QB_OPERATION(addUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 802 806 809 834 843 845",
                  "Creates users with their quotas, home folders, Time Machine allowances and aliases.",
-                 inout("user").or_null().chained().ignores(
-                     "HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember no_invitation")),
+                 inout("user").or_null().chained().ignores(kNotOfANewUser)),
     QB_OPERATION(addUserList, "users", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Creates the users of a list that was checked before.",
                  inout("user").or_null().chained().ignores(kNotOfAList)),
@@ -125,15 +129,9 @@ inline constexpr QbobjOperation kAccountsRows[] = {
                  in("existingUsers").or_null(), in("existingGroups").or_null()),
 
     // ---- users, changing and removing
-    QB_OPERATION(
-        modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
-        "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
-        inout("user")
-            .or_null()
-            .chained()
-            .keeps("Password")
-            .ignores("HomeVolumeId HomeDirectory OldUserName OldHomeDirectory FullName SmbHash IsDomainMember "
-                     "no_invitation HomeFolderSettings.VisibleSnapFolder")),
+    QB_OPERATION(modifyUser, "users", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 801 806 809 832 843 845",
+                 "Changes users: name, password, e-mail, group, lock, shell, quotas, home folder, Time Machine, alias.",
+                 inout("user").or_null().chained().ignores(kNotOfAChange).keeps("Password")),
     QB_OPERATION(setPrimaryGroupByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5", "Sets a user's primary group.",
                  in("userName"), in("groupName")),
     QB_OPERATION(disableEnableLocalUserByName, "users", kChanges, QBOBJ_RETURNS_CODE, "5",

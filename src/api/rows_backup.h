@@ -15,11 +15,11 @@ inline constexpr QbobjOperation kBackupRows[] = {
                  "Adds backup jobs, all of them or none.", inout("job").or_null().chained()),
     QB_OPERATION(modifyBackupJob, "backup", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 807 841",
                  "Writes backup jobs anew, all of them or none, and tells which changed.",
-                 inout("job").or_null().chained()),
+                 inout("job").or_null().chained().keeps("Source.Password Destination.Password")),
     QB_OPERATION(deleteBackupJob, "backup", kChanges, QBOBJ_RETURNS_CODE, "5 6 8",
                  "Deletes backup jobs by their ids, all of them or none.", inout("job").or_null().chained()),
-    QB_OPERATION(hasBackupJob, "backup", kReads, QBOBJ_RETURNS_ANSWER, "",
-                 "Tells whether there is a backup job with an id: 1 yes, 0 no.", in("jobId")),
+    QB_OPERATION(hasBackupJob, "backup", kReads, QBOBJ_RETURNS_TRUTH, "",
+                 "Tells whether there is a backup job with an id.", in("jobId")),
 
     // ---- targets
     QB_OPERATION(getBackupTargetCollection, "backup", kReads, QBOBJ_RETURNS_CODE, "2 5",
@@ -31,7 +31,7 @@ inline constexpr QbobjOperation kBackupRows[] = {
     QB_OPERATION(getBackupButtonJobCollection, "backup", kReads, QBOBJ_RETURNS_CODE, "2 5",
                  "Lists the jobs that the backup button starts, in their order.", out("jobs")),
     QB_OPERATION(setBackupButtonJobCollection, "backup", kChanges, QBOBJ_RETURNS_CODE, "5",
-                 "Sets the jobs that the backup button starts.", in("jobs")),
+                 "Sets the jobs that the backup button starts.", in("jobs").ignores("Jobs.JobName")),
 };
 
 }  // namespace qb

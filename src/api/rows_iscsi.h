@@ -15,7 +15,8 @@ inline constexpr QbobjOperation kIscsiRows[] = {
     QB_OPERATION(addLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a LUN group.",
                  in("group").or_null()),
     QB_OPERATION(modifyLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Writes everything but the name of the LUN group of that Name.", in("group").or_null()),
+                 "Writes everything but the name of the LUN group of that Name.",
+                 in("group").or_null().keeps("ChapSecret")),
     QB_OPERATION(deleteLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Deletes a LUN group; its LUNs and its access list stay.", in("name").or_null()),
 
@@ -29,7 +30,8 @@ inline constexpr QbobjOperation kIscsiRows[] = {
     QB_OPERATION(addInitiator, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds an initiator.",
                  in("initiator").or_null()),
     QB_OPERATION(modifyInitiator, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8",
-                 "Writes the CHAP settings of the initiator of that Name.", in("initiator").or_null()),
+                 "Writes the CHAP settings of the initiator of that Name.",
+                 in("initiator").or_null().keeps("ChapSecret")),
     QB_OPERATION(deleteInitiator, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Deletes an initiator; access lists keep its name.", in("name").or_null()),
 

@@ -5,6 +5,9 @@
 
 namespace qb {
 
+inline constexpr char kStoredPassword[] = "Protocol.DaapOptions.password";
+inline constexpr char kUnusedPassword[] = "Protocol.ReplicateOptions.Password";
+
 inline constexpr QbobjOperation kServicesRows[] = {
     // ---- protocol settings
     QB_OPERATION(getProtocolCollection, "protocol settings", kReads, QBOBJ_RETURNS_CODE, "2 5",
@@ -17,7 +20,8 @@ inline constexpr QbobjOperation kServicesRows[] = {
                  "Reads over which protocols home folders are served, and their snapshot policy.", out("options")),
     QB_OPERATION(setProtocolCollection, "protocol settings", kChanges, QBOBJ_RETURNS_CODE,
                  "2 3 5 8 810 812 813 814 816 817 818 821 827 828 829 830",
-                 "Writes the settings of protocols and tells which have changed.", inout("collection")),
+                 "Writes the settings of protocols and tells which have changed.",
+                 inout("collection").keeps(kStoredPassword).ignores(kUnusedPassword)),
     QB_OPERATION(setProtocolEnable, "protocol settings", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Switches one service on or off by its word.", in("name"), in("enabled")),
     QB_OPERATION(setHomeFolderOptions, "protocol settings", kChanges, QBOBJ_RETURNS_CODE, "2 5",
@@ -31,10 +35,9 @@ inline constexpr QbobjOperation kServicesRows[] = {
                  in("tm").keeps("Password")),
     QB_OPERATION(setTimemachineEnable, "time machine", kChanges, QBOBJ_RETURNS_CODE, "2 5",
                  "Switches the shared Time Machine target on or off without other changes.", in("enable")),
-    QB_OPERATION(
-        getTIVOSettings, "tivo", kReads, QBOBJ_RETURNS_CODE, "2 5",
-        "Reads the plan and the folder of the TiVo archiver, and the devices; waits while they are looked for.",
-        inout("tivo")),
+    QB_OPERATION(getTIVOSettings, "tivo", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Reads the plan and the folder of the TiVo archiver, and the devices; waits while they are looked for.",
+                 inout("tivo")),
     QB_OPERATION(setTIVOSettings, "tivo", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Writes the plan and the folder of the TiVo archiver.", in("tivo")),
     QB_OPERATION(setTIVOMak, "tivo", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",

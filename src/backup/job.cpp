@@ -80,9 +80,10 @@ uint32_t check_sides(CallContext *ctx, sqlite3 *db, const BackupJob *job)
 uint32_t check_job_name(CallContext *ctx, sqlite3 *db, const BackupJob *job, int32_t id)
 {
     int32_t taken = 0;
-    if (check_name_id(ctx, db, NameCheck::backup_job, job->JobName, &taken) == kFound && taken != id)
-        return REPORT(ctx, 807, "JobName specified is already exist.");
-    return 0;
+    bool found = false;
+    TRY(find_name(ctx, db, NameCheck::backup_job, job->JobName, found, taken)
+            .or_report(ctx, "Failed DB Query for backup. %s"));
+    return found && taken != id ? REPORT(ctx, 807, "JobName specified is already exist.") : 0;
 }
 
 uint32_t check_timemachine(CallContext *ctx, sqlite3 *db, const BackupJob *job)

@@ -5,6 +5,8 @@
 
 namespace {
 
+/// What a backup job can read or write.
+constexpr const char *kBackupSides[] = {"share", "home", "volume", "remote", "usb", "timemachine", nullptr};
 /// Rights on a share, a file or a folder.
 constexpr const char *kAccess[] = {"ReadWrite", "ReadOnly", "Disabled", nullptr};
 constexpr const char *kFtpModes[] = {"anonymous", "user", nullptr};
@@ -15,6 +17,9 @@ constexpr const char *kMapTypes[] = {"uname", nullptr};
 constexpr const char *kSecurity[] = {"user", "ads", nullptr};
 constexpr const char *kShareTypes[] = {"share", "zvol", "replicate", nullptr};
 constexpr const char *kSync[] = {"standard", "always", "disabled", nullptr};
+constexpr const char *kUpsMibs[] = {
+    "auto",    "mge",     "apcc",     "netvision",  "pw",   "aphel_genesisII", "aphel_revelation",
+    "raritan", "baytech", "cpqpower", "cyberpower", nullptr};
 constexpr const char *kUpsTypes[] = {"local", "remote", "snmp", nullptr};
 
 /// The name of a text field that the type has.
@@ -42,6 +47,8 @@ constexpr struct {
     WORDS(Security, Security, kSecurity),
     WORDS(Security, idmapBackend, kIdmapBackends),
     WORDS(SmbUserNameMap, Type, kMapTypes),
+    // ---- backup
+    WORDS(BackupJob_SourceOrDestination, Type, kBackupSides),
     // ---- services
     WORDS(FtpOptions, AuthMode, kFtpModes),
     // ---- shares
@@ -64,6 +71,7 @@ constexpr struct {
     WORDS(HttpShareOption, DefaultAccess, kAccess),
     // ---- system
     WORDS(LogQuery, severity, kLeastSeverities),
+    WORDS(UpsConfig, SnmpMibs, kUpsMibs),
     WORDS(UpsConfig, Type, kUpsTypes),
 };
 

@@ -1,5 +1,5 @@
 // Writing access lists: who may do what over a protocol.
-#include "accounts/name_set.h"
+#include "frame/name_set.h"
 #include "shares/share_write.h"
 #include "validate/validate_db.h"
 

@@ -17,7 +17,4 @@ Worker<qbobj_setEnclosureHealthForTest> x_qbobj_setEnclosureHealthForTest;
 Worker<qbobj_getUpsHealthCollection> x_qbobj_getUpsHealthCollection;
 Worker<qbobj_setUpsHealth> x_qbobj_setUpsHealth;
 
-/// The key word of what belongs to a controller: "controller-1".
-const char *controller_key(CallContext *ctx, int32_t controller);
-
 }  // namespace qb

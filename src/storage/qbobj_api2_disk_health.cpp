@@ -2,13 +2,9 @@
 #include "frame/list.h"
 #include "frame/read_row.h"
 #include "storage/health.h"
+#include "storage/volumes.h"
 
 namespace qb {
-
-const char *controller_key(CallContext *ctx, int32_t controller)
-{
-    return noted(ctx, apr_psprintf(pool_of(ctx->qbdb), "controller-%d", controller));
-}
 
 uint32_t x_qbobj_getDiskHealthCollection(CallContext *ctx, sqlite3 *db, DiskHealthCollection *health)
 {
@@ -32,7 +28,7 @@ uint32_t x_qbobj_getDiskHealthCollection(CallContext *ctx, sqlite3 *db, DiskHeal
                  disk->Temp, disk->StartStopCnt, disk->PowerOnHrs, disk->PowerCycleCnt, disk->LoadCycleCnt,
                  empty(disk->ZpoolState), disk->ZpoolReadErrorCnt, disk->ZpoolWriteErrorCnt, disk->ZpoolCksumErrorCnt,
                  disk->Controller, disk->Channel);
-        disk->key = controller_key(ctx, disk->Controller);
+        disk->key = enclosure_key(ctx, disk->Controller);
     }
     TRY_MEMORY(ctx);
     List<DiskHealth>(&health->Health).link(read);

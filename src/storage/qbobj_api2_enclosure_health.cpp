@@ -9,6 +9,7 @@
 #include "frame/read_row.h"
 #include "frame/text_file.h"
 #include "storage/health.h"
+#include "storage/volumes.h"
 
 namespace qb {
 namespace {
@@ -123,7 +124,7 @@ uint32_t x_qbobj_getEnclosureHealthCollection(CallContext *ctx, sqlite3 *db, Enc
         TRY_MEMORY(ctx);
         read_row(ctx, rows, i, enclosure->Controller, enclosure->NrCpu, enclosure->NrFan, enclosure->NrPsu,
                  enclosure->NrVolt, empty(enclosure->PortLabel));
-        enclosure->key = controller_key(ctx, enclosure->Controller);
+        enclosure->key = enclosure_key(ctx, enclosure->Controller);
         TRY(read_items(ctx, db, enclosure->Controller, &enclosure->Health));
     }
     List<EnclosureHealth>(&health->Health).link(read);
@@ -136,7 +137,7 @@ uint32_t x_qbobj_getEnclosureHealth(CallContext *ctx, sqlite3 *db, EnclosureHeal
     QB_ASSERT(health);
     EnclosureHealthItem *read = nullptr;
     TRY(read_items(ctx, db, health->Controller, &read));
-    const char *key = controller_key(ctx, health->Controller);
+    const char *key = enclosure_key(ctx, health->Controller);
     TRY_MEMORY(ctx);
     health->key = key;
     List<EnclosureHealthItem>(&health->Health).link(read);

@@ -74,7 +74,9 @@ uint32_t require_initiator_name(CallContext *ctx, const char *name)
 int32_t row_id(CallContext *ctx, sqlite3 *db, NameCheck table, const char *name)
 {
     int32_t id = -1;
-    return check_name_id(ctx, db, table, name, &id) == kFound ? id : -1;
+    bool found = false;
+    if (find_name(ctx, db, table, name, found, id).logged(ctx, "Failed to look up an id. %s\n")) return -1;
+    return found ? id : -1;
 }
 
 }  // namespace

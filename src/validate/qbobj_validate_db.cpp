@@ -48,11 +48,6 @@ Failure look_up(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name,
     return bad;
 }
 
-int32_t answer(const Failure &bad, bool found)
-{
-    return bad ? kCheckFailed : found ? kFound : kNotFound;
-}
-
 }  // namespace
 
 Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found)
@@ -111,46 +106,15 @@ Failure count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t &count)
     return select_int32(ctx, db, count, "SELECT COUNT(*) FROM '$timemachine_quota'");
 }
 
-int32_t check_name(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, const char **found)
-{
-    bool is_there = false;
-    if (!found) {
-        const Failure bad = find_name(ctx, db, check, name, is_there);
-        return answer(bad, is_there);
-    }
-    const Failure bad = find_name(ctx, db, check, name, is_there, *found);
-    // Without memory: not to be taken for an id of 0, which is root's.
-    return is_there && !*found ? kCheckFailed : answer(bad, is_there);
-}
-
-int32_t check_name_id(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, int32_t *id)
-{
-    bool found = false;
-    const Failure bad = find_name(ctx, db, check, name, found, *id);
-    return answer(bad, found);
-}
-
-int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id)
-{
-    bool found = false;
-    const Failure bad = find_id(ctx, db, check, id, found);
-    return answer(bad, found);
-}
-
-int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id)
-{
-    const int32_t rc = check_name(ctx, db, NameCheck::volume_id, volume, id);
-    return rc == kNotFound ? check_name(ctx, db, NameCheck::volume_name, volume, id) : rc;
-}
-
 }  // namespace qb
 
 int32_t qbobj_validate_db_sharename(qbdb_t *qbdb, sqlite3 *db, const char *name, int32_t *id)
 {
     ErrorInfo unused{};
     qb::CallContext ctx{qbdb, &unused};
-    int32_t found = 0;
-    const int32_t rc = qb::check_name_id(&ctx, db, qb::NameCheck::share_name, name, &found);
-    if (id && rc == qb::kFound) *id = found;
-    return rc;
+    bool found = false;
+    int32_t row = 0;
+    const qb::Failure bad = qb::find_name(&ctx, db, qb::NameCheck::share_name, name, found, row);
+    if (id && found) *id = row;
+    return bad ? -1 : !found;
 }

@@ -47,23 +47,4 @@ Failure count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t
 /// Number of Time Machine allowances.
 Failure count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t &count);
 
-/// What every check answers. A failed statement is neither found nor reported: callers that need to know
-/// tell it by its code.
-inline constexpr int32_t kFound = 0;
-inline constexpr int32_t kNotFound = 1;
-inline constexpr int32_t kCheckFailed = -1;
-
-/// Looks a name up. `found` (may be null) receives the column named above, in the call's pool; null when
-/// nothing is found. A null name is not found.
-int32_t check_name(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, const char **found = nullptr);
-
-/// Looks a name up and hands back the id as a number (0 when nothing is found).
-int32_t check_name_id(CallContext *ctx, sqlite3 *db, NameCheck check, const char *name, int32_t *id);
-
-/// Tells whether a row has this id.
-int32_t check_id(CallContext *ctx, sqlite3 *db, IdCheck check, int32_t id);
-
-/// Volume by id, else by name; `id` (may be null) receives the volume's id.
-int32_t check_volume(CallContext *ctx, sqlite3 *db, const char *volume, const char **id = nullptr);
-
 }  // namespace qb
