@@ -114,7 +114,8 @@ QBOBJ_API uint32_t qbobj_getBackupJobCollection(qbdb_t *qbdb, sqlite3 *db, Backu
  * @param job  In: resource_id or JobId. Out: everything as in the list, but for Eject and Ejectable of both sides,
  *             which stay 0; the sub-records are new, the link is left alone.
  * @param err  Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure, or an id below 1; 6 no such job. The record stays as it is on failure.
+ * @return 0; 2 no memory; 5 database failure, or an id that is not positive; 6 no such job. The record stays as it is on
+ *         failure.
  */
 QBOBJ_API uint32_t qbobj_getBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err);
 
@@ -142,7 +143,7 @@ QBOBJ_API uint32_t qbobj_addBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job,
  * @param job  The list; null changes nothing. In: everything, with resource_id or JobId. Out: Changed, and Enabled when
  *             it was changed; the records before a failing one keep what they were given.
  * @param err  Out: error record, not null.
- * @return 0; 2 no memory; 5 database failure, an id below 1, or a Start after the End; 8, 807, 841 as in adding.
+ * @return 0; 2 no memory; 5 database failure, an id that is not positive, or a Start after the End; 8, 807, 841 as in adding.
  */
 QBOBJ_API uint32_t qbobj_modifyBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err);
 
@@ -153,7 +154,7 @@ QBOBJ_API uint32_t qbobj_modifyBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *j
  * @param job  The list; null deletes nothing. In: resource_id or JobId. Out: JobName where it is null; the records
  *             before a failing one keep what they were given.
  * @param err  Out: error record, not null.
- * @return 0; 5 database failure; 6 no such job; 8 an id below 1.
+ * @return 0; 5 database failure; 6 no such job; 8 an id that is not positive.
  */
 QBOBJ_API uint32_t qbobj_deleteBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job, ErrorInfo *err);
 

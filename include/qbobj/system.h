@@ -255,7 +255,7 @@ QBOBJ_API uint32_t qbobj_addUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups,
  * Deletes a power supply unit. Deleting a local one also stops sharing it with other machines.
  * @param qbdb       Handle.
  * @param db         Connection.
- * @param resourceId Its resource id, "name@host"; null is refused with 8.
+ * @param resourceId Its resource id: the name, an at sign, the host. Null is refused with 8.
  * @param err        Out: error record, not null.
  * @return 0; 5 database failure; 8 no resource id, or no such unit.
  */

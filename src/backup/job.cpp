@@ -81,9 +81,9 @@ uint32_t check_job_name(CallContext *ctx, sqlite3 *db, const BackupJob *job, int
 {
     int32_t taken = 0;
     bool found = false;
-    TRY(find_name(ctx, db, NameCheck::backup_job, job->JobName, found, taken)
-            .or_report(ctx, "Failed DB Query for backup. %s"));
-    return found && taken != id ? REPORT(ctx, 807, "JobName specified is already exist.") : 0;
+    // A look-up that fails counts as not found.
+    if (find_name(ctx, db, NameCheck::backup_job, job->JobName, found, taken) || !found || taken == id) return 0;
+    return REPORT(ctx, 807, "JobName specified is already exist.");
 }
 
 uint32_t check_timemachine(CallContext *ctx, sqlite3 *db, const BackupJob *job)

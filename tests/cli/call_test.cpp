@@ -58,7 +58,7 @@ QbobjOperation operation(std::vector<QbobjArgument> arguments, QbobjReturn retur
 }
 
 struct Calls : test::Program {
-    DatabaseOptions options{path, false, 30, 0};
+    DatabaseOptions options{.path = path, .timeout_ms = 30, .root = ""};
     StandardInput input;
     std::string warning;
 

@@ -187,7 +187,8 @@ TEST_F(Trace, AFailedWorkerLeavesOutTheDumpAfter)
     ASSERT_EQ(get(nullptr), 5u);
     EXPECT_THAT(texts(log),
                 ElementsAre(">>>> qbobj_getLog()", "LogQuery = {", "  obj=NULL", "}",
-                            "Failed DB Query for 'SELECT $log'. no luck", "<<<< qbobj_getLog() ==> rc=5 (0ms)"));
+                            "Failed DB Query for 'SELECT $log'. no luck", "x_qbobj_getLog() rc=5 nrow=0",
+                            "<<<< qbobj_getLog() ==> rc=5 (0ms)"));
 }
 
 TEST_F(Trace, AnIdIsTracedAsASignedNumber)
