@@ -1,5 +1,5 @@
 // Creating shares, and registering the processes and applications that use one.
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "accounts/lookup.h"
 #include "frame/pool.h"
 #include "shares/share_write.h"

@@ -201,8 +201,10 @@ uint32_t x_qbobj_getSimpleShareCollection(CallContext *ctx, sqlite3 *db, SimpleS
 
 int32_t x_qbobj_getShareId(CallContext *ctx, sqlite3 *db, const char *shareName)
 {
+    bool found = false;
     int32_t id = 0;
-    return check_name_id(ctx, db, NameCheck::share_name, shareName, &id) == kFound ? id : kNoId;
+    const Failure bad = find_name(ctx, db, NameCheck::share_name, shareName, found, id);
+    return !bad.logged(ctx, "Failed DB Query for 'SELECT share'. %s\n") && found ? id : kNoId;
 }
 
 uint32_t x_qbobj_getUsedByOn(CallContext *ctx, sqlite3 *db, const char *name, UsedBy **usedby)

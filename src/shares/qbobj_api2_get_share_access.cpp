@@ -194,14 +194,18 @@ int32_t find_share_by_name(CallContext *ctx, sqlite3 *db, const char *name)
         LOG_FAILURE(ctx, "Share name '%s' is invalid.", name);
         return kBadShareName;
     }
+    bool found = false;
     int32_t id = 0;
-    return check_name_id(ctx, db, NameCheck::share_name, name, &id) == kFound ? id : kNoShare;
+    const Failure bad = find_name(ctx, db, NameCheck::share_name, name, found, id);
+    return !bad.logged(ctx, "Failed DB Query for 'SELECT share'. %s\n") && found ? id : kNoShare;
 }
 
 int32_t find_share_by_path(CallContext *ctx, sqlite3 *db, const char *path)
 {
+    bool found = false;
     int32_t id = 0;
-    if (check_name_id(ctx, db, NameCheck::share_of_path, path, &id) == kFound) return id;
+    const Failure bad = find_name(ctx, db, NameCheck::share_of_path, path, found, id);
+    if (!bad.logged(ctx, "Failed DB Query for 'SELECT share'. %s\n") && found) return id;
     TRACE(ctx, "Path '%s' is not in share.", path);
     return kNoShare;
 }

@@ -1,5 +1,5 @@
 // The share loader: one share from a row of the share query, and everything that hangs on it in other tables.
-#include "accounts/accounts.h"
+#include "accounts/directory_mode.h"
 #include "frame/list.h"
 #include "frame/read_row.h"
 #include "shares/share_details.h"

@@ -1,5 +1,4 @@
 // Writing access lists: who may do what over a protocol.
-#include "accounts/accounts.h"
 #include "frame/name_set.h"
 #include "shares/share_write.h"
 #include "validate/validate_db.h"

@@ -173,8 +173,7 @@ TEST_F(OneShare, WhatNamesNone)
         EXPECT_EQ(share.ShareId, each.id);
     }
     fail_statement(1, 1, "injected", "SELECT id FROM share WHERE name=");
-    expect_failure(5, "Failed DB Query for 'SELECT share'. Look-up failed.",
-                   [&] { return read(nullptr, nullptr, "media"); });
+    expect_failure(5, "Failed DB Query for 'SELECT share'. injected", [&] { return read(nullptr, nullptr, "media"); });
 }
 
 TEST_F(OneShare, AChainIsReadInTurn)
@@ -235,7 +234,7 @@ TEST_F(OneShare, SnapshotSchedule)
     expect_failure(6, "Share name ((null)) may be invalid.",
                    [&] { return qbobj_getShareSnapshotSchedule(qbdb, db, nullptr, &schedule, &err); });
     fail_statement(1);
-    expect_failure(5, "Failed DB Query for 'SELECT share'. Look-up failed.",
+    expect_failure(5, "Failed DB Query for 'SELECT share'. injected",
                    [&] { return qbobj_getShareSnapshotSchedule(qbdb, db, "media", &schedule, &err); });
     EXPECT_STREQ(schedule.Hour, "kept");
 }
