@@ -96,7 +96,7 @@ TEST_F(Completion, BashCompletes)
 {
     ASSERT_EQ(test::run_command({"/bin/bash", "-n", script}).status, 0);
     EXPECT_THAT(complete(" trunc"), ElementsAre("truncateLog"));
-    EXPECT_THAT(complete(" -d x getL"), ElementsAre("getLog"));
+    EXPECT_THAT(complete(" -d x getLo"), ElementsAre("getLog"));
     EXPECT_THAT(complete(" addLog time=5 se"), ElementsAre("severity="));
     EXPECT_THAT(complete(" addLog time=5 "), UnorderedElementsAre("severity=", "category=", "msgTag=", "argsXml="));
     EXPECT_THAT(complete(" addLog time=5"), IsEmpty()) << "values are the caller's";
