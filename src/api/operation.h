@@ -21,6 +21,15 @@ struct ArgumentName {
     const char *ignored = nullptr;
     const char *kept = nullptr;
 
+    /// The same with one thing more known. It stands first because a compiler may want it defined before it is called.
+    template <class T>
+    constexpr ArgumentName with(T ArgumentName::*member, std::type_identity_t<T> value) const
+    {
+        ArgumentName changed = *this;
+        changed.*member = value;
+        return changed;
+    }
+
     /// The argument may be null.
     constexpr ArgumentName or_null() const { return with(&ArgumentName::optional, true); }
     /// The operation walks the chain of records, not only the first.
@@ -32,14 +41,6 @@ struct ArgumentName {
     /// Secrets in which the mask means that the stored value stays.
     constexpr ArgumentName keeps(const char *fields) const { return with(&ArgumentName::kept, fields); }
 
-private:
-    template <class T>
-    constexpr ArgumentName with(T ArgumentName::*member, std::type_identity_t<T> value) const
-    {
-        ArgumentName changed = *this;
-        changed.*member = value;
-        return changed;
-    }
 };
 
 constexpr ArgumentName in(const char *name)

@@ -240,6 +240,7 @@ uint32_t x_qbobj_addUpsConfig(CallContext *ctx, sqlite3 *db, UpsConfig *ups)
     TRY(check_unit_name(ctx, ups->Name));
     const UpsType *type = nullptr;
     TRY(require_type(ctx, ups->Type, &type));
+    QB_ASSERT(type);
     if (type->has_address && check_ipv4(ups->Port))
         return REPORT(ctx, 8, "Invalid Port (%s), must be IPv4 address.", ups->Port);
     TRY(check_room(ctx, db));
@@ -263,6 +264,7 @@ uint32_t x_qbobj_setUpsConfig(CallContext *ctx, sqlite3 *db, UpsConfig *ups)
     TRY(check_unit_name(ctx, ups->Name));
     const UpsType *type = nullptr;
     TRY(require_type(ctx, stored, &type));
+    QB_ASSERT(type);
     TRY(type->check(ctx, ups));
     return type->update(ctx, db, ups);
 }

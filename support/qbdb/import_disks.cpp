@@ -214,7 +214,7 @@ bool read_disk(int block, const char *name, FoundDisk *disk)
     char path[PATH_MAX] = "";
     if (readlinkat(block, name, path, sizeof path - 1) < 0) return false;
     *disk = {};
-    strcpy(disk->name, name);
+    memcpy(disk->name, name, strlen(name) + 1);
     const Attachment &attachment = attachment_of(path);
     disk->transport = read_model(device.fd, disk) ? "sata" : attachment.transport;
     disk->bay = bay_of(attachment, path);

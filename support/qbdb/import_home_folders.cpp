@@ -241,8 +241,8 @@ struct Homes {
     Homes(const Homes &) = delete;
     Homes &operator=(const Homes &) = delete;
     ~Homes() { sqlite3_free_table(cells); }
-    int32_t id(int i) const { return static_cast<int32_t>(strtol(cells[(i + 1) * columns], nullptr, 10)); }
-    const char *path(int i) const { return cells[(i + 1) * columns + 1]; }
+    int32_t id(int i) const { return static_cast<int32_t>(strtol(cells[ptrdiff_t{i + 1} * columns], nullptr, 10)); }
+    const char *path(int i) const { return cells[ptrdiff_t{i + 1} * columns + 1]; }
     /// The number of a user's row; 0 when there is none.
     int index_of(int32_t user) const
     {

@@ -222,15 +222,16 @@ int make_file(const Opening &opening)
 /// The name that makes SQLite open the file as one that nobody changes; null without memory.
 const char *immutable_name(apr_pool_t *pool, const char *path)
 {
+    static constexpr char kImmutable[] = "?immutable=1";
     const char *start = *path == '/' ? "file://" : "file:./";
-    auto *name = static_cast<char *>(apr_palloc(pool, strlen(start) + 3 * strlen(path) + sizeof "?immutable=1"));
+    auto *name = static_cast<char *>(apr_palloc(pool, strlen(start) + 3 * strlen(path) + sizeof kImmutable));
     if (!name) return nullptr;
     char *at = stpcpy(name, start);
     for (; *path; path++) {
         if (strchr("%?#", *path)) at += sprintf(at, "%%%02X", static_cast<unsigned char>(*path));
         else *at++ = *path;
     }
-    strcpy(at, "?immutable=1");
+    memcpy(at, kImmutable, sizeof kImmutable);
     return name;
 }
 

@@ -204,7 +204,7 @@ std::vector<std::pair<Status, std::string>> exit_statuses(const QbobjOperation &
 {
     const bool answers = operation.returns == QBOBJ_RETURNS_ANSWER || operation.returns == QBOBJ_RETURNS_TRUTH;
     const bool finds = operation.returns == QBOBJ_RETURNS_FOUND || operation.returns == QBOBJ_RETURNS_ID;
-    const auto with_codes = [&](Status status, std::string words) {
+    const auto with_codes = [&](Status status, const std::string &words) {
         std::string codes;
         for (const uint32_t code : codes_of(operation))
             if (status_of(code) == status) codes += (codes.empty() ? "" : ", ") + std::to_string(code);
