@@ -50,7 +50,7 @@ inline constexpr Trial kServicesTrials[] = {
         {"key":"smartnetwork","Enabled":1}, {"key":"upnpd","Enabled":1}, {"key":"rsync","Enabled":1},
         {"key":"dlna","Enabled":1,"DlnaOptions":{"AutoScan":1}},
         {"key":"http","Enabled":1,"HttpOptions":{"ShareName":"media"}},
-        {"key":"https","HttpsOptions":{"Port":1024,"SslKeyHost":"nas.example.com"}},
+        {"key":"https","HttpsOptions":{"SslKeyHost":"nas.example.com"}},
         {"key":"bonjour","Enabled":1,"BonjourOptions":{"AfpEnabled":1}},
         {"key":"anti-virus","Enabled":1}, {"key":"skyloft","Enabled":1}]}})"},
     {"setProtocolEnable", "afp", R"({"name":"afp","enabled":1})"},
