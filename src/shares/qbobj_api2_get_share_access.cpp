@@ -224,12 +224,13 @@ const char *access_word(CallContext *ctx, sqlite3 *db, int32_t share_id, int32_t
 uint32_t answer_access(CallContext *ctx, sqlite3 *db, const char *user_name, const char *share_or_path,
                        int32_t (*find_share)(CallContext *, sqlite3 *, const char *), const char **access)
 {
-    *access = kDisabled;
     int32_t ads = 0;
     int32_t user_id = kNoId;
     const bool known = find_ads_mode(ctx, db, &ads) && find_user_id(ctx, db, ads, user_name, &user_id);
     const int32_t share_id = find_share(ctx, db, share_or_path);
-    if (known && share_id >= 0) *access = access_word(ctx, db, share_id, user_id);
+    const char *word = known && share_id >= 0 ? access_word(ctx, db, share_id, user_id) : kDisabled;
+    TRY_MEMORY(ctx);
+    *access = word;
     return 0;
 }
 

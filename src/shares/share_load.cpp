@@ -218,12 +218,15 @@ uint32_t read_used_by(CallContext *ctx, sqlite3 *db, const char *zfs_name, UsedB
 
 uint32_t append_used_by(CallContext *ctx, const Rows &rows, UsedBy **head)
 {
-    List<UsedBy> list(head);
+    UsedBy *read = nullptr;
+    List<UsedBy> list(&read);
     for (int i = 0; i < rows.count; i++) {
         UsedBy *used_by = list.append(ctx);
         TRY_MEMORY(ctx);
         read_row(ctx, rows, i, used_by->AppName, used_by->AppData);
     }
+    TRY_MEMORY(ctx);
+    List<UsedBy>(head).link(read);
     return 0;
 }
 

@@ -560,7 +560,7 @@ TEST_P(InputOutput, EachFails)
     }
     for (const auto &[what, times] : odd)
         if (std::none_of(family.odd_answers.begin(), family.odd_answers.end(),
-                         [&](const Exempt &row) { return what == row.what; }))
+                         [&](const Exempt &row) { return what.starts_with(row.what); }))
             ADD_FAILURE() << what << " (" << times << " times)";
 }
 

@@ -44,7 +44,7 @@ struct Family {
     std::span<const Exempt> silent{};
     /// Operations that report a failure and succeed all the same.
     std::span<const Exempt> goes_on{};
-    /// Answers that do not tell of a failed request for a file in the usual words, as that test prints them.
+    /// How answers begin that do not tell of a failed request for a file in the usual words, as that test prints them.
     std::span<const Exempt> odd_answers{};
     std::span<const MemoryException> memory_exceptions{};
 };

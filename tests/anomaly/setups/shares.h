@@ -54,6 +54,18 @@ inline constexpr Exempt kSharesLeftOutputs[] = {
     {"addShare", "the records before the failing one keep what they were given"},
 };
 
+inline constexpr Exempt kSharesOddAnswers[] = {
+    {"addShare (directory mode): fails with 8 \"Cannot get ", "whatever keeps the guest from being found is told so"},
+    {"addShare (everything): fails with 8 \"Cannot get ", "whatever keeps the guest from being found is told so"},
+    {"addShare (two, one with a path): fails with 8 \"Cannot get ",
+     "whatever keeps the guest from being found is told so"},
+    {"getAccessibleShareCollection (cifs, user): fails with ", "whatever keeps the user from being found is told so"},
+    {"getAccessibleShareCollection (http, user): fails with ", "whatever keeps the user from being found is told so"},
+    {"getAccessibleShareCollection (http, nobody): fails with 2 ", "a check that fails is told as one"},
+    {"getPathAccess: succeeds with other results 0", "what the database does not say is not allowed"},
+    {"getShareAccess: succeeds with other results 0", "what the database does not say is not allowed"},
+};
+
 inline constexpr Trial kSharesTrials[] = {
     {"getShareCollection", "", "{}"},
     {"getSimpleShareCollection", "", "{}"},
