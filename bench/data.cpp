@@ -1,5 +1,7 @@
 #include "data.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -69,6 +71,9 @@ void fill_shares(sqlite3 *db, const std::string &folder, int count)
         run_on(db, "INSERT INTO " + table + " SELECT " + values + from);
     };
     run_on(db, "UPDATE share SET type='subvolume'");
+    // The owner of the folders is an account of the appliance, so that nobody asks the name service for it.
+    run_on(db, "INSERT OR IGNORE INTO `$user` (id,uname) VALUES(" + std::to_string(getuid()) + ",'keeper')");
+    run_on(db, "INSERT OR IGNORE INTO `$group` (id,gname) VALUES(" + std::to_string(getgid()) + ",'keeper')");
     each(
         "share (id,name,zfs_name,type,comment,path,volume_id,user_id,group_id,user_access,group_access,"
         "everyone_access,non_owner_delete)",

@@ -706,6 +706,7 @@ void check_result(const QbobjOperation &operation, uint32_t rc, const ErrorInfo 
             break;
         case QBOBJ_RETURNS_FOUND: require(rc == 0 || rc == kNone, "neither found nor not found"); break;
         case QBOBJ_RETURNS_ANSWER: require(rc <= 2 || rc == kNone, "no answer"); break;
+        case QBOBJ_RETURNS_TRUTH: require(rc <= 1, "neither true nor false"); break;
         case QBOBJ_RETURNS_COUNT: require(rc == kNone || rc <= INT32_MAX, "no count"); break;
         case QBOBJ_RETURNS_ID: break;
     }
