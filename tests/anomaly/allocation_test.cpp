@@ -150,7 +150,7 @@ struct Allocations : Anomaly, testing::WithParamInterface<std::tuple<const Famil
     void check(const Trial &trial, const Outcome &outcome, const Outcome &reference)
     {
         const QbobjOperation &operation = operation_of(trial);
-        if (outcome.rc == reference.rc && outcome.code == reference.code) {
+        if (outcome.rc == reference.rc && outcome.code == reference.code && outcome.message == reference.message) {
             EXPECT_EQ(outcome.outputs, reference.outputs);
             EXPECT_TRUE(outcome.stored == reference.stored) << "stores something else";
             return;
@@ -160,7 +160,7 @@ struct Allocations : Anomaly, testing::WithParamInterface<std::tuple<const Famil
         if (outcome.statements.size() <= 1 && outcome.rc == SQLITE_NOMEM) {
             EXPECT_EQ(outcome.code, 0u) << "it could not begin";
         } else if (operation.returns != QBOBJ_RETURNS_CODE) {
-            EXPECT_EQ(outcome.rc, 0xFFFFFFFF);
+            EXPECT_EQ(outcome.rc, operation.returns == QBOBJ_RETURNS_TRUTH ? 0 : 0xFFFFFFFF);
             EXPECT_EQ(outcome.code, 0u) << outcome.message;
         } else {
             EXPECT_TRUE(outcome.rc == 2 || outcome.rc == 5) << outcome.rc << " " << outcome.message;
