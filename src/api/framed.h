@@ -12,15 +12,17 @@ namespace qb::api {
 inline void operation_without_row() {}
 
 /// Name and source position of an exported operation, and what its row says of it.
-struct Exported : Site {
+struct Exported {
+    Site site;
+
     template <size_t N>
     consteval Exported(const char (&name)[N], const char *f = __builtin_FILE(), uint32_t l = __builtin_LINE())
-        : Site(name, f, l)
+        : site(name, f, l)
     {
         for (const QbobjOperation &row : kOperations) {
             if (!row.name) operation_without_row();
             if (!row.name || std::string_view(row.name) != name) continue;
-            access = row.changes ? Access::changes : Access::reads;
+            site.access = row.changes ? Access::changes : Access::reads;
             return;
         }
     }
@@ -30,7 +32,7 @@ struct Exported : Site {
 template <auto Worker, class... Args>
 uint32_t framed(Exported operation, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args... args)
 {
-    return run_framed<Worker>(operation, qbdb, db, err, args...);
+    return run_framed<Worker>(operation.site, qbdb, db, err, args...);
 }
 
 }  // namespace qb::api

@@ -5,6 +5,9 @@
 
 namespace qb {
 
+inline constexpr char kNotTold[] =
+    "Port Type Enabled Name Description Share_enabled List1 SnmpCommunity SnmpMibs RemoteUserName RemotePassword";
+
 inline constexpr QbobjOperation kUpsRows[] = {
     QB_OPERATION(getUpsConfigCollection, "power supplies", kReads, QBOBJ_RETURNS_CODE, "2 5",
                  "Lists the power supply units with their last status.", out("ups")),
@@ -19,8 +22,7 @@ inline constexpr QbobjOperation kUpsRows[] = {
                  "Changes the configuration of the power supply: the values are written to every unit.",
                  in("ups").ignores("Port UpsModel UpsMfr UpsMfrDate UpsSerial")),
     QB_OPERATION(setUpsInfo, "power supplies", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
-                 "Stores what a power supply unit tells of itself.",
-                 in("ups").ignores("Enabled Name Description Share_enabled List1")),
+                 "Stores what a power supply unit tells of itself.", in("ups").ignores(kNotTold)),
 };
 
 }  // namespace qb

@@ -18,7 +18,7 @@ struct JoinedText {
     const char *separator;
     size_t size = 0;
     bool dropped = false;
-    char text[N] = "";
+    char text[N] = {};
 
     JoinedText(CallContext *context, const char *join) : ctx(context), separator(join) {}
     JoinedText(const JoinedText &) = delete;
