@@ -52,7 +52,7 @@ uint32_t write_reading(CallContext *ctx, sqlite3 *db, int32_t controller, const 
         .or_report(ctx, 8, "Fail 'UPDATE _enclousre_health. %s");
 }
 
-constexpr off_t kMostReadings = 1024 * 1024;  // bytes
+constexpr off_t kMostReadings = off_t{1024} * 1024;  // bytes
 
 /// Opens the caller's file. Null with errno set when it is no file of sensible size.
 TextFile open_readings(const char *path)

@@ -176,7 +176,7 @@ void Call::fail(uint32_t rc, const ErrorInfo &err, const std::string &message, S
 {
     Failure failure(message, short_name(operation_), rc == kMinusOne ? -1 : static_cast<int64_t>(rc), err, status);
     failure.says_null = says_null_;
-    throw failure;
+    throw Failure(failure);
 }
 
 Json Call::argument_to_json(size_t index, bool secrets) const

@@ -157,7 +157,7 @@ std::string in_our_words(const CLI::App &app, const CLI::ParseError &error)
 {
     const auto commands = app.get_subcommands();
     const std::string command = commands.empty() ? "" : commands.front()->get_name();
-    const std::string text = error.what();
+    std::string text = error.what();
     const std::string name = text.substr(0, text.find_first_of(": "));
     if (dynamic_cast<const CLI::RequiredError *>(&error))
         return command + ": the " + name + " is missing; \"qbobj help " + command + "\" says how it is called";
