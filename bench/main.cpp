@@ -284,7 +284,7 @@ struct SnapshotChain {
     SnapshotChain(int count, int of_shares) : shares(static_cast<size_t>(count)), snapshots(static_cast<size_t>(count))
     {
         for (size_t i = 0; i < snapshots.size(); i++) {
-            char name[16];
+            char name[32];
             snprintf(name, sizeof name, "share%04d", static_cast<int>(i) % of_shares);
             shares[i] = name;
             snapshots[i] = {i + 1 < snapshots.size() ? &snapshots[i + 1] : nullptr,

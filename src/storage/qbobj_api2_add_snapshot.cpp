@@ -8,15 +8,16 @@ namespace qb {
 uint32_t require_share(CallContext *ctx, sqlite3 *db, const char *name, SharePlace &place)
 {
     bool found = false;
-    TRY(find_name(ctx, db, NameCheck::share_name, name, found, place.share_id).or_report(ctx, "Error in DB query."));
-    return found ? 0 : REPORT(ctx, 8, "Specified ShareName(%s) is not exist.", name);
+    // Here and below a look-up that fails is told as one that found nothing.
+    if (!find_name(ctx, db, NameCheck::share_name, name, found, place.share_id) && found) return 0;
+    return REPORT(ctx, 8, "Specified ShareName(%s) is not exist.", name);
 }
 
 uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *name, SharePlace &place)
 {
     bool found = false;
-    TRY(find_name(ctx, db, NameCheck::volume_name, name, found, place.volume_id).or_report(ctx, "Error in DB query."));
-    return found ? 0 : REPORT(ctx, 8, "Specified VolumeName(%s) is not exist.", name);
+    if (!find_name(ctx, db, NameCheck::volume_name, name, found, place.volume_id) && found) return 0;
+    return REPORT(ctx, 8, "Specified VolumeName(%s) is not exist.", name);
 }
 
 uint32_t require_share_on_volume(CallContext *ctx, sqlite3 *db, const SharePlace &place, const char *share_name,

@@ -354,6 +354,7 @@ int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb
         qbdb_close(handle);
         return rc;
     }
+    if (text && size) *text = '\0';  // what a first attempt said of a file that then opened
     *qbdb = handle;
     *db = handle->internal->db;
     return SQLITE_OK;

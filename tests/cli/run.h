@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -53,6 +54,7 @@ inline Result run_command(const std::vector<std::string> &words, const std::stri
     int pipes[3][2];
     for (auto &ends : pipes)
         if (pipe2(ends, O_CLOEXEC) != 0) abort();
+    fflush(stdout);  // what waits in the buffer is not the child's to write
     const pid_t child = fork();
     if (child == 0) {
         dup2(pipes[0][0], 0);
@@ -96,6 +98,7 @@ inline Result run_on_terminal(const std::function<int()> &body, const Dialogue &
     size.ws_row = 24;
     size.ws_col = columns;
     int terminal = -1;
+    fflush(stdout);  // what waits in the buffer is not the child's to write
     const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
     if (child == 0) _exit(body());
     Result result;

@@ -97,9 +97,9 @@ TEST_F(AddSnapshot, FailedStatementsAreTold)
     fail_statement(1, 1, "injected", "INSERT");
     expect_failure(5, "Failed DB Query for 'INSERT INTO $snapshot'. injected", add);
     fail_statement(1, 1, "injected", "FROM _volume");
-    expect_failure(5, "Error in DB query.", add);
+    expect_failure(8, "Specified VolumeName(tank) is not exist.", add);
     fail_statement(1, 1, "injected", "SELECT id FROM share");
-    expect_failure(5, "Error in DB query.", add);
+    expect_failure(8, "Specified ShareName(media) is not exist.", add);
 }
 
 TEST_F(AddSnapshot, StatementsUseIndexes)
