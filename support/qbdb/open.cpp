@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
@@ -266,9 +267,12 @@ int read_as_it_stands(const Opening &opening, qbdb_t *qbdb)
 int check_content(const Opening &opening, qbdb_t *qbdb)
 {
     qbdb_private *internal = qbdb->internal;
-    const int rc = check_schema(opening, internal->db);
+    char why[PATH_MAX + 256] = "";
+    const int rc = check_schema({opening.path, why, sizeof why}, internal->db);
     const bool no_room_beside_it = rc == SQLITE_CANTOPEN || rc == SQLITE_READONLY;
-    return internal->read_only && no_room_beside_it ? read_as_it_stands(opening, qbdb) : rc;
+    if (internal->read_only && no_room_beside_it) return read_as_it_stands(opening, qbdb);
+    if (rc != SQLITE_OK && opening.text && opening.size) snprintf(opening.text, opening.size, "%s", why);
+    return rc;
 }
 
 /// Opens the file and proves that it is what is wanted: an appliance database, or none yet.
@@ -354,7 +358,6 @@ int qbdb_open(const char *path, unsigned mode, const char *volume, qbdb_t **qbdb
         qbdb_close(handle);
         return rc;
     }
-    if (text && size) *text = '\0';  // what a first attempt said of a file that then opened
     *qbdb = handle;
     *db = handle->internal->db;
     return SQLITE_OK;
