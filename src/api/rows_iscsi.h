@@ -12,8 +12,7 @@ inline constexpr QbobjOperation kIscsiRows[] = {
     QB_OPERATION(getLunGroup, "iSCSI", kReads, QBOBJ_RETURNS_CODE, "2 5 6", "Reads a LUN group by its Name.",
                  inout("group")),
     QB_OPERATION(getLunGroupId, "iSCSI", kReads, QBOBJ_RETURNS_ID, "", "Row id of a LUN group.", in("name")),
-    QB_OPERATION(addLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a LUN group.",
-                 in("group").or_null()),
+    QB_OPERATION(addLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a LUN group.", in("group").or_null()),
     QB_OPERATION(modifyLunGroup, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Writes everything but the name of the LUN group of that Name.",
                  in("group").or_null().keeps("ChapSecret")),
@@ -37,8 +36,8 @@ inline constexpr QbobjOperation kIscsiRows[] = {
 
     // ---- LUNs
     QB_OPERATION(getLun, "iSCSI", kReads, QBOBJ_RETURNS_CODE, "2 5 6", "Reads a LUN by its Name.", inout("lun")),
-    QB_OPERATION(getLunId, "iSCSI", kReads, QBOBJ_RETURNS_ID, "",
-                 "Row id of a LUN whose name would do for a share.", in("name")),
+    QB_OPERATION(getLunId, "iSCSI", kReads, QBOBJ_RETURNS_ID, "", "Row id of a LUN whose name would do for a share.",
+                 in("name")),
     QB_OPERATION(addLun, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Adds a LUN.", in("lun").or_null()),
     QB_OPERATION(deleteLun, "iSCSI", kChanges, QBOBJ_RETURNS_CODE, "5 8", "Deletes a LUN.", in("name").or_null()),
 

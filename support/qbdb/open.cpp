@@ -247,8 +247,8 @@ int connect(const Opening &opening, const char *name, int flags, qbdb_private *i
 }
 
 /// Even reading takes a file beside the database through which processes tell each other what they read. Where none can
-/// be made (a backup, a snapshot: the folder may not be written to) nobody is at work on the database, and it is read as
-/// it stands; with a journal beside it, it would be read without the changes in there.
+/// be made (a backup, a snapshot: the folder may not be written to) nobody is at work on the database, and it is read
+/// as it stands; with a journal beside it, it would be read without the changes in there.
 int read_as_it_stands(const Opening &opening, qbdb_t *qbdb)
 {
     qbdb_private *internal = qbdb->internal;
@@ -282,8 +282,7 @@ int open_file(const Opening &opening, unsigned mode, qbdb_t *qbdb)
     qbdb_private *internal = qbdb->internal;
     const bool create = mode == QBDB_OPEN_CREATE;
     int rc = look_at_path(opening);
-    if (rc == SQLITE_EMPTY)
-        rc = create ? make_file(opening) : refuse(opening, SQLITE_CANTOPEN, "no such database");
+    if (rc == SQLITE_EMPTY) rc = create ? make_file(opening) : refuse(opening, SQLITE_CANTOPEN, "no such database");
     if (rc != SQLITE_OK) return rc;
     // A name is a file's name: SQLite takes "file:..." and ":memory:" for something else.
     const char *name = apr_pstrcat(qbdb->pool, *opening.path == '/' ? "" : "./", opening.path, nullptr);
@@ -368,7 +367,8 @@ void qbdb_close(qbdb_t *qbdb)
     if (!qbdb) return;
     qbdb_private *internal = qbdb->internal;
     qdb::destroy_cache(internal->cache);
-    for (sqlite3_stmt *stmt : {internal->begin, internal->begin_reading, internal->commit, internal->rollback}) sqlite3_finalize(stmt);
+    for (sqlite3_stmt *stmt : {internal->begin, internal->begin_reading, internal->commit, internal->rollback})
+        sqlite3_finalize(stmt);
     if (internal->db) {
         // A statement that the caller has not finalised keeps the connection alive, but not what it calls.
         sqlite3_busy_handler(internal->db, nullptr, nullptr);

@@ -201,20 +201,21 @@ TEST_P(Allocations, EachFails)
         }
     }
     for (size_t i = 0; i < met.size() && trouble.source != Source::pool; i++)  // they are of statements
-        EXPECT_TRUE(met[i]) << family.memory_exceptions[i].operation << " needs no exception: "
-                            << family.memory_exceptions[i].why;
+        EXPECT_TRUE(met[i]) << family.memory_exceptions[i].operation
+                            << " needs no exception: " << family.memory_exceptions[i].why;
     printf("%ld allocations failed\n", failed);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , Allocations,
-    testing::Combine(
-        testing::ValuesIn(families()),
-        testing::Values(Trouble{Source::pool, false, "pool_once"}, Trouble{Source::pool, true, "pool_forever"},
-                        Trouble{Source::sqlite, false, "sqlite_once"}, Trouble{Source::sqlite, true, "sqlite_forever"},
-                        Trouble{Source::heap, false, "heap_once"}, Trouble{Source::heap, true, "heap_forever"})),
-    [](const auto &info) {
-        return std::string(std::get<0>(info.param)->name) + "_" + std::get<1>(info.param).name;
-    });
+INSTANTIATE_TEST_SUITE_P(, Allocations,
+                         testing::Combine(testing::ValuesIn(families()),
+                                          testing::Values(Trouble{Source::pool, false, "pool_once"},
+                                                          Trouble{Source::pool, true, "pool_forever"},
+                                                          Trouble{Source::sqlite, false, "sqlite_once"},
+                                                          Trouble{Source::sqlite, true, "sqlite_forever"},
+                                                          Trouble{Source::heap, false, "heap_once"},
+                                                          Trouble{Source::heap, true, "heap_forever"})),
+                         [](const auto &info) {
+                             return std::string(std::get<0>(info.param)->name) + "_" + std::get<1>(info.param).name;
+                         });
 
 }  // namespace

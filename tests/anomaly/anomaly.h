@@ -108,8 +108,7 @@ inline uint32_t after_refused_commit(const Trial &setup, int rc)
 /// Whether a family's list names a set-up's operation.
 inline bool is_listed(std::span<const Exempt> list, const Trial &setup)
 {
-    return std::any_of(list.begin(), list.end(),
-                       [&](const Exempt &row) { return !strcmp(row.what, setup.operation); });
+    return std::any_of(list.begin(), list.end(), [&](const Exempt &row) { return !strcmp(row.what, setup.operation); });
 }
 
 /// Everything in a database, page by page; inside a transaction with what it has written so far.

@@ -177,7 +177,8 @@ TEST_F(ImportHomes, AnUnreadableFolderKeepsItsFigure)
 {
     put("anna/closed/a", 5000);
     fs::permissions(home / "anna/closed", fs::perms::none);
-    constexpr auto kOpen = fs::perms::others_exec | fs::perms::others_read | fs::perms::group_exec | fs::perms::group_read;
+    constexpr auto kOpen =
+        fs::perms::others_exec | fs::perms::others_read | fs::perms::group_exec | fs::perms::group_read;
     fs::permissions(directory.path, kOpen, fs::perm_options::add);
     user(100, "/home/anna");
     sql("INSERT INTO _hf_zfs_stat VALUES(100,11)");

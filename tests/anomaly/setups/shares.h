@@ -5,7 +5,8 @@
 
 namespace test {
 
-/// A share that has everything that a share can have, and one that is small. Two runs of a call leave the same database.
+/// A share that has everything that a share can have, and one that is small. Two runs of a call leave the same
+/// database.
 inline constexpr char kSharesPopulation[] = R"sql(
 DELETE FROM share;
 CREATE TRIGGER timeless AFTER INSERT ON share BEGIN UPDATE share SET update_ts=0 WHERE id=NEW.id; END;
@@ -75,7 +76,8 @@ inline constexpr Trial kSharesTrials[] = {
     {"getAccessibleShareCollection", "http, nobody", R"({"protocolName":"http"})"},
     {"getAccessibleShareCollection", "http, user", R"({"userName":"clara","protocolName":"http"})"},
     {"getAccessibleShareCollection", "nfs", R"({"protocolName":"nfs"})", Accounts::local, 2},
-    {"getShare", "two, the second unknown", R"({"share":[{"ShareName":"block"},{"ShareId":"99"}]})", Accounts::local, 6},
+    {"getShare", "two, the second unknown", R"({"share":[{"ShareName":"block"},{"ShareId":"99"}]})", Accounts::local,
+     6},
     {"getShareId", "", R"({"shareName":"films"})", Accounts::local, 3},
     {"getShareAccess", "", R"({"shareName":"films","userName":"bob"})"},
     {"getPathAccess", "", R"({"path":"/no/such/folder/a","userName":"anna"})"},
@@ -111,7 +113,8 @@ inline constexpr Trial kSharesTrials[] = {
          "SnapshotRetentionRules":[{"Type":2,"Number":3,"Lifetime":4},{"Type":3,"Number":5,"Lifetime":6}]}]})"},
     {"addShare", "directory mode", R"({"share":{"ShareName":"domain","VolumeId":"tank",
         "Http":{"DefaultAccess":"Disabled","UserAcl":[{"User":{"UserName":"EXAMPLE\\fred"},"Access":"ReadOnly"}],
-            "GroupAcl":[{"Group":{"GroupName":"EXAMPLE\\domain users"},"Access":"ReadOnly"}]}}})", Accounts::directory},
+            "GroupAcl":[{"Group":{"GroupName":"EXAMPLE\\domain users"},"Access":"ReadOnly"}]}}})",
+     Accounts::directory},
     {"addShareProcess", "", R"({"zfsName":"tank/films","pid":1,"blocking":1})"},
     {"addShareUsedBy", "", R"({"zfsName":"tank/films","usedby":{"AppName":"tm","AppData":"x"}})"},
 };
