@@ -35,10 +35,9 @@ inline constexpr QbobjOperation kServicesRows[] = {
                  in("tm").keeps("Password")),
     QB_OPERATION(setTimemachineEnable, "time machine", kChanges, QBOBJ_RETURNS_CODE, "2 5",
                  "Switches the shared Time Machine target on or off without other changes.", in("enable")),
-    QB_OPERATION(
-        getTIVOSettings, "tivo", kReads, QBOBJ_RETURNS_CODE, "2 5",
-        "Reads the plan and the folder of the TiVo archiver, and the devices; waits while they are looked for.",
-        inout("tivo")),
+    QB_OPERATION(getTIVOSettings, "tivo", kReads, QBOBJ_RETURNS_CODE, "2 5",
+                 "Reads the TiVo archiver's plan, folder and devices; waits while these are looked for.",
+                 inout("tivo")),
     QB_OPERATION(setTIVOSettings, "tivo", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
                  "Writes the plan and the folder of the TiVo archiver.", in("tivo")),
     QB_OPERATION(setTIVOMak, "tivo", kChanges, QBOBJ_RETURNS_CODE, "2 5 8",
