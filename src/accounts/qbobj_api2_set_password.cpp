@@ -15,7 +15,7 @@ uint32_t set_recovery(CallContext *ctx, sqlite3 *db, const AdminPassword *admin)
         TRY(execute(ctx, db, "UPDATE passwordrecovery SET method=%Q", admin->Method)
                 .or_report(ctx, "Failed DB Query for passwordrecovery update. %s"));
     }
-    // A question is of no use without its answer and an address, so the three change together.
+    // The question, its answer and the address are useless alone, so the three change together.
     if (admin->Question && admin->Answer && admin->Email) {
         TRY(execute(ctx, db, "UPDATE passwordrecovery SET email=%Q, question=%Q, answer=%Q", admin->Email,
                     admin->Question, admin->Answer)

@@ -12,7 +12,7 @@ namespace {
 
 uint32_t check_security(CallContext *ctx, const Security *security)
 {
-    // In this case only: "ADS" would be stored as it is, and then not count as directory mode.
+    // Only this spelling is mapped. "ADS" is stored as given and does not count as directory mode.
     if (check_one_of(security->Security, Case::exact, {"user", "ads"})) return REPORT(ctx, 8, "Security is not valid");
     if (check_short_name(security->workGroup)) return REPORT(ctx, 819, "Bad workgroup");
     if (strcmp(security->Security, "ads") != 0) return 0;
@@ -40,7 +40,7 @@ uint32_t x_qbobj_setSecurity(CallContext *ctx, sqlite3 *db, Security *security)
     set.add("allow_trusted_domains=%d", security->displayTrustedUsers);
     set.add("join_ads_failed=%d", security->joinDomainFailed);
     set.add("idmap_backend=%Q", security->idmapBackend);
-    // Half of a directory's settings would be worse than the old ones.
+    // Settings that do not fit are refused: half of them would be worse than the old ones.
     if (set.dropped) return REPORT(ctx, 5, "Failed DB Query 'UPDATE service_cifs'. (%s)", "the settings are too long");
     return execute(ctx, db, "UPDATE service_cifs SET %s", +set.text)
         .or_report(ctx, "Failed DB Query 'UPDATE service_cifs'. (%s)");

@@ -97,7 +97,7 @@ int32_t x_qbobj_hasBackupJob(CallContext *ctx, sqlite3 *db, int32_t jobId)
     if (jobId < 1) return 0;
     if (select_int32(ctx, db, count, "SELECT COUNT(*) FROM backup WHERE id=%d", jobId)
             .logged(ctx, "Failed to SELECT FROM backup\n")) {
-        // There is no third answer: what cannot be read is not there, for want of memory too.
+        // There is no third answer: a job that cannot be read, for want of memory too, does not exist.
         ctx->short_of_memory = false;
         return 0;
     }

@@ -124,7 +124,7 @@ struct JobsBefore {
             job->Changed = changed;
     }
 
-    /// Rather no change than a second table of jobs, passwords and all, that stays in the database.
+    /// A copy of all jobs, passwords included, must not stay in the database: better no change at all.
     uint32_t drop() const
     {
         if (!kept) return 0;

@@ -14,7 +14,7 @@ int spawn(const char *const *arguments, int output, pid_t *child)
 {
     posix_spawn_file_actions_t actions;
     if (const int why = posix_spawn_file_actions_init(&actions)) return why;
-    // The output first: in a process without standard files the pipe may have one of their numbers.
+    // Output first: in a process started without standard files, the pipe may have been given one of their numbers.
     int why = posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     if (!why) why = posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     if (!why) why = posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);

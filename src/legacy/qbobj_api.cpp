@@ -10,7 +10,7 @@ namespace {
 
 // ---- Folder attributes
 
-// Callers know both texts with the result code twice.
+// Both texts print the result code twice; callers match on that.
 uint32_t report_shares(CallContext *ctx, const Failure &bad)
 {
     return bad.or_report(ctx, "Failed DB Query for cifs share. sq3rc=%d:%d (%s)", bad.rc, bad.rc);

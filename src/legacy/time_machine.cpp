@@ -83,7 +83,7 @@ uint64_t get_tm_used_mb(const char *path)
 {
     char bundle[sizeof(dirent::d_name)];
     if (!path || !find_bundle(path, bundle)) return 0;
-    // The folder is the user's, so this may be anything.
+    // The user can put anything here.
     const qb::TextFile description = qb::open_text_file(Path(path, bundle, "Info.plist").text);
     if (!description) return 0;
     const uint64_t band_size = read_band_size(description.get());

@@ -88,7 +88,7 @@ void append_item(CallContext *ctx, xmlNode *language, const char *key, const cha
     append(ctx, item, xmlNewCDataBlock(nullptr, xml_text(content), static_cast<int>(strlen(content))));
 }
 
-/// The English texts say which keys there are.
+/// The English texts define the set of keys.
 uint32_t append_items(CallContext *ctx, sqlite3 *db, xmlNode *element, const char *language)
 {
     Rows rows;

@@ -88,7 +88,7 @@ uint32_t read_snmp(CallContext *ctx, sqlite3 *db, Protocol *p)
     return 0;
 }
 
-/// The administrator's switch is ui_enabled; enabled follows it.
+/// ui_enabled is the administrator's switch; enabled follows it.
 uint32_t read_ssh(CallContext *ctx, sqlite3 *db, Protocol *p)
 {
     constexpr int32_t kUsualPort = 22;

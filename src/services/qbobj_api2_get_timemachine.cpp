@@ -29,7 +29,7 @@ uint32_t x_qbobj_getTimemachine(CallContext *ctx, sqlite3 *db, Timemachine *tm)
     Rows rows;
     Timemachine read = *tm;
     read.Enabled = read.CapacityMB = 0;
-    // The allowance was once kept with AFP, and its failure is still told so.
+    // The allowance used to belong to AFP; the failure text still says so.
     TRY(select(ctx, db, rows, "SELECT T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id=96")
             .or_report(ctx, "Failed DB Query 'SELECT service_afp'. (%s)"));
     if (rows.count) read_row(ctx, rows, 0, read.Enabled, read.CapacityMB);

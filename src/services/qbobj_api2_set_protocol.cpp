@@ -105,7 +105,7 @@ uint32_t write_ftp(CallContext *ctx, sqlite3 *db, const Protocol *p)
         .or_report(ctx, "Failed DB Query 'UPDATE service_ftp'. (%s)");
 }
 
-/// The missing options have always been told as those of DLNA. The mask stands for the stored password.
+/// Missing options have always been reported as those of DLNA. The mask stands for the stored password.
 uint32_t write_daap(CallContext *ctx, sqlite3 *db, const Protocol *p)
 {
     const DaapOptions *o = p->DaapOptions;

@@ -169,7 +169,7 @@ uint32_t insert_attributes(const NewShare &share)
 
 // ---- protocols
 
-/// Lets a service read its shares anew. What comes of it is the service's business.
+/// Tells a service to read its shares again. Its result is ignored by design.
 void regenerate(const NewShare &share, const char *proto)
 {
     qbdb_service_update_setting_by_share(share.ctx->qbdb, share.db, proto);
@@ -226,7 +226,7 @@ constexpr Complaint kAfpRights[kRights] = {
     "Invalid Afp->FolderCreateGroupRights (%s).",
 };
 
-/// Rights that are not set on new files are stored as NULL, and their words not looked at.
+/// Without NewFileFolderPermAutoset the rights are stored as NULL and their words are not checked.
 uint32_t insert_afp(const NewShare &share, const AfpShareOption *afp)
 {
     const char *access = nullptr;
@@ -259,7 +259,7 @@ uint32_t write_nfs(const NewShare &share, const NfsShareOption *nfs)
     if (!nfs) return 0;
     const char *access = nullptr;
     TRY(choose_access(share.ctx, nfs->DefaultAccess, &access, "Invalid Nfs->DfefaultAccess (%s)."));
-    // A new share is safe first: answers wait for the disk, whatever the record says.
+    // A new share always starts with the safe setting, writes acknowledged from the disk, whatever the record says.
     TRY(execute(share.ctx, share.db,
                 "INSERT INTO nfs_share_option (share_id,available,nfs_access,nfs_sync) VALUES(%d,%d,%Q,1)", share.id,
                 !nfs->NotAvailable, access)

@@ -14,7 +14,7 @@ namespace {
 constexpr int32_t kNoShare = -1;
 constexpr int32_t kBadShareName = -2;
 
-/// The statements that look for a user and for the user's groups on a list, by what the row has to say.
+/// The statements that look for a user, and for the user's groups, on a list, by the right that the row must grant.
 struct ListSearch {
     Sql<int32_t, int32_t> user;             // share, user
     Sql<int32_t, int32_t, int32_t> groups;  // share, user twice: primary group, secondary groups

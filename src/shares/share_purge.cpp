@@ -56,7 +56,7 @@ constexpr Removal kMediaAndRsync[] = {
     {"DELETE FROM daap_share_option WHERE share_id=%d", "daap_share_option"},
 };
 
-/// NFS comes twice, which does no harm.
+/// NFS stands twice; the second deletion finds nothing.
 uint32_t remove_protocols(CallContext *ctx, sqlite3 *db, int32_t share_id)
 {
     for (const char *protocol : {"cifs", "afp", "nfs", "nfs", "ftp"}) TRY(remove_protocol(ctx, db, protocol, share_id));
@@ -108,7 +108,7 @@ uint32_t remove_backups(CallContext *ctx, sqlite3 *db, int32_t share_id)
         .or_report(ctx, "Failed DB Query for 'DELETE backup'. %s");
 }
 
-/// The share's number is given again: processes that held this share must not hold the next one.
+/// Share numbers are reused: a process that held this share must not hold the next one of that number.
 constexpr Removal kProcesses = {"DELETE FROM process_on_share WHERE share_id=%d", "process_on_share"};
 
 }  // namespace

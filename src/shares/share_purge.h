@@ -1,4 +1,4 @@
-// The removal of shares with everything keyed by them. Whether a share may go, its caller has asked.
+// Removing shares with everything that is keyed by them. The caller has made sure that the share may go.
 #pragma once
 
 #include "frame/query.h"

@@ -62,7 +62,7 @@ uint32_t share_write_used_by(CallContext *ctx, sqlite3 *db, int32_t share_id, co
 /// Tests the form of a new share's name.
 uint32_t check_new_share_name(CallContext *ctx, const char *name);
 
-/// Tests how the data set is to write: null, "" or one of three words.
+/// Checks the data set's `sync` word: null, "" or one of three.
 uint32_t check_sync(CallContext *ctx, const char *sync);
 
 /// The stored word of a default access, a static text; code 8 with the complaint for a word that is none.

@@ -30,7 +30,7 @@ struct ShareSettings {
     int32_t ads = 0;            // directory mode: the lists name domain accounts
 };
 
-/// Reads the settings. A failure of the FTP one is logged and counts as not anonymous.
+/// Reads the settings. When the FTP setting cannot be read, that is logged and anonymous access counts as off.
 uint32_t read_share_settings(CallContext *ctx, sqlite3 *db, ShareSettings *settings);
 
 /// Looks a share up by name; code 5 when the database does not answer.

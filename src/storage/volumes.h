@@ -37,7 +37,7 @@ const char *enclosure_key(CallContext *ctx, int32_t controller);
 /// Reads the disk of a DevName. The record stays as it is when there is none, or when its port leads to several slots.
 uint32_t find_disk(CallContext *ctx, sqlite3 *db, Disk *disk);
 
-/// A disk's number among resources: its id as far as it is a decimal number.
+/// A disk's resource number: the leading decimal digits of its id.
 int32_t disk_number(const char *id);
 
 }  // namespace qb

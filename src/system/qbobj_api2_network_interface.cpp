@@ -132,7 +132,7 @@ uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkIn
         if (check(value)) return REPORT(ctx, 8, refusal.text, value);
         set.add(assignment, value);
     }
-    // The caller would take a value that was left out for written.
+    // A value silently left out would look as if it had been written.
     if (set.dropped) return REPORT(ctx, 5, "Failed 'UPDATE network_if'. %s", "The values are too long.");
     if (set.empty()) return 0;
     return execute(ctx, db, "UPDATE network_if SET %s WHERE Name=%Q", +set.text, nif->Name)

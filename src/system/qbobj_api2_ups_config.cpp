@@ -226,7 +226,7 @@ uint32_t x_qbobj_getUpsConfigByNameAtHost(CallContext *ctx, sqlite3 *db, const c
             .or_report(ctx, "SQL Fail for SELECT _ups_config. %s"));
     if (rows.count == 0) return 0;
     UpsConfig read{};
-    // Also of one unit alone the sharing is read: who writes back what was read must not switch it off.
+    // Sharing is read even for a single unit, so that writing the record back does not switch it off.
     TRY(read_unit(ctx, db, rows, 0, &read));
     TRY_MEMORY(ctx);
     read.next = ups->next;
