@@ -40,6 +40,7 @@ struct Formatted {
     };
 
     void begin() { run("BEGIN IMMEDIATE"); }
+    void begin_reading() { run("BEGIN"); }
     void commit() { run("COMMIT"); }
 
     template <class Each, class... Args>
@@ -89,6 +90,7 @@ struct Prepared {
     };
 
     void begin() { run("BEGIN IMMEDIATE"); }
+    void begin_reading() { run("BEGIN"); }
     void commit() { run("COMMIT"); }
 
     template <class Each, class... Args>

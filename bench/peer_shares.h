@@ -486,7 +486,7 @@ struct ShareReader {
     void list()
     {
         const auto nothing = [](const auto &) {};
-        engine.begin();
+        engine.begin_reading();
         engine.each("SELECT IFNULL(CASE WHEN auth_mode='anonymous' THEN 1 ELSE 0 END, 0) FROM service_ftp LIMIT 1",
                     nothing);
         engine.each("SELECT CASE WHEN S.security='ads' THEN 1 ELSE 0 END FROM service_cifs S LIMIT 1", nothing);

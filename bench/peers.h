@@ -174,7 +174,7 @@ struct Peer {
     void user_list(const char *sql, Page... page)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         UserCollection users{};
         engine.each(kAdsMode, [](const auto &) {});
         engine.each(kCountUsers, [&](const auto &row) { users.TotalEntries = row.int32(0); });
@@ -200,7 +200,7 @@ struct Peer {
     void one_user(int32_t id)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         User user{};
         engine.each(kAdsMode, [](const auto &) {});
         engine.each("SELECT S.no_sync_ads FROM service_cifs S LIMIT 1", [](const auto &) {});
@@ -219,7 +219,7 @@ struct Peer {
     void user_name(int32_t id)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         const char *name = nullptr;
         engine.each(
             "SELECT U.uname FROM `$user` U WHERE U.id=%d", [&](const auto &row) { name = row.text(0); }, id);
@@ -229,7 +229,7 @@ struct Peer {
     void all_groups()
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         GroupCollection groups{};
         static constexpr char kCount[] =
             "SELECT COUNT(*) FROM `$group` G WHERE G.is_privileged=0 AND G.rid IS NULL AND G.gname<>'nogroup' AND "
@@ -367,7 +367,7 @@ struct Peer {
     void log_page(int limit, int offset)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         LogEntry *entries = nullptr;
         LogEntry **tail = &entries;
         const auto nothing = [](const auto &) {};
@@ -394,7 +394,7 @@ struct Peer {
     void dictionary()
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         xmlNode *root = xmlNewNode(nullptr, xml("Dictionary"));
         xmlNode *german = nullptr;
         engine.each("SELECT lang,spell FROM _lang_supported ORDER BY id", [&](const auto &row) {
@@ -486,7 +486,7 @@ struct Peer {
     void all_enclosures()
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         DiskEnclosureCollection enclosures{};
         DiskCollection **tail = &enclosures.DiskCollection;
         engine.each("SELECT E.controller,E.name,E.nr_row,E.nr_column,E.disk_horizontal FROM _disk_enclosure E",
@@ -502,7 +502,7 @@ struct Peer {
     void one_disk(const char *name)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         Disk disk{};
         engine.each(
             kOneDisk,
@@ -524,7 +524,7 @@ struct Peer {
     void snapshots(const char *sql, Filter... filter)
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         SnapshotCollection all{};
         Snapshot **tail = &all.Snapshot;
         engine.each(
@@ -579,7 +579,7 @@ struct Peer {
     void disk_health()
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         DiskHealthCollection all{};
         DiskHealth **tail = &all.Health;
         engine.each(kDiskHealth, [&](const auto &row) {
@@ -625,7 +625,7 @@ struct Peer {
     void enclosure_health()
     {
         pool();
-        engine.begin();
+        engine.begin_reading();
         EnclosureHealthCollection all{};
         EnclosureHealth **tail = &all.Health;
         engine.each(

@@ -279,23 +279,33 @@ QBDB_API void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t l
 
 /* ---- Transactions ------------------------------------------------------------------------------- */
 
-/** Flag of qbdb_sql_begin: the transaction only reads. */
-#define QBDB_BEGIN_READ 1
-
 /**
- * Begins a transaction that may write (BEGIN IMMEDIATE), or one that only reads (BEGIN): on a read-only
- * connection it always is. Readers take no lock for writing: they wait for no writer and keep none waiting. Each
- * begin is followed by its commit or, when it or anything after it failed, by its rollback: one that is
- * refused because the handle's own transaction is open leaves that one open, and so does its rollback.
+ * Begins a transaction that may write (BEGIN IMMEDIATE; on a read-only connection BEGIN). Each begin is
+ * followed by its commit or, when it or anything after it failed, by its rollback: one that is refused
+ * because the handle's own transaction is open leaves that one open, and so does its rollback.
  * @param qbdb  The handle.
  * @param db    The connection.
- * @param flags 0, or QBDB_BEGIN_READ.
+ * @param flags 0.
  * @param file  Caller's source file.
  * @param line  Caller's source line.
  * @return 0, or a result code: 5 locked longer than the timeout, 8 when `db` is null, 1 when a
  *         transaction is open already.
  */
 QBDB_API uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
+
+/**
+ * Begins a transaction that only reads (BEGIN): it takes no lock for writing, waits for no writer and keeps
+ * none waiting, and sees the database as it is at its first statement until it ends. Else as qbdb_sql_begin.
+ *
+ * A support library need not have this call: the object library then begins its readers by qbdb_sql_begin.
+ * @param qbdb  The handle.
+ * @param db    The connection.
+ * @param flags 0.
+ * @param file  Caller's source file.
+ * @param line  Caller's source line.
+ * @return As qbdb_sql_begin.
+ */
+QBDB_API uint32_t qbdb_sql_begin_read(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
 
 /**
  * Commits the transaction that qbdb_sql_begin began. When that fails the transaction is rolled back,

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "frame/format.h"
+#include "frame/optional_calls.h"
 #include "frame/records.h"
 #include "frame/report.h"
 
@@ -28,10 +29,12 @@ struct Site {
     }
 };
 
-/// Begins an operation's transaction.
+/// Begins an operation's transaction. Where the support library knows none that only reads, every one may write.
 inline uint32_t begin(const Site &site, qbdb_t *qbdb, sqlite3 *db)
 {
-    return qbdb_sql_begin(qbdb, db, site.access == Access::reads ? QBDB_BEGIN_READ : 0, site.file, site.line);
+    if (site.access == Access::reads && qbdb_sql_begin_read)
+        return qbdb_sql_begin_read(qbdb, db, 0, site.file, site.line);
+    return qbdb_sql_begin(qbdb, db, 0, site.file, site.line);
 }
 
 /// Dumps an argument when its type says that it is a record, or the address of a list of records.

@@ -44,9 +44,9 @@ int renew_rollback(qbdb_private *internal)
     return SQLITE_OK;
 }
 
-}  // namespace
+enum class Purpose { reading, writing };
 
-uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
+uint32_t begin(qbdb_t *qbdb, sqlite3 *db, Purpose purpose, const char *file, uint32_t line)
 {
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
@@ -58,7 +58,7 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     internal->refused = nullptr;
     begun = nullptr;
     const bool read_only = db == internal->db ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
-    const bool reads = read_only || flags & QBDB_BEGIN_READ;
+    const bool reads = read_only || purpose == Purpose::reading;
     // A transaction that starts by reading and then writes fails at once when another process wrote in
     // between, whatever the timeout: so the lock for writing is taken first.
     const char *sql = reads ? "BEGIN" : "BEGIN IMMEDIATE";
@@ -68,6 +68,20 @@ uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, 
     if (rc == SQLITE_OK) rc = run(call, reads ? internal->begin_reading : internal->begin, sql);
     if (rc == SQLITE_OK) begun = db;
     return static_cast<uint32_t>(rc);
+}
+
+}  // namespace
+
+uint32_t qbdb_sql_begin(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
+{
+    (void)flags;
+    return begin(qbdb, db, Purpose::writing, file, line);
+}
+
+uint32_t qbdb_sql_begin_read(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)
+{
+    (void)flags;
+    return begin(qbdb, db, Purpose::reading, file, line);
 }
 
 uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line)

@@ -376,6 +376,34 @@ TEST_F(Program, SaysThatTheDatabaseIsLocked)
     EXPECT_EQ(call({"addLog", "1", "--timeout", "30"}).status, 0);
 }
 
+TEST_F(Program, ReadersWaitForNobody)
+{
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(call({"getLog", "--timeout", "0"}).status, 0);
+    EXPECT_EQ(call({"addLog", "1", "--timeout", "0"}).status, 4);
+    sqlite3_close(other);
+}
+
+TEST_F(Program, WorksWithASupportLibraryThatHasNoCallForReaders)
+{
+    const auto with_the_contract_only = [this](std::vector<std::string> words) {
+        words.insert(words.begin(), {test::program(), "-d", path});
+        return test::run_command(words, "", [] { setenv("LD_LIBRARY_PATH", test::build_path("tests/contract").c_str(), 1); });
+    };
+    EXPECT_EQ(with_the_contract_only({"addLog", "1"}).status, 0);
+    EXPECT_THAT(with_the_contract_only({"getLog", "--compact"}).out, HasSubstr("\"total\":1"));
+    // It reads under the lock for writing, which also shows that it is the other library.
+    sqlite3 *other = nullptr;
+    ASSERT_EQ(sqlite3_open(path.c_str(), &other), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+    const Result locked = with_the_contract_only({"getLog", "--timeout", "0"});
+    EXPECT_EQ(locked.status, 4);
+    EXPECT_THAT(locked.err, HasSubstr("5 database is locked"));
+    sqlite3_close(other);
+}
+
 TEST_F(Program, AFailedCommitIsNoSuccess)
 {
     sqlite3 *other = nullptr;  // holds the log open, so that it grows and stays

@@ -41,6 +41,15 @@ uint32_t begin(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
     return begin_answer;
 }
 
+uint32_t reading(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
+{
+    called("begin reading " + std::to_string(flags), file, line);
+    return begin_answer;
+}
+
+/// Null when the support library has no such call.
+decltype(&reading) begin_read;
+
 uint32_t commit(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
 {
     called("commit " + std::to_string(flags), file, line);
@@ -72,8 +81,10 @@ void dump(qbdb_t *, const QbobjField *type, const void *record, int depth, const
 }  // namespace fake
 }  // namespace
 
+#include "frame/optional_calls.h"
 #define time(pointer) fake::time(pointer)
 #define qbdb_sql_begin fake::begin
+#define qbdb_sql_begin_read fake::begin_read
 #define qbdb_sql_commit fake::commit
 #define qbdb_sql_rollback fake::rollback
 #define qbdb_log fake::log
@@ -156,6 +167,7 @@ struct Sequence : testing::Test {
         begin_answer = commit_answer = worker_answer = 0;
         worker_lacks_memory = false;
         worker_err = nullptr;
+        fake::begin_read = fake::reading;
     }
     uint32_t call(uint32_t level, ErrorInfo *record)
     {
@@ -247,6 +259,27 @@ TEST_F(Sequence, AFailedBeginSkipsTheWorkerButRollsBack)
     EXPECT_EQ(err.file, nullptr);
     EXPECT_EQ(err.line, 0u);
     EXPECT_EQ(err.message, nullptr);
+}
+
+TEST_F(Sequence, OnlyAReaderBeginsAsOneWhereTheSupportLibraryKnowsHow)
+{
+    qb::Site site = "qbobj_getThing";
+    for (const auto &[access, known, first] :
+         {std::tuple{qb::Access::reads, &fake::reading, "begin reading 0"},
+          {qb::Access::reads, decltype(&fake::reading)(nullptr), "begin 0"},
+          {qb::Access::changes, &fake::reading, "begin 0"}}) {
+        site.access = access;
+        fake::begin_read = known;
+        calls.clear();
+        EXPECT_EQ(qb::run_framed<value_worker>(site, &handle, nullptr, &err), 0u);
+        EXPECT_THAT(calls, ElementsAre("time", "time", first, "commit 0"));
+    }
+    begin_answer = 5;
+    site.access = qb::Access::reads;
+    fake::begin_read = fake::reading;
+    calls.clear();
+    EXPECT_EQ(qb::run_framed<value_worker>(site, &handle, nullptr, &err), 5u);
+    EXPECT_THAT(calls, ElementsAre("time", "time", "begin reading 0", "rollback 0"));
 }
 
 TEST_F(Sequence, TheCommitsResultIsIgnored)

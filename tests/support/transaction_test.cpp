@@ -23,6 +23,7 @@ int64_t milliseconds_since(Clock::time_point start)
 struct Transactions : test::Database {
     Transactions() { sql("CREATE TABLE t (a)"); }
     uint32_t begin(sqlite3 *on) { return qbdb_sql_begin(qbdb, on, 0, "f.cpp", 1); }
+    uint32_t begin_read(sqlite3 *on) { return qbdb_sql_begin_read(qbdb, on, 0, "f.cpp", 1); }
     uint32_t commit(sqlite3 *on) { return qbdb_sql_commit(qbdb, on, 0, "f.cpp", 2); }
     uint32_t rollback(sqlite3 *on) { return qbdb_sql_rollback(qbdb, on, 0, "f.cpp", 3); }
     int insert(int a) { return qbdb_sql_exec_mprintf(qbdb, db, nullptr, "f", 1, "INSERT INTO t VALUES(%d)", a); }
@@ -74,6 +75,34 @@ TEST_F(Transactions, CommitKeepsAndRollbackTakesBack)
     EXPECT_THAT(rows("SELECT a FROM t"), ElementsAre("1"));
     EXPECT_THAT(take_statements(), ElementsAre("BEGIN IMMEDIATE", "INSERT INTO t VALUES(1)", "COMMIT",
                                                "BEGIN IMMEDIATE", "INSERT INTO t VALUES(2)", "ROLLBACK"));
+}
+
+TEST_F(Transactions, AReaderSeesOneStateWaitsForNobodyAndKeepsNobodyWaiting)
+{
+    sql("INSERT INTO t VALUES(1)");
+    take_statements();
+    qbdb_set_timeout(qbdb, 0);
+    qbdb_t *writer = nullptr;
+    sqlite3 *writing = nullptr;
+    ASSERT_EQ(qbdb_open(path.c_str(), QBDB_OPEN_EXISTING, nullptr, &writer, &writing, nullptr, 0), 0);
+    qbdb_set_timeout(writer, 0);
+    ASSERT_EQ(qbdb_sql_begin(writer, writing, 0, "f", 1), 0u);
+    ASSERT_EQ(qbdb_sql_exec_mprintf(writer, writing, nullptr, "f", 1, "INSERT INTO t VALUES(2)"), 0);
+    ASSERT_EQ(begin_read(db), 0u);
+    EXPECT_EQ(value("SELECT COUNT(*) FROM t"), "1");
+    EXPECT_EQ(qbdb_sql_commit(writer, writing, 0, "f", 1), 0u);
+    EXPECT_EQ(value("SELECT COUNT(*) FROM t"), "1") << "the state that it began with";
+    ASSERT_EQ(commit(db), 0u);
+    EXPECT_EQ(value("SELECT COUNT(*) FROM t"), "2");
+    ASSERT_EQ(begin_read(db), 0u);
+    EXPECT_EQ(begin_read(db), 1u);
+    EXPECT_EQ(rollback(db), 0u);
+    EXPECT_TRUE(is_open()) << "of a refused begin";
+    EXPECT_EQ(rollback(db), 0u);
+    EXPECT_FALSE(is_open());
+    EXPECT_THAT(take_statements(), ElementsAre("BEGIN", "COMMIT", "BEGIN", "ROLLBACK"));
+    EXPECT_EQ(begin_read(nullptr), 8u);
+    qbdb_close(writer);
 }
 
 TEST_F(Transactions, WithoutAConnection)

@@ -1,0 +1,7 @@
+// Calls that a support library may have or not. They are weak references: one that is missing when the libraries
+// are loaded is null, and nothing else comes of it.
+#pragma once
+
+#include "qbdb.h"
+
+extern "C" decltype(qbdb_sql_begin_read) qbdb_sql_begin_read __attribute__((weak));
