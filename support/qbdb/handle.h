@@ -10,6 +10,7 @@
 namespace qdb {
 struct StatementCache;
 struct Entry;
+struct Recorder;
 }  // namespace qdb
 
 struct qbdb_private {
@@ -27,6 +28,7 @@ struct qbdb_private {
     sqlite3_stmt *rollback;
     bool renew_rollback;  // the statement may need memory when it next runs
     qdb::StatementCache *cache;
+    qdb::Recorder *recorder;  // null until changes are recorded
     qbdb_log_hook log_hook;
     void *log_context;
     qbdb_statement_hook statement_hook;
@@ -100,6 +102,7 @@ int run(const Call &call, const char *sql);
 /// Makes and releases a handle's statement cache.
 StatementCache *create_cache(uint32_t bound);
 void destroy_cache(StatementCache *cache);
+void empty_cache(StatementCache *cache);
 void set_cache_bound(StatementCache *cache, uint32_t bound);
 void read_cache_statistics(const StatementCache *cache, qbdb_cache_statistics *statistics);
 

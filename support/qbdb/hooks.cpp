@@ -1,5 +1,6 @@
 // The hooks: how appliance code and tests take part.
 #include "import.h"
+#include "recorder.h"
 
 void qbdb_set_log_hook(qbdb_t *qbdb, qbdb_log_hook hook, void *context)
 {
@@ -58,5 +59,6 @@ int qbdb_hf_stats_import(qbdb_t *qbdb, sqlite3 *db)
 int qbdb_service_update_setting_by_share(qbdb_t *qbdb, sqlite3 *db, const char *protocol)
 {
     const qbdb_private *internal = qbdb->internal;
+    if (qdb::is_trial(internal)) return 0;  // what it would read is taken back
     return internal->service_hook ? internal->service_hook(internal->service_context, qbdb, db, protocol) : 0;
 }

@@ -16,7 +16,7 @@
 #include <cstring>
 #include <initializer_list>
 
-#include "handle.h"
+#include "recorder.h"
 #include "schema.h"
 
 namespace {
@@ -366,6 +366,7 @@ void qbdb_close(qbdb_t *qbdb)
 {
     if (!qbdb) return;
     qbdb_private *internal = qbdb->internal;
+    qdb::destroy_recorder(internal);
     qdb::destroy_cache(internal->cache);
     for (sqlite3_stmt *stmt : {internal->begin, internal->begin_reading, internal->commit, internal->rollback})
         sqlite3_finalize(stmt);

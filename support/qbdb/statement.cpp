@@ -534,6 +534,12 @@ void destroy_cache(StatementCache *cache)
     sqlite3_free(cache);
 }
 
+/// Drops all statements, but keeps as many as ever from now on.
+void empty_cache(StatementCache *cache)
+{
+    shrink(cache, 0);
+}
+
 void set_cache_bound(StatementCache *cache, uint32_t bound)
 {
     cache->bound = bound;

@@ -1,6 +1,6 @@
 // Begin, commit, rollback. The three statements are prepared when the database is opened, so that a
 // rollback needs no memory.
-#include "handle.h"
+#include "recorder.h"
 
 namespace {
 
@@ -28,6 +28,7 @@ int roll_back(const Call &call)
     if (!sqlite3_get_autocommit(call.db)) rc = run(call, internal->rollback, "ROLLBACK");
     internal->renew_rollback = internal->renew_rollback || call.db == internal->db;
     if (sqlite3_get_autocommit(call.db)) begun_on(internal, call.db) = nullptr;
+    if (call.db == internal->db) qdb::end_recording(internal, false);
     return rc;
 }
 
@@ -67,6 +68,10 @@ uint32_t begin(qbdb_t *qbdb, sqlite3 *db, Purpose purpose, const char *file, uin
     int rc = internal->renew_rollback && db == internal->db ? renew_rollback(internal) : SQLITE_OK;
     if (rc == SQLITE_OK) rc = run(call, reads ? internal->begin_reading : internal->begin, sql);
     if (rc == SQLITE_OK) begun = db;
+    if (rc == SQLITE_OK && !reads && db == internal->db) {
+        rc = qdb::begin_recording(call);
+        if (rc != SQLITE_OK) roll_back(call);
+    }
     return static_cast<uint32_t>(rc);
 }
 
@@ -92,11 +97,18 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
     internal->refused = nullptr;
     const char *why = nullptr;
     const Call call{qbdb, db, &why, file, line};
-    int rc = qdb::ask_hook(call, "COMMIT");
+    bool discard = false;
+    int rc = qdb::finish_recording(call, &discard);
+    if (rc == SQLITE_OK && discard) {
+        qdb::ask_hook(call, "ROLLBACK");
+        return static_cast<uint32_t>(roll_back(call));
+    }
+    if (rc == SQLITE_OK) rc = qdb::ask_hook(call, "COMMIT");
     if (rc == SQLITE_OK) {
         rc = run(call, internal->commit, "COMMIT");
         if (rc == SQLITE_OK) {
             begun_on(internal, db) = nullptr;
+            if (db == internal->db) qdb::end_recording(internal, true);
             return SQLITE_OK;
         }
         why = sqlite3_errmsg(db);

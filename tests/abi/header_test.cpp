@@ -179,14 +179,14 @@ std::string joined(const std::vector<std::string> &lines)
 TEST(Symbols, ObjectLibraryExportsWhatItsHeadersDeclare)
 {
     const auto names = exported("libqbobj.so");
-    EXPECT_EQ(joined(names), joined(declared([](const std::string &header) { return header != "qbdb.h"; })));
+    EXPECT_EQ(joined(names), joined(declared([](const std::string &header) { return header.rfind("qbdb", 0) != 0; })));
     test::expect_golden("tests/abi/libqbobj.symbols", joined(names));
 }
 
 TEST(Symbols, SupportLibraryExportsWhatItsHeaderDeclares)
 {
     const auto names = exported("libqbdb.so");
-    EXPECT_EQ(joined(names), joined(declared([](const std::string &header) { return header == "qbdb.h"; })));
+    EXPECT_EQ(joined(names), joined(declared([](const std::string &header) { return header.rfind("qbdb", 0) == 0; })));
     test::expect_golden("tests/abi/libqbdb.symbols", joined(names));
 }
 

@@ -93,6 +93,8 @@ void add_options(CommandLine &line)
     flag("--table", options.output.table, "A table, into a file or pipe, too");
     flag("--compact", options.output.compact, "JSON in one line");
     flag("--with-secrets", options.output.secrets, "Secrets in clear, into a file or pipe, to be written back");
+    flag("--dry-run", options.dry_run, "Call the operation, print what it would change, and take it back");
+    flag("--changes", options.changes, "Print what the operation changed as well");
     flag("--read-only", options.database.read_only, "Open the database for reading only");
     number("--timeout", options.database.timeout_ms, "MS", "How long to wait for another process's lock")
         ->capture_default_str();
@@ -206,6 +208,16 @@ void refuse_surplus(const CommandLine &line, const CLI::App &command)
     }
 }
 
+/// What changes is shown of operations; a command that has a trial of its own takes the same option itself.
+void refuse_watching(const Options &options, const CLI::App &command)
+{
+    if (!options.dry_run && !options.changes) return;
+    const char *option = options.dry_run ? "--dry-run" : "--changes";
+    if (options.dry_run && command.get_option_no_throw("--dry-run"))
+        throw Failure(command.get_name(), std::string("write --dry-run behind the command"));
+    throw Failure(command.get_name(), std::string(option) + " is for operations");
+}
+
 /// A command's page, or an operation's or type's description; without a name the program's page.
 void print_help(const CommandLine &line, const std::string &name)
 {
@@ -238,6 +250,7 @@ CLI::App *add_command(CommandLine &line, const std::string &name, const std::str
     command->fallthrough();
     command->callback([&line, command, act = std::move(act)] {
         refuse_surplus(line, *command);
+        refuse_watching(line.options, *command);
         act();
     });
     return command;

@@ -17,6 +17,8 @@ struct Options {
     DatabaseOptions database;
     OutputOptions output;
     bool trace = false;
+    bool dry_run = false;  ///< An operation is called and taken back.
+    bool changes = false;  ///< What an operation changes is printed.
 };
 
 /// The sub-commands find here what they share.

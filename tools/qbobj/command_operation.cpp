@@ -1,9 +1,11 @@
 // qbobj OPERATION: a call of the object library.
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 #include "arguments.h"
 #include "call.h"
+#include "changes.h"
 #include "command_line.h"
 #include "describe.h"
 #include "failure.h"
@@ -63,10 +65,14 @@ void call(CommandLine &line, const QbobjOperation &operation)
     Database database = open_chosen_database(options);
     arguments.ask_for_secrets();
     Call call(operation, arguments);
+    std::optional<Watch> watch;
+    if (options.dry_run || options.changes) watch.emplace(database, options.dry_run);
     const std::string reported = call.run(database, options.database.timeout_ms);
     for (const std::string &warning : {reported, arguments.checks().warning()})
         if (!warning.empty()) print_warning(short_name(operation), warning);
-    print_outcome(call.outcome(options.output.secrets), options.output);
+    const Json outcome = call.outcome(options.output.secrets);
+    if (watch) print_changes(outcome, watch->finish(options.output.secrets), options.dry_run, options.output);
+    else print_outcome(outcome, options.output);
     line.status = call.status();
 }
 

@@ -32,8 +32,10 @@ public:
 
     /// Whether any statement but the one that begins a transaction ran.
     bool got_past_begin() const { return statements_ > 0; }
-    /// Whether a transaction was rolled back.
-    bool rolled_back() const { return rolled_back_; }
+    /// Says that what is called is taken back.
+    void set_trial(bool trial) { trial_ = trial; }
+    /// Whether a transaction was rolled back that should not have been.
+    bool rolled_back() const { return rolled_back_ && !trial_; }
     /// Whether a statement failed. A look-up that fails returns the same -1 as one that finds nothing.
     bool statement_failed() const;
     /// The last failure that the library logged; empty when it logged none.
@@ -51,6 +53,7 @@ private:
     uint64_t failures_before_ = 0;
     uint64_t statements_ = 0;
     bool rolled_back_ = false;
+    bool trial_ = false;
 };
 
 /// Creates a fresh appliance database, with a first volume unless the name is empty.

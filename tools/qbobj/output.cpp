@@ -16,7 +16,15 @@ namespace {
 
 constexpr size_t kUsualWidth = 80;
 
-/// Columns of the terminal; 0, for no limit, when standard output is none.
+std::string json_text(const Json &value, bool compact)
+{
+    constexpr int kIndent = 2;
+    // Bytes that are not UTF-8 can stand in a database that others wrote.
+    return value.dump(compact ? -1 : kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace
+
 size_t terminal_width()
 {
     winsize size{};
@@ -26,14 +34,10 @@ size_t terminal_width()
     return isatty(STDOUT_FILENO) ? kUsualWidth : 0;
 }
 
-std::string json_text(const Json &value, bool compact)
+bool prints_json(const OutputOptions &options)
 {
-    constexpr int kIndent = 2;
-    // Bytes that are not UTF-8 can stand in a database that others wrote.
-    return value.dump(compact ? -1 : kIndent, ' ', false, Json::error_handler_t::replace) + "\n";
+    return options.json || options.compact || (!options.table && !isatty(STDOUT_FILENO));
 }
-
-}  // namespace
 
 void print_text(const std::string &text)
 {
@@ -49,8 +53,7 @@ void print_json(const Json &value, const OutputOptions &options)
 void print_outcome(const Json &outcome, const OutputOptions &options)
 {
     if (outcome.is_discarded()) return;
-    const bool json = options.json || options.compact || (!options.table && !isatty(STDOUT_FILENO));
-    if (json) print_json(outcome, options);
+    if (prints_json(options)) print_json(outcome, options);
     else print_text(lay_out(outcome, terminal_width()));
 }
 

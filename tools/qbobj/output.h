@@ -15,6 +15,10 @@ struct OutputOptions {
     bool secrets = false;  ///< Secrets in clear, for a file or a pipe.
 };
 
+/// Whether results are printed as JSON.
+bool prints_json(const OutputOptions &options);
+/// Columns of the terminal; 0, for no limit, when standard output is none.
+size_t terminal_width();
 /// Prints an operation's outcome: as JSON when it is asked for or standard output is no terminal, else
 /// laid out for people. A discarded value prints nothing.
 void print_outcome(const Json &outcome, const OutputOptions &options);
