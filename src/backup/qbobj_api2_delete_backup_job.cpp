@@ -51,7 +51,7 @@ uint32_t delete_backup_jobs_of_share(CallContext *ctx, sqlite3 *db, int32_t shar
                    "DELETE FROM backup WHERE (src_type='share' AND src_share_proto=(SELECT S.name FROM share S WHERE "
                    "S.id==%d)) OR (dst_type='share' AND dst_share_proto=(SELECT S.name FROM share S WHERE S.id==%d))",
                    share_id, share_id)
-        .or_report(ctx, "Failed DB Query for share. %s");
+        .or_report(ctx, "Failed DB Query for 'DELETE backup'. %s");
 }
 
 }  // namespace qb

@@ -1,6 +1,6 @@
 #include "shares/share_purge.h"
 
-#include "frame/read_row.h"
+#include "backup/backup.h"
 
 namespace qb {
 namespace {
@@ -99,15 +99,6 @@ uint32_t remove_belongings(CallContext *ctx, sqlite3 *db, int32_t share_id)
     return 0;
 }
 
-uint32_t remove_backups(CallContext *ctx, sqlite3 *db, int32_t share_id)
-{
-    return execute(ctx, db,
-                   "DELETE FROM backup WHERE (src_type='share' AND src_share_proto=(SELECT S.name FROM share S WHERE "
-                   "S.id==%d)) OR (dst_type='share' AND dst_share_proto=(SELECT S.name FROM share S WHERE S.id==%d))",
-                   share_id, share_id)
-        .or_report(ctx, "Failed DB Query for 'DELETE backup'. %s");
-}
-
 /// Share numbers are reused: a process that held this share must not hold the next one of that number.
 constexpr Removal kProcesses = {"DELETE FROM process_on_share WHERE share_id=%d", "process_on_share"};
 
@@ -118,7 +109,7 @@ uint32_t share_purge(CallContext *ctx, sqlite3 *db, int32_t share_id)
     TRY(read_share(ctx, db, share_id));
     TRY(remove_protocols(ctx, db, share_id));
     TRY(remove_belongings(ctx, db, share_id));
-    TRY(remove_backups(ctx, db, share_id));
+    TRY(delete_backup_jobs_of_share(ctx, db, share_id));
     TRY(remove(ctx, db, kProcesses, share_id));
     TRY(execute(ctx, db, "DELETE FROM share WHERE id=%d", share_id).or_report(ctx, "Failed DB Query for share. %s"));
     if (sqlite3_changes(db) == 0) return REPORT(ctx, 6, "None of row is deleted. May be bad resource_id=%d'", share_id);

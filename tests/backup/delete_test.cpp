@@ -143,7 +143,7 @@ TEST_F(DeleteBackup, JobsGoWithTheirShare)
     EXPECT_EQ(jobs.Jobs, nullptr) << "what is left on the button does not show";
     fail_statement(1);
     EXPECT_EQ(qb::delete_backup_jobs_of_share(&ctx, db, 1), 5u);
-    EXPECT_STREQ(err.message, "Failed DB Query for share. injected");
+    EXPECT_STREQ(err.message, "Failed DB Query for 'DELETE backup'. injected");
 }
 
 }  // namespace
