@@ -538,6 +538,124 @@ QBOBJ_API uint32_t qbobj_addShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *
  */
 QBOBJ_API uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby, ErrorInfo *err);
 
+/* ---- Deleting ----------------------------------------------------------------------------------- */
+
+/**
+ * Deletes shares: all of a chain or none. What is deleted are the records; the folders are the caller's business.
+ *
+ * With a share go its options and access lists, quotas and measurements, snapshot schedule and policy, the catalogue of
+ * its snapshots and clones, the applications and processes on it, and the backup jobs that read or write it. The HTTP
+ * service that showed it first shows none.
+ *
+ * A share cannot go while an application uses it, nor while its folder holds another share's. That comparison is one of
+ * patterns: `_` and `%` in a path stand for any characters, and letter case does not count. Of a chain each record
+ * finds what those before it left, so shares that lie in another one come first.
+ *
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param share A chain of shares, each named by its key or else its `ShareId`; of the rest only is looked at whether
+ *              there is a `Cifs` block, with which the SMB service gets its settings made anew. Null does nothing.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 the share's row was gone when it came to it; 8 an id that is malformed,
+ *         or of no share, or of one that holds another; 902 an application uses the share: the message names it.
+ */
+QBOBJ_API uint32_t qbobj_deleteShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err);
+
+/**
+ * Deletes the block volume, or whatever share, of a data set with everything that belongs to it, as
+ * qbobj_deleteShare(); who uses it and what lies in it is not looked at.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set; null is none.
+ * @param err     Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such data set.
+ */
+QBOBJ_API uint32_t qbobj_deleteZvol(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, ErrorInfo *err);
+
+/**
+ * Deletes every share of a volume, as qbobj_deleteZvol().
+ * @param qbdb     Handle.
+ * @param db       Connection.
+ * @param volumeId Id of the volume; null, or one without shares, deletes nothing.
+ * @param err      Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 a share's row was gone when it came to it.
+ */
+QBOBJ_API uint32_t qbobj_deleteShareOnVolume(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, ErrorInfo *err);
+
+/**
+ * Takes a process off a share that it held. One that did not hold it is none to take off.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set of the share; null, or one that is not known, has no processes.
+ * @param pid     Process id; 0 for all that hold the share.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_deleteShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t pid,
+                                            ErrorInfo *err);
+
+/**
+ * Takes an application off a data set that it used. One that did not use it is none to take off.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set; null is none.
+ * @param usedby  The application: `AppName`. Null is refused.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure; 8 `usedby` or its `AppName` is null.
+ */
+QBOBJ_API uint32_t qbobj_deleteShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby,
+                                           ErrorInfo *err);
+
+/* ---- Migrating and copying ---------------------------------------------------------------------- */
+
+/**
+ * Marks a share that is about to move to another volume. One share of the whole appliance may be marked at a time. The
+ * share stays as it is until qbobj_postMigrateShare().
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param zfsName      Data set of the share; null, or one that is not known, marks nothing.
+ * @param destVolumeId Id of the volume to move to; whether there is one is not looked at. Null marks nothing.
+ * @param err          Out: error record, not null.
+ * @return 0; 5 database failure; 8 the data set lies on that volume already; 815 a share is marked.
+ */
+QBOBJ_API uint32_t qbobj_preMigrateShare(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, const char *destVolumeId,
+                                         ErrorInfo *err);
+
+/**
+ * Ends the migration of a share: takes the mark off and, after a success, moves the share with the catalogue of its
+ * snapshots and the applications on it to the new volume: volume id, path and data set. Whatever knows the share by
+ * number or by name (lists, quotas, schedules, clones, backup jobs, DFS links) stays as it is.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set of the share before it moved; null, or one that is not known, does nothing.
+ * @param success Whether the data was moved; 0 after a failure, which leaves the share where it was.
+ * @param newPath Out: the path on the volume that the mark names, in the call's pool, also without success; null
+ *                without a mark. Not written on failure. May be null.
+ * @param err     Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, or a success without a mark.
+ */
+QBOBJ_API uint32_t qbobj_postMigrateShare(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t success,
+                                          const char **newPath, ErrorInfo *err);
+
+/**
+ * Copies a share's configuration under a new name on the same volume: type, comment, owner and permissions, the data
+ * set's attributes, protocol options with their access lists, quotas, snapshot schedule and policy. Not copied are the
+ * visible snapshot folder, DFS links, rsync with its users, applications and measurements; the folder's content is the
+ * caller's business.
+ * @param qbdb         Handle.
+ * @param db           Connection.
+ * @param volumeName   Name of the volume that the share lies on: the data set is this, a slash, the share's name. Null is
+ *                     none.
+ * @param shareName    Name of the share; null is none.
+ * @param newShareName Name of the copy; null is refused.
+ * @param newShareId   Out: id of the copy; not written on failure. May be null.
+ * @param err          Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 8 no such volume or share, or a name that is not valid or reserved; 800
+ *         the name is taken.
+ */
+QBOBJ_API uint32_t qbobj_copyShare(qbdb_t *qbdb, sqlite3 *db, const char *volumeName, const char *shareName,
+                                   const char *newShareName, int32_t *newShareId, ErrorInfo *err);
+
 #ifdef __cplusplus
 }
 #endif

@@ -459,6 +459,52 @@ uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, Us
     return framed<x_qbobj_addShareUsedBy>("qbobj_addShareUsedBy", qbdb, db, err, zfsName, usedby);
 }
 
+// ---- Shares, deleting
+
+uint32_t qbobj_deleteShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteShare>("qbobj_deleteShare", qbdb, db, err, share);
+}
+
+uint32_t qbobj_deleteZvol(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteZvol>("qbobj_deleteZvol", qbdb, db, err, zfsName);
+}
+
+uint32_t qbobj_deleteShareOnVolume(qbdb_t *qbdb, sqlite3 *db, const char *volumeId, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteShareOnVolume>("qbobj_deleteShareOnVolume", qbdb, db, err, volumeId);
+}
+
+uint32_t qbobj_deleteShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t pid, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteShareProcess>("qbobj_deleteShareProcess", qbdb, db, err, zfsName, pid);
+}
+
+uint32_t qbobj_deleteShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby, ErrorInfo *err)
+{
+    return framed<x_qbobj_deleteShareUsedBy>("qbobj_deleteShareUsedBy", qbdb, db, err, zfsName, usedby);
+}
+
+// ---- Shares, migrating and copying
+
+uint32_t qbobj_preMigrateShare(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, const char *destVolumeId, ErrorInfo *err)
+{
+    return framed<x_qbobj_preMigrateShare>("qbobj_preMigrateShare", qbdb, db, err, zfsName, destVolumeId);
+}
+
+uint32_t qbobj_postMigrateShare(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, int32_t success, const char **newPath,
+                                ErrorInfo *err)
+{
+    return framed<x_qbobj_postMigrateShare>("qbobj_postMigrateShare", qbdb, db, err, zfsName, success, newPath);
+}
+
+uint32_t qbobj_copyShare(qbdb_t *qbdb, sqlite3 *db, const char *volumeName, const char *shareName,
+                         const char *newShareName, int32_t *newShareId, ErrorInfo *err)
+{
+    return framed<x_qbobj_copyShare>("qbobj_copyShare", qbdb, db, err, volumeName, shareName, newShareName, newShareId);
+}
+
 // ---- Protocol settings
 
 uint32_t qbobj_getProtocolCollection(qbdb_t *qbdb, sqlite3 *db, ProtocolCollection *collection, ErrorInfo *err)

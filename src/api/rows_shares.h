@@ -48,6 +48,31 @@ inline constexpr QbobjOperation kSharesRows[] = {
                  "Registers a process that holds a share.", in("zfsName").or_null(), in("pid"), in("blocking")),
     QB_OPERATION(addShareUsedBy, "share creation", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Registers an application that uses a data set.", in("zfsName").or_null(), in("usedby").or_null()),
+
+    // ---- deleting
+    QB_OPERATION(deleteShare, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8 902",
+                 "Deletes shares by ShareId, all or none, with everything that belongs to them.",
+                 in("share").or_null().chained().ignores("ShareName VolumeId Path ZfsName")),
+    QB_OPERATION(deleteZvol, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "2 5 6",
+                 "Deletes the block volume or share of a data set, whoever uses it.", in("zfsName").or_null()),
+    QB_OPERATION(deleteShareOnVolume, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "2 5 6",
+                 "Deletes every share of a volume, whoever uses it.", in("volumeId").or_null()),
+    QB_OPERATION(deleteShareProcess, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Takes a process off a share that it held, or all of them.", in("zfsName").or_null(), in("pid")),
+    QB_OPERATION(deleteShareUsedBy, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Takes an application off a data set that it used.", in("zfsName").or_null(),
+                 in("usedby").or_null().ignores("AppData")),
+
+    // ---- migrating and copying
+    QB_OPERATION(preMigrateShare, "share migration", kChanges, QBOBJ_RETURNS_CODE, "5 8 815",
+                 "Marks a share that is about to move to another volume.", in("zfsName").or_null(),
+                 in("destVolumeId").or_null()),
+    QB_OPERATION(postMigrateShare, "share migration", kChanges, QBOBJ_RETURNS_CODE, "2 5",
+                 "Ends a migration: moves the share's records, or leaves it where it was.", in("zfsName").or_null(),
+                 in("success"), out("newPath").or_null()),
+    QB_OPERATION(copyShare, "share migration", kChanges, QBOBJ_RETURNS_CODE, "2 5 8 800",
+                 "Copies a share's configuration under a new name.", in("volumeName").or_null(),
+                 in("shareName").or_null(), in("newShareName").or_null(), out("newShareId").or_null()),
 };
 
 }  // namespace qb

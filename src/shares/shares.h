@@ -23,6 +23,14 @@ Worker<qbobj_getShareProcess> x_qbobj_getShareProcess;
 Worker<qbobj_addShare> x_qbobj_addShare;
 Worker<qbobj_addShareProcess> x_qbobj_addShareProcess;
 Worker<qbobj_addShareUsedBy> x_qbobj_addShareUsedBy;
+Worker<qbobj_deleteShareProcess> x_qbobj_deleteShareProcess;
+Worker<qbobj_deleteShare> x_qbobj_deleteShare;
+Worker<qbobj_deleteZvol> x_qbobj_deleteZvol;
+Worker<qbobj_deleteShareOnVolume> x_qbobj_deleteShareOnVolume;
+Worker<qbobj_deleteShareUsedBy> x_qbobj_deleteShareUsedBy;
+Worker<qbobj_preMigrateShare> x_qbobj_preMigrateShare;
+Worker<qbobj_postMigrateShare> x_qbobj_postMigrateShare;
+Worker<qbobj_copyShare> x_qbobj_copyShare;
 
 /// Settings of the appliance that decide what is reported of a share; read once a call.
 struct ShareSettings {
