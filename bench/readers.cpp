@@ -1,4 +1,5 @@
-// How long reading calls take while others write, and what a second process adds. See docs/performance.md.
+// How long reading calls take while others write, what a second process adds, and what opening a handle costs. See
+// docs/performance.md.
 //
 //   qbobj_readers [SECONDS]    of each measurement, 5 unless it is given
 //
@@ -50,7 +51,8 @@ struct Shared {
 
 Shared *share_memory()
 {
-    void *memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    constexpr int kShared = MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE;
+    void *memory = mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, kShared, -1, 0);
     if (memory == MAP_FAILED) perror("mmap"), exit(1);
     return static_cast<Shared *>(memory);
 }
@@ -225,6 +227,26 @@ Reads measure(const std::string &path, const Load &load, int seconds)
     return {per_second, static_cast<double>(read) / used};
 }
 
+/// Opens the database again and again, as programs do that live for one request, and prints what one costs.
+void measure_opening(const std::string &path)
+{
+    constexpr size_t kTimes = 500;
+    std::vector<double> opened;
+    std::vector<double> called;
+    for (size_t i = 0; i < kTimes; i++) {
+        const auto since = Clock::now();
+        Handle at(path);
+        const auto open = Clock::now();
+        if (read_something(at, 3)) fprintf(stderr, "a call failed\n"), exit(1);
+        opened.push_back(std::chrono::duration<double, std::micro>(open - since).count());
+        called.push_back(std::chrono::duration<double, std::micro>(Clock::now() - open).count());
+    }
+    std::sort(opened.begin(), opened.end());
+    std::sort(called.begin(), called.end());
+    printf("opening a handle: median %.0f us, fastest quarter %.0f us; its first call %.0f us\n", opened[kTimes / 2],
+           opened[kTimes / 4], called[kTimes / 2]);
+}
+
 }  // namespace
 
 int main(int argc, char **argv)
@@ -238,6 +260,7 @@ int main(int argc, char **argv)
     const std::string directory = path;
     path += "/readers.db";
     bench::write_database(path, {.users = 1000});
+    measure_opening(path);
     printf("processes x threads, %d s each\n", seconds);
     const Reads one = measure(path, {1, 1, 100, false}, seconds);
     const Reads two = measure(path, {2, 1, 100, false}, seconds);
