@@ -47,6 +47,10 @@ typedef struct qbdb {
 /** Milliseconds that a statement waits for another process's lock unless qbdb_set_timeout says otherwise. */
 #define QBDB_DEFAULT_TIMEOUT_MS 5000
 
+/** Prepared statements that a connection keeps unless qbdb_set_statement_cache says otherwise: more than all
+ * operations together use. One takes some 3 KiB. */
+#define QBDB_DEFAULT_STATEMENTS 1024
+
 /** @name How to open @{ */
 #define QBDB_OPEN_EXISTING 0u /**< Read and write a database that exists. */
 #define QBDB_OPEN_CREATE 1u   /**< Create a fresh appliance database; the file must not exist or be empty. */

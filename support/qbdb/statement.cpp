@@ -15,9 +15,8 @@
 namespace qdb {
 namespace {
 
-constexpr uint32_t kPlanSlots = 1024;  // power of two
-constexpr uint32_t kEntrySlots = 512;  // power of two
-constexpr uint32_t kDefaultBound = 256;
+constexpr uint32_t kPlanSlots = 2048;   // power of two
+constexpr uint32_t kEntrySlots = 1024;  // power of two
 
 }  // namespace
 
@@ -522,7 +521,7 @@ StatementCache *create_cache(uint32_t bound)
     auto *cache = static_cast<StatementCache *>(sqlite3_malloc64(sizeof(StatementCache)));
     if (!cache) return nullptr;
     memset(cache, 0, sizeof *cache);
-    cache->bound = bound ? bound : kDefaultBound;
+    cache->bound = bound ? bound : QBDB_DEFAULT_STATEMENTS;
     return cache;
 }
 

@@ -1,5 +1,6 @@
 // Every statement of every operation fails, one at a time.
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -135,6 +136,37 @@ TEST_P(Statements, EachFails)
 }
 
 INSTANTIATE_TEST_SUITE_P(, Statements, testing::ValuesIn(families()), name_of_family);
+
+/// A family's calls on a connection that keeps every statement.
+struct Kept : Anomaly {
+    explicit Kept(const Family &tested) : Anomaly(tested) { qbdb_set_statement_cache(qbdb, 1 << 20); }
+    void TestBody() override {}
+
+    /// Bytes that each kept statement takes, by its text.
+    void add_to(std::map<std::string, int> *statements) const
+    {
+        for (sqlite3_stmt *each = sqlite3_next_stmt(db, nullptr); each; each = sqlite3_next_stmt(db, each))
+            (*statements)[sqlite3_sql(each)] = sqlite3_stmt_status(each, SQLITE_STMTSTATUS_MEMUSED, 0);
+    }
+};
+
+TEST(StatementCache, HoldsWhatAllOperationsUse)
+{
+    std::map<std::string, int> statements;
+    for (const Family &family : kFamilies) {
+        Kept kept(family);
+        for (const Trial &setup : family.trials) {
+            kept.begin(setup);
+            kept.run(setup);
+        }
+        kept.add_to(&statements);
+    }
+    long bytes = 0;
+    for (const auto &[text, size] : statements) bytes += size + static_cast<long>(text.size());
+    printf("%zu statements, %ld KiB\n", statements.size(), bytes / 1024);
+    EXPECT_GT(statements.size(), 400u);
+    EXPECT_LT(statements.size(), size_t{QBDB_DEFAULT_STATEMENTS});
+}
 
 TEST(Trials, EveryOperationHasOne)
 {
