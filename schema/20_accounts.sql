@@ -22,6 +22,10 @@ CREATE TABLE `$user` (
 );
 CREATE INDEX idx_user_group_id ON `$user` (group_id);
 CREATE INDEX idx_user_home ON `$user` (home);
+-- The users that the list shows, in its order. The conditions are those of the list, word for word, so that a page is
+-- counted and skipped in the index alone.
+CREATE INDEX idx_user_listed ON `$user` (uname, group_id, is_privileged, rid)
+    WHERE is_privileged=0 AND group_id<>98 AND rid IS NULL AND uname<>'nobody' AND uname<>'guest';
 
 -- One row per group; is_privileged and rid as for users, removed groups keep their row and name.
 CREATE TABLE `$group` (

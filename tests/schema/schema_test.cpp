@@ -150,6 +150,9 @@ const LookUp kLookUps[] = {
     {"idx_log_msg_tag", "SELECT COUNT(*) FROM `$log` L WHERE msg_tag='LOGMSG_A'"},
     {"idx_user_group_id", "SELECT EXISTS(SELECT * FROM `$user` U WHERE U.group_id=100)"},
     {"idx_user_home", "SELECT 1 FROM `$user` U WHERE U.home='/home/anna'"},
+    {"idx_user_listed",
+     "SELECT COUNT(*) FROM `$user` U WHERE (U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND "
+     "U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id<>97)"},
     {"idx_group_has_user_group_id", "DELETE FROM `$group_has_user` WHERE group_id=100"},
     {"idx_user_quota_share_id", "DELETE FROM user_quota WHERE share_id=1"},
     {"idx_group_quota_share_id", "DELETE FROM group_quota WHERE share_id=1"},
