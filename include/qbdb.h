@@ -173,6 +173,16 @@ typedef int (*qbdb_statement_hook)(void *context, const char *sql, const char *f
 QBDB_API void qbdb_set_statement_hook(qbdb_t *qbdb, qbdb_statement_hook hook, void *context);
 
 /**
+ * Tells whether somebody looks at each statement. Where nobody does, the object library reads the rows that hang on
+ * the records of a list by a few statements for all of them.
+ *
+ * A support library need not have this call: the object library then takes every statement for watched.
+ * @param qbdb The handle.
+ * @return 1 when a statement hook is installed, else 0.
+ */
+QBDB_API int qbdb_statements_watched(const qbdb_t *qbdb);
+
+/**
  * Brings data of the system into the database, inside the open transaction.
  * @param context  What was given with the hook.
  * @param qbdb     The handle.

@@ -29,6 +29,21 @@ uint32_t read_time_machine_allowance(CallContext *ctx, sqlite3 *db, int32_t user
     return 0;
 }
 
+bool read_allowances_of_users(CallContext *ctx, sqlite3 *db, const IdRange &users, Related *allowances)
+{
+    // The folder of one user is asked for, although nobody needs it: reading each user for itself would find out, too,
+    // when it cannot be had.
+    Related folder;
+    return folder.read(ctx, db,
+                       "SELECT A.home_volume_id || '/.timemachine/' || U.uname FROM account_default A, '$user' U WHERE "
+                       "U.id=%d",
+                       users.least) &&
+           allowances->read(ctx, db,
+                            "SELECT T.user_id,T.enabled,T.capacity_mb FROM '$timemachine_quota' T WHERE T.user_id "
+                            "BETWEEN %d AND %d ORDER BY T.user_id",
+                            users.least, users.most);
+}
+
 uint32_t count_allowances(CallContext *ctx, sqlite3 *db, int32_t *count)
 {
     return count_timemachine_quotas(ctx, db, *count).or_report(ctx, "Failed DB Query for $timemachine_quota. %s");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "frame/read_row.h"
+#include "frame/related.h"
 #include "qbobj/accounts.h"
 
 namespace qb {
@@ -35,5 +36,18 @@ uint32_t read_home_folder_settings(CallContext *ctx, sqlite3 *db, int32_t user_i
 
 /// Reads what hangs on a user: quotas (appended), home-folder settings, Time Machine allowance.
 uint32_t read_user_details(CallContext *ctx, sqlite3 *db, int32_t user_id, User *user);
+
+/// What hangs on the users of a list.
+struct UserRelations {
+    Related quotas;
+    Related homes;
+    Related allowances;  // whose there are: few, and each is measured
+
+    /// Reads it at once where that pays. False when each user has to be read for itself.
+    bool read(CallContext *ctx, sqlite3 *db, const IdRange &users);
+};
+
+/// As read_user_details, of what was read for the list.
+uint32_t take_user_details(CallContext *ctx, sqlite3 *db, UserRelations *related, int32_t user_id, User *user);
 
 }  // namespace qb

@@ -5,3 +5,4 @@
 #include "qbdb.h"
 
 extern "C" decltype(qbdb_sql_begin_read) qbdb_sql_begin_read __attribute__((weak));
+extern "C" decltype(qbdb_statements_watched) qbdb_statements_watched __attribute__((weak));

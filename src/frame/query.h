@@ -65,6 +65,7 @@ struct Rows {
     char **table = nullptr;
     int count = 0;
     int columns = 0;
+    int keys = 0;  // leading columns that no reader of a row sees
 
     Rows() = default;
     Rows(const Rows &) = delete;
@@ -72,7 +73,7 @@ struct Rows {
     ~Rows() { sqlite3_free_table(table); }
 
     /// A cell, null for NULL. Valid as long as the table.
-    const char *cell(int row, int column) const { return table[(row + 1) * columns + column]; }
+    const char *cell(int row, int column) const { return table[(row + 1) * columns + keys + column]; }
     /// A cell read as strtol does, base 10; 0 for NULL.
     int32_t int32(int row, int column) const;
     /// A cell read as strtoll does, base 10; 0 for NULL.

@@ -90,7 +90,7 @@ struct RowCursor {
 template <class... Fields>
 void read_row(CallContext *ctx, const Rows &rows, int row, Fields &&...fields)
 {
-    QB_ASSERT(rows.columns == static_cast<int>(sizeof...(fields)));
+    QB_ASSERT(rows.columns - rows.keys == static_cast<int>(sizeof...(fields)));
     RowCursor cursor{ctx, rows, row};
     (cursor.take(fields), ...);
 }

@@ -6,6 +6,7 @@
 
 #include "frame/list.h"
 #include "frame/read_row.h"
+#include "frame/related.h"
 #include "frame/set_list.h"
 #include "system/workers.h"
 #include "validate/validate.h"
@@ -132,6 +133,21 @@ uint32_t append_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
     return 0;
 }
 
+/// Counts what the filter selects, and all. Without a filter both are one statement, which runs twice only for those
+/// who watch.
+uint32_t count_entries(CallContext *ctx, sqlite3 *db, const Filter &filter, int32_t *matching, int32_t *all)
+{
+    const bool differ = !filter.conditions.empty() || statements_are_watched(ctx);
+    if (differ)
+        TRY(select_int32(ctx, db, *matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(),
+                         filter.conditions.text)
+                .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    TRY(select_int32(ctx, db, *all, "SELECT COUNT(*) FROM `$log` L")
+            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    if (!differ) *matching = *all;
+    return 0;
+}
+
 uint32_t read_log(CallContext *ctx, sqlite3 *db, const LogQuery *query, LogEntry **entries, int32_t *count,
                   int32_t *total, Rows &rows)
 {
@@ -142,11 +158,8 @@ uint32_t read_log(CallContext *ctx, sqlite3 *db, const LogQuery *query, LogEntry
     build_page(page, query);
 
     int32_t matching = 0;
-    TRY(select_int32(ctx, db, matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(), filter.conditions.text)
-            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
     int32_t all = 0;
-    TRY(select_int32(ctx, db, all, "SELECT COUNT(*) FROM `$log` L")
-            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    TRY(count_entries(ctx, db, filter, &matching, &all));
     TRY(select(ctx, db, rows,
                "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
                "ORDER BY L.id %s %s",

@@ -14,6 +14,11 @@ void qbdb_set_statement_hook(qbdb_t *qbdb, qbdb_statement_hook hook, void *conte
     qbdb->internal->statement_context = context;
 }
 
+int qbdb_statements_watched(const qbdb_t *qbdb)
+{
+    return qbdb->internal->statement_hook != nullptr;
+}
+
 void qbdb_set_import_hook(qbdb_t *qbdb, qbdb_import_hook hook, void *context)
 {
     qbdb->internal->import_hook = hook;
