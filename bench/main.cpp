@@ -4,9 +4,13 @@
 //   qbobj_bench [--quick] [--json FILE]        the table
 //   qbobj_bench --once CASE WAY COUNT          COUNT calls and nothing else, for an instruction count
 //   qbobj_bench --cases                        the names that --once takes
+//   qbobj_bench --count CASE...                one call of each of the small cases, in counted_call(), for a count
+//   qbobj_bench --build                        what instruction counts depend on beside the sources
 //   qbobj_bench --database FILE USERS          leaves a filled database for a peer in another process
 #include <apr_allocator.h>
+#include <gnu/libc-version.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -490,6 +494,34 @@ int run_once(const std::string &name, const std::string &way_name, int count)
 
 }  // namespace
 
+/// Its name is how the counting program finds it.
+extern "C" __attribute__((noinline)) void counted_call(const Case &measured)
+{
+    call_once(measured, kOurs);
+}
+
+namespace {
+
+/// Calls of small cases for the program that counts the instructions of this function.
+int count_calls(const std::vector<std::string> &names)
+{
+    const std::vector<Case> cases = all_cases(true);
+    for (const std::string &name : names) {
+        const auto found =
+            std::find_if(cases.begin(), cases.end(), [&](const Case &each) { return each.name == name; });
+        if (found == cases.end()) return fprintf(stderr, "no small case %s\n", name.c_str()), 2;
+        for (int i = 0; i < 2; i++) {  // statements are prepared, pools have grown
+            call_once(*found, kOurs);
+            undo(*found);
+        }
+        counted_call(*found);
+        undo(*found);
+    }
+    return 0;
+}
+
+}  // namespace
+
 int main(int argc, char **argv)
 {
     bool quick = false;
@@ -501,13 +533,17 @@ int main(int argc, char **argv)
         else if (word == "--once" && i + 3 < argc) return run_once(argv[i + 1], argv[i + 2], atoi(argv[i + 3]));
         else if (word == "--database" && i + 2 < argc)
             return write_database(argv[i + 1], {.users = atoi(argv[i + 2])}), 0;
+        else if (word == "--count") return count_calls({argv + i + 1, argv + argc});
+        else if (word == "--build")
+            return printf("compiler %s, SQLite %s, glibc %s\n", __VERSION__, sqlite3_libversion(),
+                          gnu_get_libc_version()), 0;
         else if (word == "--cases") {
             for (const Case &each : all_cases(false)) printf("%s\t%d\n", each.name.c_str(), each.records);
             return 0;
         } else {
             fprintf(stderr,
-                    "usage: qbobj_bench [--quick] [--json FILE] | --once CASE WAY COUNT | --cases | --database "
-                    "FILE USERS\n");
+                    "usage: qbobj_bench [--quick] [--json FILE] | --once CASE WAY COUNT | --cases | --count CASE... | "
+                    "--build | --database FILE USERS\n");
             return 2;
         }
     }
