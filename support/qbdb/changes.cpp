@@ -21,7 +21,7 @@ constexpr struct {
 struct Reading {
     sqlite3 *db;
     sqlite3_changeset_iter *iterator = nullptr;
-    const char *table = nullptr;
+    char *table = nullptr;  // a copy: the iterator has one place for the names of all tables
     int count = 0;
     sqlite3_stmt *names = nullptr;  // holds the names of the columns
     void *room = nullptr;
@@ -35,10 +35,12 @@ struct Reading {
     ~Reading()
     {
         sqlite3_finalize(names);
+        sqlite3_free(table);
         sqlite3_free(room);
         if (iterator) sqlite3changeset_finalize(iterator);
     }
 
+    bool is_at(const char *name) const { return table && strcmp(table, name) == 0; }
     int enter_table(const char *name, int columns_in_it, bool by_row_number);
     int read_row(int operation);
 };
@@ -46,7 +48,8 @@ struct Reading {
 /// The names come from a statement on the table, which keeps them. A table recorded by row number has one column more.
 int Reading::enter_table(const char *name, int columns_in_it, bool by_row_number)
 {
-    table = name;
+    sqlite3_free(table);
+    table = sqlite3_mprintf("%s", name);
     count = columns_in_it;
     sqlite3_finalize(names);
     names = nullptr;
@@ -54,7 +57,7 @@ int Reading::enter_table(const char *name, int columns_in_it, bool by_row_number
     const auto size = static_cast<size_t>(count);
     room = sqlite3_malloc64(size * (sizeof *columns + 2 * sizeof *before));
     char *sql = sqlite3_mprintf("SELECT %s* FROM main.\"%w\"", by_row_number ? "_rowid_," : "", name);
-    if (!room || !sql) {
+    if (!table || !room || !sql) {
         sqlite3_free(sql);
         return SQLITE_NOMEM;
     }
@@ -107,7 +110,7 @@ int qbdb_changes_read(qbdb_t *, sqlite3 *db, const void *changes, int size, qbdb
         int operation = 0;
         rc = sqlite3changeset_op(reading.iterator, &table, &count, &operation, nullptr);
         if (rc == SQLITE_OK) rc = sqlite3changeset_pk(reading.iterator, &key, nullptr);
-        if (rc == SQLITE_OK && table != reading.table) rc = reading.enter_table(table, count, has_no_key(db, table));
+        if (rc == SQLITE_OK && !reading.is_at(table)) rc = reading.enter_table(table, count, has_no_key(db, table));
         if (rc == SQLITE_OK) rc = reading.read_row(operation);
         if (rc != SQLITE_OK) return rc & 0xFF;
         const qbdb_change change = {table, operation, count, reading.columns, key, reading.before, reading.after};

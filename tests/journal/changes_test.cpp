@@ -88,6 +88,16 @@ TEST_F(Changes, AreTheNetOfATransaction)
                 UnorderedElementsAre("host - id*:i1/- name:tb/-", "host + id*:-/i7 name:-/tb"));
 }
 
+TEST_F(Changes, HaveTheNamesOfTheirOwnTable)
+{
+    sql("CREATE TABLE few (id INTEGER PRIMARY KEY, a); CREATE TABLE two (id INTEGER PRIMARY KEY, b);"
+        "CREATE TABLE more (id INTEGER PRIMARY KEY, c, d, e, f, g, h)");
+    EXPECT_THAT(changed_by({"INSERT INTO few VALUES(1,'a')", "INSERT INTO two VALUES(1,'b')",
+                            "INSERT INTO more VALUES(1,'c',2,3,4,5,6)"}),
+                UnorderedElementsAre("few + id*:-/i1 a:-/ta", "two + id*:-/i1 b:-/tb",
+                                     "more + id*:-/i1 c:-/tc d:-/i2 e:-/i3 f:-/i4 g:-/i5 h:-/i6"));
+}
+
 TEST_F(Changes, OfTablesWithoutAKeyAreToldByRowNumber)
 {
     EXPECT_THAT(changed_by({"UPDATE service_ssh SET port=2222"}),
