@@ -1,4 +1,5 @@
 // Deleting shares one by one, in chains, by data set and by volume; taking processes and applications off them.
+#include "fixture/plans.h"
 #include "share_removal/removal.h"
 
 using namespace test;
@@ -202,6 +203,20 @@ TEST_F(DeleteShare, ARowThatDoesNotGoIsTold)
 {
     sql("CREATE TRIGGER stays BEFORE DELETE ON share BEGIN SELECT RAISE(IGNORE); END");
     expect_failure(6, "None of row is deleted. May be bad resource_id=1'", [&] { return remove("1"); });
+}
+
+TEST_F(DeleteShare, LooksEverythingUpByIndexes)
+{
+    take_statements();
+    expect_removed("1");
+    EXPECT_EQ(qbobj_deleteZvol(qbdb, db, "tank/photos", &err), 0u);
+    EXPECT_EQ(qbobj_deleteShareOnVolume(qbdb, db, "tank", &err), 0u);
+    EXPECT_EQ(qbobj_deleteShareProcess(qbdb, db, "tank/photos", 0, &err), 0u);
+    UsedBy used{nullptr, "tm", nullptr};
+    EXPECT_EQ(qbobj_deleteShareUsedBy(qbdb, db, "tank/photos", &used, &err), 0u);
+    EXPECT_EQ(qbobj_preMigrateShare(qbdb, db, "tank/media", "pool2", &err), 0u);
+    EXPECT_EQ(qbobj_postMigrateShare(qbdb, db, "tank/media", 1, nullptr, &err), 0u);
+    expect_indexed(db, take_statements(), {{"share", " LIKE ", "a path that begins with another without regard to case"}});
 }
 
 // ---- by data set and by volume
