@@ -356,6 +356,58 @@ QBOBJ_API const QbobjOperation *qbobj_operations(void);
  */
 QBOBJ_API const QbobjOperation *qbobj_find_operation(const char *name);
 
+/**
+ * @name Meanings
+ * What this interface's headers say of a type, a field, an operation, an argument or a result, as plain text: a line a
+ * paragraph. Each returns a static text, or null for what is in none of the tables.
+ * @{
+ */
+
+/**
+ * Tells what a record type stands for.
+ * @param type Field table of the type.
+ * @return The text.
+ */
+QBOBJ_API const char *qbobj_type_meaning(const QbobjField *type);
+
+/**
+ * Tells what a field holds: whether it is given, returned or both, its range, unit and default.
+ * @param type  Field table of the record's type.
+ * @param field The field's entry in that table.
+ * @return The text.
+ */
+QBOBJ_API const char *qbobj_field_meaning(const QbobjField *type, const QbobjField *field);
+
+/**
+ * Tells what an operation does.
+ * @param operation Row of the operation table.
+ * @return The text.
+ */
+QBOBJ_API const char *qbobj_operation_meaning(const QbobjOperation *operation);
+
+/**
+ * Tells what an argument is for.
+ * @param operation Row of the operation table.
+ * @param argument  One of its arguments.
+ * @return The text.
+ */
+QBOBJ_API const char *qbobj_argument_meaning(const QbobjOperation *operation, const QbobjArgument *argument);
+
+/**
+ * Tells what an operation returns.
+ * @param operation Row of the operation table.
+ * @return The text.
+ */
+QBOBJ_API const char *qbobj_result_meaning(const QbobjOperation *operation);
+/** @} */
+
+/**
+ * The version of the library that runs, "1.0.0". Within a major version the rows of the tables keep their layout: what
+ * there is to add about a type or an operation comes as a function, as the meanings above do.
+ * @return A static text.
+ */
+QBOBJ_API const char *qbobj_version(void);
+
 /** @name Category words of the system log @{ */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_SNAPSHOT; /**< "snapshot" */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_MBACKUP;  /**< "mbackup" */

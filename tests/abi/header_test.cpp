@@ -267,6 +267,12 @@ bool is_operation(const std::string &name)
         "qbobj_find_operation",
         "qbobj_api2_utils_dump_object",
         "qbobj_api2_dump_struct",
+        "qbobj_type_meaning",
+        "qbobj_field_meaning",
+        "qbobj_operation_meaning",
+        "qbobj_argument_meaning",
+        "qbobj_result_meaning",
+        "qbobj_version",
     };
     return name.rfind("qbobj_", 0) == 0 && name.rfind("qbobj_clear_", 0) != 0 &&
            name.rfind("qbobj_validate_", 0) != 0 && !others.count(name);

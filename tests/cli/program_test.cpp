@@ -390,7 +390,8 @@ TEST_F(Program, WorksWithASupportLibraryThatHasNoCallForReaders)
 {
     const auto with_the_contract_only = [this](std::vector<std::string> words) {
         words.insert(words.begin(), {test::program(), "-d", path});
-        return test::run_command(words, "", [] { setenv("LD_LIBRARY_PATH", test::build_path("tests/contract").c_str(), 1); });
+        return test::run_command(words, "",
+                                 [] { setenv("LD_LIBRARY_PATH", test::build_path("tests/contract").c_str(), 1); });
     };
     EXPECT_EQ(with_the_contract_only({"addLog", "1"}).status, 0);
     EXPECT_THAT(with_the_contract_only({"getLog", "--compact"}).out, HasSubstr("\"total\":1"));
@@ -618,6 +619,10 @@ TEST_F(Program, DescribesEveryOperationAndType)
               json::parse(R"({"0":"done","1":"refused: 8, 822, 844","2":"wrong usage, nothing was called",
                 "3":"nothing found, or nothing changed: 6","4":"the database is locked or failed: 5",
                 "5":"out of memory"})"));
+    EXPECT_THAT(run({"describe", "getUID"}).out, HasSubstr("Name of the user; null for the local guest.\n"));
+    const json uid = json::parse(run({"describe", "getUID", "--json"}).out);
+    EXPECT_EQ(uid["arguments"][0]["meaning"], "Name of the user; null for the local guest.");
+    EXPECT_EQ(uid["result"], "0 found, 0xFFFFFFFF (-1) not found or database failure.");
     const Result user = run({"describe", "User"});
     EXPECT_THAT(user.out, HasSubstr("Password            text, secret\n"));
     EXPECT_THAT(user.out, HasSubstr("UserQuota           list of Quota\n"));
@@ -635,11 +640,19 @@ TEST_F(Program, FindsTheTypeThatOnlyAnArgumentHas)
     ASSERT_EQ(qbobj_find_type("FolderAttribute"), nullptr) << "it is not in the type-name table";
     EXPECT_EQ(run({"describe", "FolderAttribute"}).out,
               "FolderAttribute: a record\n\n"
+              "What getFolderAttribute() tells of a folder. It is none of the types of qbobj_types(); its field\n"
+              "table is found in the row of the operation.\n\n"
               "  ShareFlags   unsigned 32-bit number\n"
+              "               QBOBJ_FOLDER_SHARED and QBOBJ_FOLDER_HIDDEN, or 0.\n"
               "  MediaType    unsigned 32-bit number\n"
+              "               DLNA media type of the share: 0 all or none, 1 music, 2 photo, 3 video.\n"
               "  Comment      text\n"
+              "               The share's comment; \"\" when there is none or the folder is not a share's own; null\n"
+              "               when the folder is neither of a share nor of a home folder.\n"
               "  IsHome       unsigned 32-bit number\n"
-              "  IsSubfolder  unsigned 32-bit number\n\n"
+              "               1 for a user's home folder and for what lies in it.\n"
+              "  IsSubfolder  unsigned 32-bit number\n"
+              "               1 for a folder below that of a share, or below a home folder.\n\n"
               "Used by getFolderAttribute\n");
     EXPECT_EQ(json::parse(run({"describe", "FolderAttribute", "--json"}).out)["fields"].size(), 5u);
     EXPECT_EQ(run({"list", "--types", "Folder*"}).out, "FolderAttribute\n");

@@ -306,7 +306,9 @@ TEST_F(GroupListDeathTest, ACollectionIsRequired)
     EXPECT_DEATH(qbobj_getGroupCollection(qbdb, db, nullptr, &query, &err), "groups");
     EXPECT_DEATH(qbobj_getGroup(qbdb, db, nullptr, &err), "group");
     EXPECT_DEATH(qbobj_getSystemGroup(qbdb, db, nullptr, &err), "group");
-    EXPECT_DEATH(qbobj_getGID(qbdb, db, "staff", nullptr, &err), "id");
+    EXPECT_DEATH(qbobj_getGID(qbdb, db, "staff", nullptr, &err), "Assertion.*id");
+    EXPECT_DEATH(qbobj_getPrimaryGID(qbdb, db, "anna", nullptr, &err), "Assertion.*id");
+    EXPECT_DEATH(qbobj_getGroupName(qbdb, db, 100, nullptr, &err), "Assertion.*name");
 }
 
 struct SingleGroup : test::GroupDatabase {

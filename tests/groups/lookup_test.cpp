@@ -128,6 +128,14 @@ TEST_F(GroupLookup, PosixIdOfAName)
     EXPECT_EQ(err.code, 0u);
 }
 
+TEST_F(GroupLookup, TheDirectoryMayAnswerWithTheIdZero)
+{
+    switch_to_directory();
+    const qbdb_directory_hooks hooks{nullptr, nullptr, [](void *, const char *) { return 0; }, nullptr, nullptr};
+    qbdb_set_directory_hooks(qbdb, &hooks);
+    EXPECT_EQ(posix("DOM\\root"), 0u);
+}
+
 TEST_F(GroupLookup, PosixIdOfAnId)
 {
     EXPECT_EQ(qbobj_getPosixGIDbyGID(qbdb, db, 0, &err), 0u);

@@ -100,6 +100,23 @@ bool is_scalar(const QbobjArgument &argument)
            argument.kind == QBOBJ_KIND_STRING;
 }
 
+void refuse_empty_change(const QbobjOperation &operation)
+{
+    if (!operation.changes) return;
+    bool any = false;
+    bool nullable = true;
+    for (size_t i = 0; i < operation.count; i++) {
+        const QbobjArgument &argument = operation.arguments[i];
+        if (!is_input(argument)) continue;
+        if (is_scalar(argument) && !argument.optional) return;
+        any = true;
+        nullable = nullable && argument.optional;
+    }
+    if (!any) return;
+    throw Failure("it changes the database, and nothing is given: \"qbobj describe " + short_name(operation) +
+                  "\" shows the arguments" + (nullable ? "; null says that nothing is meant" : ""));
+}
+
 Arguments::~Arguments()
 {
     for (std::optional<Json> &value : given_)
@@ -136,6 +153,11 @@ void Arguments::take(const std::vector<std::string> &words)
         named_[i].reset();
     }
     for (const std::string &text : bare) take_bare(text);
+    judge();
+}
+
+void Arguments::judge() const
+{
     for (size_t i = 0; i < operation_.count; i++)
         if (given_[i]) checks_.judge(operation_.arguments[i], *given_[i]);
 }

@@ -32,6 +32,8 @@ public:
     void take(const std::vector<std::string> &words);
     /// Takes one JSON document that nobody could read over the caller's shoulder.
     void take(Json document) { take_document(std::move(document), false); }
+    /// Refuses values that the tables refuse. Words are judged as they are taken.
+    void judge() const;
     /// Asks for the secrets that were given as "-": last of all, when everything else is known to be right.
     void ask_for_secrets();
     /// What was given for an argument; none when nothing was, or null.
@@ -83,6 +85,9 @@ private:
 std::string short_name(const QbobjOperation &operation);
 /// Whether a caller gives a value for an argument.
 bool is_input(const QbobjArgument &argument);
+/// What changes the database is not called with nothing: who means that says null. A number or a text that is
+/// needed is asked for by its name instead.
+void refuse_empty_change(const QbobjOperation &operation);
 /// Whether an argument is a number or a text.
 bool is_scalar(const QbobjArgument &argument);
 

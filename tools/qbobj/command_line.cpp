@@ -15,8 +15,8 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list, add_describe, add_completion,
-                                                add_import_users, add_help, add_version};
+constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list,  add_describe, add_completion,
+                                                add_import_users, add_batch, add_help,     add_version};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"
@@ -211,7 +211,8 @@ void refuse_surplus(const CommandLine &line, const CLI::App &command)
 /// What changes is shown of operations; a command that has a trial of its own takes the same option itself.
 void refuse_watching(const Options &options, const CLI::App &command)
 {
-    if (!options.dry_run && !options.changes) return;
+    const bool makes_calls = command.get_name() == "batch";
+    if (makes_calls || (!options.dry_run && !options.changes)) return;
     const char *option = options.dry_run ? "--dry-run" : "--changes";
     if (options.dry_run && command.get_option_no_throw("--dry-run"))
         throw Failure(command.get_name(), std::string("write --dry-run behind the command"));

@@ -35,6 +35,7 @@ void add_list(CommandLine &line);
 void add_describe(CommandLine &line);
 void add_completion(CommandLine &line);
 void add_import_users(CommandLine &line);
+void add_batch(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}

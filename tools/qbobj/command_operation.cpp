@@ -28,25 +28,6 @@ std::vector<std::string> words_of(const CommandLine &line)
     return words;
 }
 
-/// What changes the database is not called with nothing: who means that says null. A number or a text that is
-/// needed is asked for by its name instead.
-void refuse_empty_change(const QbobjOperation &operation, const std::vector<std::string> &words)
-{
-    if (!words.empty() || !operation.changes) return;
-    bool any = false;
-    bool nullable = true;
-    for (size_t i = 0; i < operation.count; i++) {
-        const QbobjArgument &argument = operation.arguments[i];
-        if (!is_input(argument)) continue;
-        if (is_scalar(argument) && !argument.optional) return;
-        any = true;
-        nullable = nullable && argument.optional;
-    }
-    if (!any) return;
-    throw Failure("it changes the database, and nothing is given: \"qbobj describe " + short_name(operation) +
-                  "\" shows the arguments" + (nullable ? "; null says that nothing is meant" : ""));
-}
-
 void call(CommandLine &line, const QbobjOperation &operation)
 {
     const Options &options = line.options;
@@ -55,7 +36,7 @@ void call(CommandLine &line, const QbobjOperation &operation)
     StandardInput input;
     Arguments arguments(operation, input);
     const std::vector<std::string> words = words_of(line);
-    refuse_empty_change(operation, words);
+    if (words.empty()) refuse_empty_change(operation);
     arguments.take(words);
     arguments.checks().refuse_useless();
     // First with the secrets left out, so that nobody types a password for a call that cannot be made.

@@ -22,7 +22,7 @@ _qbobj() {
     (( ${#words[@]} > 1 )) && previous=${words[-2]}
     COMPREPLY=()
     case $previous in
-        -d|--database|--root|init|importUsers)
+        -d|--database|--root|init|importUsers|batch)
             if [[ $current != -* ]]; then
                 mapfile -t COMPREPLY < <(compgen -f -- "$current")
                 return
@@ -52,7 +52,7 @@ constexpr const char *kZshScript = R"script(#compdef qbobj
 _qbobj() {
     local -a candidates open closed
     case ${words[CURRENT-1]} in
-        -d|--database|--root|init|importUsers) [[ ${words[CURRENT]} == -* ]] || { _files; return } ;;
+        -d|--database|--root|init|importUsers|batch) [[ ${words[CURRENT]} == -* ]] || { _files; return } ;;
     esac
     case ${words[CURRENT]} in
         @*) compset -P @; _files; return ;;

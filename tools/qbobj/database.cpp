@@ -90,6 +90,15 @@ void Database::log(void *self, const char *file, uint32_t line, uint32_t level, 
     if (level <= database->shown_level_) fprintf(stderr, "%s:%u: [%u] %s\n", file, line, level, shown.c_str());
 }
 
+void Database::begin_call()
+{
+    failures_before_ = failed_statements;
+    statements_ = 0;
+    rolled_back_ = false;
+    logged_failure_.clear();
+    if (qbdb_request_begin(qbdb_) != 0) throw Failure("out of memory", Status::kMemory);
+}
+
 bool Database::statement_failed() const
 {
     return failed_statements > failures_before_;

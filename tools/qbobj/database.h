@@ -27,6 +27,8 @@ public:
 
     qbdb_t *handle() const { return qbdb_; }
     sqlite3 *connection() const { return db_; }
+    /// Forgets what was seen of earlier calls, and gives back what they returned.
+    void begin_call();
     /// Texts that must not appear in a log line.
     void hide(const std::vector<std::string_view> &secrets) { secrets_ = secrets; }
 

@@ -95,6 +95,31 @@ std::string padded(std::string text, size_t width)
     return text;
 }
 
+/// A text in lines of at most 100 columns, each behind an indent.
+std::string wrapped(const char *text, size_t indent)
+{
+    std::string lines;
+    std::istringstream paragraphs(text ? text : "");
+    for (std::string paragraph; std::getline(paragraphs, paragraph);) {
+        std::istringstream words(paragraph);
+        std::string line;
+        for (std::string word; words >> word;) {
+            if (!line.empty() && indent + line.size() + 1 + word.size() > 100) {
+                lines += std::string(indent, ' ') + line + "\n";
+                line.clear();
+            }
+            line += (line.empty() ? "" : " ") + word;
+        }
+        lines += std::string(indent, ' ') + line + "\n";
+    }
+    return lines;
+}
+
+Json text_or_null(const char *text)
+{
+    return text ? Json(text) : Json(nullptr);
+}
+
 const char *direction_word(QbobjDirection direction)
 {
     switch (direction) {
@@ -241,9 +266,11 @@ Json exit_json(const QbobjOperation &operation)
 std::string operation_text(const QbobjOperation &operation)
 {
     std::string text = short_name(operation) + ": " + operation.summary + "\n\n  " + usage(operation) + "\n\n";
+    text += wrapped(qbobj_operation_meaning(&operation), 0) + "\n";
     text += std::string("Family   ") + operation.family + "\n";
     text += std::string("Changes  ") + (operation.changes ? "the database" : "nothing, it only reads") + "\n";
     text += std::string("Returns  ") + return_words(operation) + "\n";
+    text += wrapped(qbobj_result_meaning(&operation), 9);
     size_t longest = 0;
     for (uint32_t i = 0; i < operation.count; i++) longest = std::max(longest, strlen(operation.arguments[i].name));
     if (operation.count > 0) text += "\nArguments\n";
@@ -252,6 +279,7 @@ std::string operation_text(const QbobjOperation &operation)
         text += "  " + padded(argument.name, longest + 2) + padded(direction_word(argument.direction), 12) +
                 kind_word(argument) + (argument.optional ? ", may be left out" : "") + "\n";
         if (argument.type) text += std::string(longest + 16, ' ') + "(qbobj describe " + argument.type->name + ")\n";
+        text += wrapped(qbobj_argument_meaning(&operation, &argument), longest + 16);
         text += argument_remarks(argument, longest + 16);
     }
     return text + codes_text(operation) + exit_text(operation);
@@ -263,6 +291,7 @@ Json operation_json(const QbobjOperation &operation)
     for (uint32_t i = 0; i < operation.count; i++) {
         const QbobjArgument &argument = operation.arguments[i];
         arguments.push_back({{"name", argument.name},
+                             {"meaning", text_or_null(qbobj_argument_meaning(&operation, &argument))},
                              {"direction", direction_word(argument.direction)},
                              {"kind", kind_word(argument)},
                              {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
@@ -272,9 +301,16 @@ Json operation_json(const QbobjOperation &operation)
                              {"ignores", names_in(argument.ignores)},
                              {"keeps", names_in(argument.keeps)}});
     }
-    return {{"name", short_name(operation)},     {"family", operation.family},         {"summary", operation.summary},
-            {"changes", operation.changes != 0}, {"returns", return_words(operation)}, {"codes", codes_of(operation)},
-            {"arguments", std::move(arguments)}, {"exit", exit_json(operation)}};
+    return {{"name", short_name(operation)},
+            {"family", operation.family},
+            {"summary", operation.summary},
+            {"meaning", text_or_null(qbobj_operation_meaning(&operation))},
+            {"result", text_or_null(qbobj_result_meaning(&operation))},
+            {"changes", operation.changes != 0},
+            {"returns", return_words(operation)},
+            {"codes", codes_of(operation)},
+            {"arguments", std::move(arguments)},
+            {"exit", exit_json(operation)}};
 }
 
 bool uses(const QbobjOperation &operation, const QbobjField *type)
@@ -298,12 +334,14 @@ std::string type_text(const QbobjField *type)
 {
     std::string text = std::string(type->name) + ": a record" + (is_list(type) ? " that stands in lists" : "");
     text += is_bare_list(type) ? ", in JSON the array itself\n\n" : "\n\n";
+    text += wrapped(qbobj_type_meaning(type), 0) + "\n";
     size_t longest = strlen(kKeyWord);
     for (const std::string_view name : field_names(type)) longest = std::max(longest, name.size());
     if (has_key_word(type))
         text += "  " + padded(kKeyWord, longest + 2) + "text, the key word by which it is addressed\n";
     for (const QbobjField *field = type + 1; field->kind != '.'; field++)
-        text += "  " + padded(field->name, longest + 2) + kind_name(field) + remarks(type, field) + "\n";
+        text += "  " + padded(field->name, longest + 2) + kind_name(field) + remarks(type, field) + "\n" +
+                wrapped(qbobj_field_meaning(type, field), longest + 4);
     std::string users;
     for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
         if (uses(*row, type)) users += (users.empty() ? "" : ", ") + short_name(*row);
@@ -316,12 +354,17 @@ Json type_json(const QbobjField *type)
     Json fields = Json::array();
     for (const QbobjField *field = type + 1; field->kind != '.'; field++)
         fields.push_back({{"name", field->name},
+                          {"meaning", text_or_null(qbobj_field_meaning(type, field))},
                           {"kind", kind_name(field)},
                           {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
                           {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
                           {"secret", qbobj_is_secret(type, field) != 0},
                           {"words", words_in(qbobj_field_words(type, field))}});
-    return {{"name", type->name}, {"list", is_list(type)}, {"key", has_key_word(type)}, {"fields", std::move(fields)}};
+    return {{"name", type->name},
+            {"meaning", text_or_null(qbobj_type_meaning(type))},
+            {"list", is_list(type)},
+            {"key", has_key_word(type)},
+            {"fields", std::move(fields)}};
 }
 
 [[noreturn]] void refuse_unknown(const std::string &name)

@@ -71,17 +71,21 @@ std::string readable(std::string text)
 
 }  // namespace
 
+Json failure_to_json(const Failure &failure)
+{
+    const auto text_or_null = [](const std::string &text) { return text.empty() ? Json(nullptr) : Json(text); };
+    return {{"operation", text_or_null(failure.operation)},
+            {"code", failure.code ? Json(*failure.code) : Json(nullptr)},
+            {"message", failure.what()},
+            {"file", text_or_null(failure.file)},
+            {"line", failure.line ? Json(failure.line) : Json(nullptr)},
+            {"status", static_cast<int>(failure.status)}};
+}
+
 void print_failure(const Failure &failure, const OutputOptions &options)
 {
     if (options.json) {
-        const auto text_or_null = [](const std::string &text) { return text.empty() ? Json(nullptr) : Json(text); };
-        const Json object = {{"operation", text_or_null(failure.operation)},
-                             {"code", failure.code ? Json(*failure.code) : Json(nullptr)},
-                             {"message", failure.what()},
-                             {"file", text_or_null(failure.file)},
-                             {"line", failure.line ? Json(failure.line) : Json(nullptr)},
-                             {"status", static_cast<int>(failure.status)}};
-        fputs(json_text(object, options.compact).c_str(), stderr);
+        fputs(json_text(failure_to_json(failure), options.compact).c_str(), stderr);
         return;
     }
     std::string text = "qbobj: ";

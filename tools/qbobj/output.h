@@ -27,6 +27,8 @@ void print_json(const Json &value, const OutputOptions &options);
 /// Prints a text as it is.
 void print_text(const std::string &text);
 
+/// A failure as a JSON object.
+Json failure_to_json(const Failure &failure);
 /// @name On standard error; a failure as a JSON object with --json. @{
 void print_failure(const Failure &failure, const OutputOptions &options);
 void print_warning(const std::string &operation, const std::string &message);

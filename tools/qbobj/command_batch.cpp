@@ -1,0 +1,179 @@
+// qbobj batch: calls as JSON lines, answered in JSON lines by one process.
+#include <fcntl.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "arguments.h"
+#include "call.h"
+#include "changes.h"
+#include "command_line.h"
+#include "describe.h"
+#include "failure.h"
+#include "input.h"
+
+namespace qbcli {
+namespace {
+
+/// The lines of a file or of standard input. Each is handed out as soon as it is there, so that a program can wait for
+/// an answer before it writes the next call.
+class Lines {
+public:
+    explicit Lines(const std::string &path) : name_(path == "-" ? "standard input" : path)
+    {
+        if (path == "-") return;
+        fd_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd_ < 0) throw Failure(name_, strerror(errno));
+    }
+    ~Lines()
+    {
+        if (fd_ != STDIN_FILENO) close(fd_);
+    }
+    Lines(const Lines &) = delete;
+    Lines &operator=(const Lines &) = delete;
+
+    /// The next line without its end. False when there is none.
+    bool next(PrivateText &line)
+    {
+        line.clear();
+        for (;;) {
+            const size_t end = block_.find('\n', at_);
+            line.append(block_, at_, end == PrivateText::npos ? end : end - at_);
+            if (line.size() > kLongestLine) throw Failure(name_, "a line is longer than 16 MiB");
+            if (end != PrivateText::npos) {
+                at_ = end + 1;
+                return true;
+            }
+            if (!fill()) return !line.empty();
+        }
+    }
+
+private:
+    static constexpr size_t kLongestLine = 16u << 20;
+    static constexpr size_t kBlock = 64u << 10;
+
+    bool fill()
+    {
+        at_ = 0;
+        block_.resize(kBlock);
+        ssize_t size;
+        do size = read(fd_, block_.data(), block_.size());
+        while (size < 0 && errno == EINTR);
+        if (size < 0) throw Failure(name_, strerror(errno));
+        block_.resize(static_cast<size_t>(size));
+        return size > 0;
+    }
+
+    std::string name_;
+    int fd_ = STDIN_FILENO;
+    PrivateText block_ = private_text();
+    size_t at_ = 0;
+};
+
+/// A line's call and its arguments.
+struct Order {
+    Json id;
+    std::string call;
+    std::optional<Json> arguments;
+};
+
+/// Takes a line apart as far as it goes: the id first, so that a refusal can carry it.
+void read_order(std::string_view line, Order &order)
+{
+    Json object = parse_json(line, "the line");
+    if (!object.is_object()) throw Failure("a line is a JSON object, {\"call\": …, \"args\": …}");
+    if (const auto id = object.find("id"); id != object.end()) order.id = *id;
+    for (auto &[name, value] : object.get_ref<Json::object_t &>()) {
+        if (name == "id") continue;
+        if (name == "call" && value.is_string()) order.call = value.get_ref<std::string &>();
+        else if (name == "args" && value.is_structured()) order.arguments = std::move(value);
+        else if (name == "args" && value.is_null()) order.arguments.reset();
+        else if (name == "args") throw Failure("args", "an object or an array is needed");
+        else if (name == "call") throw Failure("call", "the name of an operation is needed");
+        else throw Failure("a line has no member " + name + "; it has call, args and id");
+    }
+    if (order.call.empty()) throw Failure("the line names no call");
+}
+
+/// The members of an answer that tell what came out of a call.
+Json perform(Database &database, const Options &options, Order &order)
+{
+    const QbobjOperation &operation = find_operation(order.call);
+    try {
+        if (options.database.read_only && operation.changes)
+            throw Failure("it changes the database, which --read-only forbids");
+        StandardInput input;
+        Arguments arguments(operation, input);
+        if (order.arguments) arguments.take(std::move(*order.arguments));
+        else refuse_empty_change(operation);
+        arguments.judge();
+        arguments.checks().refuse_useless();
+        Call call(operation, arguments);
+        database.begin_call();
+        std::optional<Watch> watch;
+        if (options.dry_run || options.changes) watch.emplace(database, options.dry_run);
+        const std::string reported = call.run(database, options.database.timeout_ms);
+        Json outcome = call.outcome(options.output.secrets);
+        Json answer = {{"result", outcome.is_discarded() ? Json(nullptr) : std::move(outcome)}};
+        if (watch) answer["changes"] = watch->finish(options.output.secrets);
+        Json warnings = Json::array();
+        for (const std::string &warning : {reported, arguments.checks().warning()})
+            if (!warning.empty()) warnings.push_back(warning);
+        if (!warnings.empty()) answer["warnings"] = std::move(warnings);
+        return answer;
+    } catch (Failure &failure) {
+        failure.operation = short_name(operation);
+        throw;
+    }
+}
+
+void batch(CommandLine &line, const std::string &path, bool stop_on_error)
+{
+    Lines lines(path);
+    Database database = open_chosen_database(line.options);
+    OutputOptions output = line.options.output;
+    output.compact = true;
+    PrivateText text = private_text();
+    while (lines.next(text)) {
+        if (text.find_first_not_of(" \t\r") == PrivateText::npos) continue;
+        Order order;
+        Json answer = Json::object();
+        Status status = Status::kDone;
+        try {
+            read_order(text, order);
+            answer = perform(database, line.options, order);
+        } catch (const Failure &failure) {
+            answer = {{"error", failure_to_json(failure)}};
+            status = failure.status;
+        }
+        if (!order.id.is_null()) answer["id"] = std::move(order.id);
+        print_json(answer, output);
+        if (status == Status::kDone) continue;
+        if (line.status == Status::kDone) line.status = status;
+        if (stop_on_error) return;
+    }
+}
+
+}  // namespace
+
+void add_batch(CommandLine &line)
+{
+    struct Given {
+        std::string path = "-";
+        bool stop_on_error = false;
+    };
+    const auto given = std::make_shared<Given>();
+    CLI::App *command = add_command(line, "batch", "Make calls that are given as JSON lines",
+                                    [&line, given] { batch(line, given->path, given->stop_on_error); });
+    command->add_option("FILE", given->path, "The lines; standard input without it, or as -");
+    command->add_flag("--stop-on-error", given->stop_on_error, "End with the first call that fails");
+    command->footer(
+        "A line is {\"call\": OPERATION, \"args\": …}: args as the operation takes them in a JSON argument. Its "
+        "answer\n"
+        "is one line, {\"result\": …} or {\"error\": …}, written before the next line is read. An \"id\" comes back.\n"
+        "Each call is a transaction of its own. The exit status is 0, or that of the first call that failed.");
+}
+
+}  // namespace qbcli
