@@ -156,6 +156,14 @@ void Arguments::take(const std::vector<std::string> &words)
     judge();
 }
 
+void Arguments::lay_under(size_t argument, Json record)
+{
+    std::optional<Json> &given = given_[argument];
+    if (given) lay_over(record, *given, operation_.arguments[argument].name);
+    given = std::move(record);
+    judge();
+}
+
 void Arguments::judge() const
 {
     for (size_t i = 0; i < operation_.count; i++)

@@ -32,6 +32,8 @@ public:
     void take(const std::vector<std::string> &words);
     /// Takes one JSON document that nobody could read over the caller's shoulder.
     void take(Json document) { take_document(std::move(document), false); }
+    /// Lays what was given for an argument over a record.
+    void lay_under(size_t argument, Json record);
     /// Refuses values that the tables refuse. Words are judged as they are taken.
     void judge() const;
     /// Asks for the secrets that were given as "-": last of all, when everything else is known to be right.

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "arguments.h"
 #include "database.h"
 #include "failure.h"
 #include "output.h"
@@ -36,6 +37,7 @@ void add_describe(CommandLine &line);
 void add_completion(CommandLine &line);
 void add_import_users(CommandLine &line);
 void add_batch(CommandLine &line);
+void add_edit(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}
@@ -43,6 +45,12 @@ void add_version(CommandLine &line);
 CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act);
 /// Adds an operation as a sub-command.
 void add_operation(CommandLine &line, const std::string &name);
+
+/// An operation's words: what the option parser left, then what stood after "--".
+std::vector<std::string> words_of(const CommandLine &line);
+
+/// Asks for the secrets that are wanted, calls the operation and prints what came out.
+void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &arguments, Database &database);
 
 /// Refuses a word that looks like an option and is none of the program's or the command's.
 [[noreturn]] void refuse_unknown_option(const CommandLine &line, const std::string &word,

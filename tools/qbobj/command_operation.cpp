@@ -18,16 +18,6 @@ bool is_negative_number(const std::string &word)
     return word.size() > 1 && word[0] == '-' && std::isdigit(static_cast<unsigned char>(word[1]));
 }
 
-/// What the option parser left, then what stood after "--".
-std::vector<std::string> words_of(const CommandLine &line)
-{
-    std::vector<std::string> words = line.app.remaining(true);
-    for (const std::string &word : words)
-        if (word.size() > 1 && word[0] == '-' && !is_negative_number(word)) refuse_unknown_option(line, word);
-    words.insert(words.end(), line.verbatim.begin(), line.verbatim.end());
-    return words;
-}
-
 void call(CommandLine &line, const QbobjOperation &operation)
 {
     const Options &options = line.options;
@@ -44,6 +34,23 @@ void call(CommandLine &line, const QbobjOperation &operation)
         const Call possible(operation, arguments);
     }
     Database database = open_chosen_database(options);
+    make_call(line, operation, arguments, database);
+}
+
+}  // namespace
+
+std::vector<std::string> words_of(const CommandLine &line)
+{
+    std::vector<std::string> words = line.app.remaining(true);
+    for (const std::string &word : words)
+        if (word.size() > 1 && word[0] == '-' && !is_negative_number(word)) refuse_unknown_option(line, word);
+    words.insert(words.end(), line.verbatim.begin(), line.verbatim.end());
+    return words;
+}
+
+void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &arguments, Database &database)
+{
+    const Options &options = line.options;
     arguments.ask_for_secrets();
     Call call(operation, arguments);
     std::optional<Watch> watch;
@@ -56,8 +63,6 @@ void call(CommandLine &line, const QbobjOperation &operation)
     else print_outcome(outcome, options.output);
     line.status = call.status();
 }
-
-}  // namespace
 
 void add_operation(CommandLine &line, const std::string &name)
 {
