@@ -348,6 +348,17 @@ TEST_F(ModifyUser, AllowancesAreSetAndRemoved)
     EXPECT_EQ(value("SELECT enabled FROM service_afp"), "1");
 }
 
+TEST_F(ModifyUser, TheOnlyAllowanceSwitchesAfpOn)
+{
+    UserTimeMachineQuota allowance{};
+    allowance.Enabled = 1;
+    User given = with_id(200);
+    given.TimeMachineQuota = &allowance;
+    ASSERT_EQ(modify(&given), 0u) << err.message;
+    EXPECT_THAT(allowances(), ElementsAre("200|1|0"));
+    EXPECT_EQ(value("SELECT enabled FROM service_afp"), "1");
+}
+
 TEST_F(ModifyUser, TheSeventeenthAllowanceIsRefused)
 {
     UserTimeMachineQuota allowance{};
