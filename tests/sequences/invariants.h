@@ -98,7 +98,7 @@ struct Invariants {
 
     explicit Invariants(Database &database) : of(database)
     {
-        of.sql("CREATE TEMP TABLE former (name TEXT COLLATE NOCASE PRIMARY KEY)");
+        of.sql("CREATE TEMP TABLE former (name TEXT PRIMARY KEY)");
         for (const Reference &reference : kReferences) add(reference);
         for (const char *rule : kRules) add(rule);
         EXPECT_EQ(sqlite3_prepare_v2(of.db, query.c_str(), -1, &statement, nullptr), SQLITE_OK)

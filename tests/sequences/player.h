@@ -153,9 +153,9 @@ struct Player : Database {
     static bool may_fail(const std::string &message)
     {
         for (const char *known :
-             {"Failed DB Query for 'INSERT process_on_share'. NOT NULL",  // a process on an unknown data set
-              "Failed DB Query for 'INSERT INTO $application_on_share'. NOT NULL",
-              "Error in 'UPDATE `$snapshot`'.",  // the end of a migration without a mark
+             {"Failed DB Query for 'INSERT process_on_share'. NOT NULL",       // a process on an unknown data set
+              "Failed DB Query for 'INSERT $application_on_share'. NOT NULL",  // an application on an unknown data set
+              "Error in 'UPDATE `$snapshot`'.",                                // the end of a migration without a mark
               "Error in 'UPDATE `$application_on_share`'.", "Error in 'UPDATE share'."})
             if (message.starts_with(known)) return true;
         return false;
