@@ -9,6 +9,7 @@
 
 #include <cstring>
 
+#include "assignments.h"
 #include "format.h"
 #include "handle.h"
 
@@ -321,8 +322,31 @@ bool joins(const Conversion &conversion, char before, char after)
                                                  (after == '$' && is_parameter(before, after)));
 }
 
-/// Builds the statement's text. False when this call has to go through SQLite's formatter.
-bool build_text(const Plan *plan, const Value *values, Buffer *out)
+/// Whether a conversion stands for the assignments of an UPDATE, and nothing that could become part of them follows.
+bool takes_assignments(const Conversion &conversion, const char *behind, bool last)
+{
+    static constexpr char kSet[] = " SET ";
+    constexpr uint32_t kSize = sizeof kSet - 1;
+    return conversion.letter == 's' && conversion.state == Lexical::code && conversion.literal >= kSize &&
+           memcmp(behind - kSize, kSet, kSize) == 0 && (last || *behind == ' ' || *behind == ',');
+}
+
+/// Appends assignments with parameters for their values, which count on behind those of the format.
+void append_assignments(const Assignments &assignments, uint32_t number, Buffer *out)
+{
+    for (uint32_t i = 0; i < assignments.count; i++) {
+        const Assignment &each = assignments.items[i];
+        char parameter[16];
+        sqlite3_snprintf(sizeof parameter, parameter, "?%u", number + i + 1);
+        if (i) out->append(",", 1);
+        out->append(each.column, each.column_size);
+        out->append(parameter);
+    }
+}
+
+/// Builds the statement's text; `assignments` are those whose values are bound. False when this call has to go through
+/// SQLite's formatter.
+bool build_text(const Plan *plan, const Value *values, Assignments *assignments, Buffer *out)
 {
     const char *literal = plan->literals;
     uint32_t number = 0;
@@ -340,8 +364,14 @@ bool build_text(const Plan *plan, const Value *values, Buffer *out)
             out->append(parameter);
             continue;
         }
+        const bool last = i + 1 == plan->count;
+        const bool more = last ? plan->tail : plan->conversions[i + 1].literal;
+        if (!assignments->count && (more || last) && takes_assignments(conversion, literal, !more) &&
+            assignments->take(values[i].text)) {
+            append_assignments(*assignments, plan->bound, out);
+            continue;
+        }
         if (!splice(conversion, values[i], out)) return false;
-        const bool more = i + 1 < plan->count ? plan->conversions[i + 1].literal : plan->tail;
         if (more && joins(conversion, out->last(), *literal)) return false;
     }
     out->append(literal + taken, plan->tail - taken);
@@ -356,7 +386,8 @@ int bind_quoted(sqlite3_stmt *stmt, int number, const Conversion &conversion, co
     return whole ? sqlite3_bind_text(stmt, number, whole, -1, sqlite3_free) : SQLITE_NOMEM;
 }
 
-int bind_values(const Call &call, Statement *statement, const Plan *plan, const Value *values)
+int bind_values(const Call &call, Statement *statement, const Plan *plan, const Value *values,
+                const Assignments &assignments)
 {
     sqlite3_stmt *stmt = statement->stmt;
     const char *at = plan->literals;
@@ -375,6 +406,11 @@ int bind_values(const Call &call, Statement *statement, const Plan *plan, const 
         else rc = sqlite3_bind_null(stmt, number);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
+    for (uint32_t i = 0; i < assignments.count; i++) {
+        statement->holds_text = statement->holds_text || assignments.items[i].text;
+        const int rc = bind(stmt, static_cast<int>(plan->bound + i + 1), assignments.items[i]);
+        if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
+    }
     return SQLITE_OK;
 }
 
@@ -390,7 +426,8 @@ int prepare_plain(const Call &call, Statement *statement, const char *format, va
 
 /// The statement for a plan that binds values, from the cache. `*found` stays null, without a failure, when
 /// the call has to go through SQLite's formatter.
-int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, const Value *values, Entry **found)
+int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, const Value *values,
+                   Assignments *assignments, Entry **found)
 {
     const Plan *plan = slot->plan;
     bool fixed = plan->bound == plan->count;
@@ -402,7 +439,7 @@ int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, cons
         return SQLITE_OK;
     }
     Buffer text;
-    if (!build_text(plan, values, &text)) return SQLITE_OK;
+    if (!build_text(plan, values, assignments, &text)) return SQLITE_OK;
     if (text.failed) return fail(call, SQLITE_NOMEM, "out of memory");
     const int rc = find_entry(call, cache, text.data ? text.data : "", text.size, found);
     if (rc == SQLITE_OK && *found && fixed && !(*found)->owner) {
@@ -427,8 +464,9 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
     read_values(slot->plan, values, again);
     va_end(again);
     Entry *entry = nullptr;
-    int rc = find_statement(call, cache, slot, values, &entry);
-    if (rc == SQLITE_ERROR && slot->plan->bound) {
+    Assignments assignments;
+    int rc = find_statement(call, cache, slot, values, &assignments, &entry);
+    if (rc == SQLITE_ERROR && (slot->plan->bound || assignments.count)) {
         // SQLite refuses a value in a few places (for a table's name, say): what it then says of the plain
         // text is what counts.
         if (call.text) *call.text = nullptr;
@@ -442,7 +480,7 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
     statement->stmt = entry->stmt;
     statement->cache = cache;
     statement->entry = entry;
-    return bind_values(call, statement, slot->plan, values);
+    return bind_values(call, statement, slot->plan, values, assignments);
 }
 
 }  // namespace

@@ -166,6 +166,23 @@ const PlanCase kPlans[] = {
 
 INSTANTIATE_TEST_SUITE_P(Formats, Plans, testing::ValuesIn(kPlans));
 
+TEST_F(Statements, PrepareASetOfColumnsOnce)
+{
+    sql("INSERT INTO t(id) VALUES(1),(2)");
+    ASSERT_EQ(exec("UPDATE t SET %s WHERE id=%d", "name='anna',n=5", 1), 0);
+    const auto before = statistics();
+    ASSERT_EQ(exec("UPDATE t SET %s WHERE id=%d", "name='o''hara',n=-6", 2), 0);
+    ASSERT_EQ(exec("UPDATE t SET %s WHERE id=%d", "name='',n=7", 1), 0);
+    EXPECT_EQ(statistics().misses, before.misses);
+    EXPECT_THAT(rows("SELECT id,name,n,typeof(n) FROM t"), ElementsAre("1||7|integer", "2|o'hara|-6|integer"));
+    ASSERT_EQ(exec("UPDATE t SET %s WHERE id=%d", "name='x'", 2), 0);
+    EXPECT_EQ(statistics().misses, before.misses + 1);
+    std::string many = "n=0";
+    for (int i = 1; i < 40; i++) many += ",n=" + std::to_string(i);
+    ASSERT_EQ(exec("UPDATE t SET %s WHERE id=%d", many.c_str(), 2), 0);
+    EXPECT_EQ(value("SELECT n FROM t WHERE id=2"), "39");
+}
+
 // ---- Equal to SQLite's own
 
 TEST_F(Statements, GiveWhatSqliteGives)
@@ -236,6 +253,20 @@ TEST_F(Statements, GiveWhatSqliteGives)
     same("VALUES(%d,%Q)", 1, "a");
     sql("INSERT INTO t(id) VALUES(9)");
     same("INSERT INTO t(id,name) VALUES(%d,%Q) ON CONFLICT(id) DO UPDATE SET name=%Q RETURNING id,name", 9, "a", "b");
+    for (const char *list :
+         {"name='it''s',n=-5", "name='''',x=007", "name='',n=0", "n=999999999999999999", "n=9999999999999999999",
+          "n=-0", "name='a?1 :b $c',n=1", "n=id+1", "name=upper('x')", "n=1.5", "x=x'00ff'", "name=NULL,n=2",
+          "name='a' || 'b'",
+          "n=1 ", " n=1", "n =1", "n=1,", ",n=1", "", "n=", "n='", "n='a''", "=1", "1=1", "n=1 WHERE 0 --",
+          "missing=1", "`n`=1", "\"n\"=1", "name='\xC3\x28',n=3", "n=1,n=2", "(n,x)=(1,2)", "n=-", "name=\"id\""}) {
+        same("UPDATE t SET %s WHERE id=%d RETURNING id,name,n,typeof(n) AS tn,x,typeof(x) AS tx", list, 9);
+        same("UPDATE t SET %s RETURNING *", list);
+        same("UPDATE t SET n=8,%s WHERE id=%d RETURNING *", list, 9);
+        same("UPDATE t SET %s,x=%Q WHERE id=%d RETURNING *", list, "y", 9);
+        same("UPDATE t SET %s%s WHERE id=%d RETURNING *", list, list, 9);
+        same("SELECT ' SET %s' AS a, %d AS b", list, 1);
+    }
+    same("UPDATE t SET %s WHERE id=9 RETURNING *", nullptr);
     same("INSERT INTO t(id) VALUES(%d)", 1);
     same("SELECT a FROM (SELECT %d AS a UNION SELECT %d) ORDER BY %d DESC", 1, 2, 1);
 }
