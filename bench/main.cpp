@@ -81,16 +81,24 @@ struct UserChain {
     }
 };
 
-User existing_user(int32_t id, const char *name)
-{
+/// A user who changes: nobody writes the same values again and again.
+struct Changing {
     User user{};
-    user.resource_id = user.UserId = id;
-    user.UserName = name;
-    user.GroupName = "users";
-    user.Email = "anna@example.com";
-    user.Password = masked_password;
-    return user;
-}
+    char email[64] = "";
+    int changes = 0;
+
+    User *next()
+    {
+        snprintf(email, sizeof email, "anna%d@example.com", ++changes);
+        user = {};
+        user.resource_id = user.UserId = kFirstUser + 500;
+        user.UserName = "user00500";
+        user.GroupName = "users";
+        user.Email = email;
+        user.Password = masked_password;
+        return &user;
+    }
+};
 
 void list_users(Bed &bed, int32_t limit, int32_t offset)
 {
@@ -250,16 +258,16 @@ std::vector<Case> write_cases(bool quick)
           },
           [list](Bed &b) { b.a.add_user_list(list->fresh()); }, [list](Bed &b) { b.b.add_user_list(list->fresh()); }},
          kRemoveUsers});
-    const auto user = std::make_shared<User>(existing_user(kFirstUser + 500, "user00500"));
+    const auto user = std::make_shared<Changing>();
     cases.push_back(
         {"modifyUser/1",
          1,
          bed,
          {[user](Bed &b) {
               Data &d = b.data;
-              d.check(qbobj_modifyUser(d.qbdb, d.db, user.get(), &d.err));
+              d.check(qbobj_modifyUser(d.qbdb, d.db, user->next(), &d.err));
           },
-          [user](Bed &b) { b.a.modify_user(user.get()); }, [user](Bed &b) { b.b.modify_user(user.get()); }}});
+          [user](Bed &b) { b.a.modify_user(user->next()); }, [user](Bed &b) { b.b.modify_user(user->next()); }}});
     cases.push_back({"addLog/1",
                      1,
                      bed,

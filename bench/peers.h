@@ -342,6 +342,8 @@ struct Peer {
         engine.each("SELECT S.no_sync_ads FROM service_cifs S LIMIT 1", nothing);
         engine.each("SELECT id FROM `$user` WHERE id=%d", nothing, id);
         engine.each("SELECT U.home,U.uname,U.is_privileged FROM `$user` U WHERE U.id=%d", nothing, id);
+        engine.each("SELECT G.gname FROM `$user` U INNER JOIN `$group` G ON G.id=U.group_id WHERE U.id=%d", nothing,
+                    id);
         engine.each("SELECT id FROM `$user` WHERE uname=%Q AND rid IS NULL", nothing, user->UserName);
         engine.each("SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
         engine.each("SELECT U.home FROM `$user` U WHERE U.id=%d AND U.uname<>%Q", nothing, id, user->UserName);
