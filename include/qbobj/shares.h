@@ -538,6 +538,110 @@ QBOBJ_API uint32_t qbobj_addShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *
  */
 QBOBJ_API uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby, ErrorInfo *err);
 
+/* ---- Changing ----------------------------------------------------------------------------------- */
+
+/**
+ * Changes shares: all of a chain or none. What a record does not give stays: null texts, lists and blocks, and numbers
+ * whose indicator is set. A share that was read can be given back as it is.
+ *
+ * - Another name, be it another letter case only, moves path and data set with it, and snapshots, clones, backup jobs
+ *   and applications follow. A share that an application uses keeps its name, and so do those with a reserved name.
+ * - A protocol block that is given writes the numbers `NotAvailable`, `EnableDFS` and `Sync` and all of its lists: a
+ *   list that is null empties the stored one. It makes an AFP, NFS, FTP or HTTP that the share does not have yet, and
+ *   DLNA, DAAP and rsync unless `NotAvailable` is set. Access "Disabled" removes DLNA and rsync. In directory mode, and
+ *   of FTP while that is anonymous, reading leaves accounts out, which writing the block then removes.
+ * - rsync reads as "ReadWrite" whatever is stored but "readonly"; that is what is then written.
+ * - An rsync user with #masked_password keeps the password that is stored; users that the list leaves out go.
+ * - `Changed` of a block becomes 1 when rows of its options, hosts, users, groups or links are others than before; the
+ *   users of rsync do not count. SMB, FTP and HTTP get their settings made anew whenever their block is given.
+ * - `RefQuotaMB` has to be above what is used and find room on the volume, unless the path begins with "/media/"; 0
+ *   lifts it.
+ * - `Stat` names owner and group by `resource_id` or, when that is 0, by name. The folder itself is not touched: the
+ *   answer's `_PosixMode` says what to give it, with the right of others to delete in bit 9.
+ * - Of a `SnapshotSchedule` are written: the switch, texts that are not null (the month aside), numbers other than 0.
+ * - The snapshot policy is written when there are `SnapshotRetentionRules` or a `CustomSnapshotSchedule`, with its
+ *   three numbers. The first rule is written to a share that has one; of a share with several they go by their `Type`.
+ * - Quotas are written, not removed; the warning limit follows from the account defaults.
+ * - Fields that together take more than 511 bytes in one table are not all written: what does not fit is left out, and
+ *   a line of the log says so.
+ *
+ * @param qbdb  Handle.
+ * @param db    Connection.
+ * @param share In/out: a chain of shares, each named by its `ShareId`; null does nothing. Out, not on failure:
+ *              `OldVisibleSnapshot` and `Stat->_PosixMode`; `OldShareName` and `OldPath` of a share that is renamed;
+ *              `Path` where it was null; `Changed` of the protocols.
+ * @param err   Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure, or a path that is too long; 6 no such share; 8 a word that is not valid,
+ *         no such owner, user, group or host; 800 the name is taken; 806 it is too long; 808 it is reserved; 831 the
+ *         old or the new one is reserved for the file sync; 835 a `RefQuotaMB` out of bounds; 901 a malformed
+ *         `ShareId`; 903 an application uses the share that is to be renamed.
+ */
+QBOBJ_API uint32_t qbobj_modifyShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err);
+
+/**
+ * Sets the name of the folder in which a share's snapshots show.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set of the share; null or one that is not known changes nothing.
+ * @param folder  Name of the folder; null hides the snapshots.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure.
+ */
+QBOBJ_API uint32_t qbobj_modifyShareVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, const char *zfsName,
+                                                      const char *folder, ErrorInfo *err);
+
+/**
+ * Registers an application that uses a share, unless it is registered already.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param shareId Id of the share as text; null is none. With one that no share has nothing is registered.
+ * @param usedby  The application: `AppName`, and `AppData` or null. Null is refused.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure; 8 a malformed id, or `usedby` or its `AppName` is null.
+ */
+QBOBJ_API uint32_t qbobj_modifyShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *shareId, UsedBy *usedby,
+                                           ErrorInfo *err);
+
+/**
+ * Registers an application that uses a share, and this one only: its other registrations go.
+ * @param qbdb    Handle.
+ * @param db      Connection.
+ * @param zfsName Data set of the share; null is none.
+ * @param usedby  The application: `AppName`, and `AppData` or null. Null is refused.
+ * @param err     Out: error record, not null.
+ * @return 0; 5 database failure, or no such share; 8 `usedby` or its `AppName` is null.
+ */
+QBOBJ_API uint32_t qbobj_modifyShareUsedByExclusive(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby,
+                                                    ErrorInfo *err);
+
+/**
+ * Changes a block volume. Its data set stays; its path becomes the data set's.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param zfsName   Data set; null or one that is not known changes nothing.
+ * @param shareName Name, written as it is; null is refused by the database.
+ * @param comment   Comment, or null for none.
+ * @param sizeKB    Size in KiB.
+ * @param isSparse  1 when space is taken only as it is written.
+ * @param err       Out: error record, not null.
+ * @return 0; 5 database failure, or a name that is taken or null.
+ */
+QBOBJ_API uint32_t qbobj_modifyZvol(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, const char *shareName,
+                                    const char *comment, uint64_t sizeKB, int32_t isSparse, ErrorInfo *err);
+
+/**
+ * Changes the snapshot schedule of a share; one without a schedule gets the default first: every hour.
+ * @param qbdb      Handle.
+ * @param db        Connection.
+ * @param shareName Name of the share; null is no share.
+ * @param schedule  In: the switch, texts or null (the month is not looked at), and numbers or 0, which both keep what
+ *                  is stored. Not null.
+ * @param err       Out: error record, not null.
+ * @return 0; 2 no memory; 5 database failure; 6 no such share.
+ */
+QBOBJ_API uint32_t qbobj_modifyShareSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, const char *shareName,
+                                                     Schedule *schedule, ErrorInfo *err);
+
 /* ---- Deleting ----------------------------------------------------------------------------------- */
 
 /**

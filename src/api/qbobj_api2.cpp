@@ -459,6 +459,45 @@ uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, Us
     return framed<x_qbobj_addShareUsedBy>("qbobj_addShareUsedBy", qbdb, db, err, zfsName, usedby);
 }
 
+// ---- Shares, changing
+
+uint32_t qbobj_modifyShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyShare>("qbobj_modifyShare", qbdb, db, err, share);
+}
+
+uint32_t qbobj_modifyShareVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, const char *folder,
+                                            ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyShareVisibleSnapFolder>("qbobj_modifyShareVisibleSnapFolder", qbdb, db, err, zfsName,
+                                                        folder);
+}
+
+uint32_t qbobj_modifyShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *shareId, UsedBy *usedby, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyShareUsedBy>("qbobj_modifyShareUsedBy", qbdb, db, err, shareId, usedby);
+}
+
+uint32_t qbobj_modifyShareUsedByExclusive(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, UsedBy *usedby,
+                                          ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyShareUsedByExclusive>("qbobj_modifyShareUsedByExclusive", qbdb, db, err, zfsName,
+                                                      usedby);
+}
+
+uint32_t qbobj_modifyZvol(qbdb_t *qbdb, sqlite3 *db, const char *zfsName, const char *shareName, const char *comment,
+                          uint64_t sizeKB, int32_t isSparse, ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyZvol>("qbobj_modifyZvol", qbdb, db, err, zfsName, shareName, comment, sizeKB, isSparse);
+}
+
+uint32_t qbobj_modifyShareSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, const char *shareName, Schedule *schedule,
+                                           ErrorInfo *err)
+{
+    return framed<x_qbobj_modifyShareSnapshotSchedule>("qbobj_modifyShareSnapshotSchedule", qbdb, db, err, shareName,
+                                                       schedule);
+}
+
 // ---- Shares, deleting
 
 uint32_t qbobj_deleteShare(qbdb_t *qbdb, sqlite3 *db, Share *share, ErrorInfo *err)

@@ -5,6 +5,11 @@
 
 namespace qb {
 
+/// A share stays on its volume and what it is. How snapshots show is told by the name of their folder.
+inline constexpr const char *kNotOfAShareChange =
+    "ZfsName ShareType VolumeId VisibleSnapshot Origin Stat.AclInherit SnapshotSchedule.Month "
+    "SnapshotSchedule.TemporaryDisable";
+
 inline constexpr QbobjOperation kSharesRows[] = {
     // ---- reading
     QB_OPERATION(getShareCollection, "share query", kReads, QBOBJ_RETURNS_CODE, "2 5",
@@ -48,6 +53,27 @@ inline constexpr QbobjOperation kSharesRows[] = {
                  "Registers a process that holds a share.", in("zfsName").or_null(), in("pid"), in("blocking")),
     QB_OPERATION(addShareUsedBy, "share creation", kChanges, QBOBJ_RETURNS_CODE, "5 8",
                  "Registers an application that uses a data set.", in("zfsName").or_null(), in("usedby").or_null()),
+
+    // ---- changing
+    QB_OPERATION(
+        modifyShare, "share modification", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8 800 806 808 831 835 901 903",
+        "Changes shares, all or none: what a record gives, with all lists of the protocols that it gives.",
+        inout("share").or_null().chained().ignores(kNotOfAShareChange).keeps("Rsync.UserPasswordAcl.Password")),
+    QB_OPERATION(modifyShareVisibleSnapFolder, "share modification", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Sets the folder in which the snapshots of a share show.", in("zfsName").or_null(),
+                 in("folder").or_null()),
+    QB_OPERATION(modifyShareUsedBy, "share modification", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Registers an application that uses a share, unless it does already.", in("shareId").or_null(),
+                 in("usedby").or_null()),
+    QB_OPERATION(modifyShareUsedByExclusive, "share modification", kChanges, QBOBJ_RETURNS_CODE, "5 8",
+                 "Registers an application that uses a share and no other.", in("zfsName").or_null(),
+                 in("usedby").or_null()),
+    QB_OPERATION(modifyZvol, "share modification", kChanges, QBOBJ_RETURNS_CODE, "5",
+                 "Changes name, comment and size of a block volume.", in("zfsName").or_null(),
+                 in("shareName").or_null(), in("comment").or_null(), in("sizeKB"), in("isSparse")),
+    QB_OPERATION(modifyShareSnapshotSchedule, "share modification", kChanges, QBOBJ_RETURNS_CODE, "2 5 6",
+                 "Changes when snapshots of a share are taken.", in("shareName").or_null(),
+                 in("schedule").ignores("Month TemporaryDisable")),
 
     // ---- deleting
     QB_OPERATION(deleteShare, "share deletion", kChanges, QBOBJ_RETURNS_CODE, "2 5 6 8 902",

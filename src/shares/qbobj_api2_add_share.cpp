@@ -57,7 +57,7 @@ uint32_t check_given(CallContext *ctx, sqlite3 *db, const Share *share, const ch
         return REPORT(ctx, 8, "Invalid ShareType (%s)", share->ShareType);
     TRY(check_new_share_name(ctx, share->ShareName));
     TRY(check_name_is_free(ctx, db, share->ShareName));
-    TRY(check_sync(ctx, share->Sync));
+    if (is_set(share->Sync)) TRY(check_sync(ctx, share->Sync));
     return check_given_volume(ctx, db, share->VolumeId);
 }
 
@@ -169,12 +169,6 @@ uint32_t insert_attributes(const NewShare &share)
 
 // ---- protocols
 
-/// Tells a service to read its shares again. Its result is ignored by design.
-void regenerate(const NewShare &share, const char *proto)
-{
-    qbdb_service_update_setting_by_share(share.ctx->qbdb, share.db, proto);
-}
-
 constexpr Complaint kCifsRights[kRights] = {
     "Invalid Cifs->FileCreateGroupRights (%s).",
     "Invalid Cifs->FileCreateEveryoneRights (%s).",
@@ -188,7 +182,7 @@ uint32_t insert_cifs(const NewShare &share, const CifsShareOption *cifs)
     RightsMasks masks{};
     TRY(choose_access(share.ctx, cifs->DefaultAccess, &access,
                       "Invalid Cifs->DefaultAccess (%s). Valid value is ReadWrite, ReadOnly or DIsabled."));
-    TRY(choose_rights_of(share.ctx, map_access_bits, cifs, kCifsRights, &masks));
+    TRY(choose_rights(share.ctx, map_access_bits, rights_of(*cifs), kCifsRights, &masks));
     return execute(share.ctx, share.db,
                    "INSERT INTO cifs_share_option (share_id,cifs_access,cifs_guest_access,cifs_hide_share,"
                    "cifs_group_create_mask,cifs_everyone_create_mask,cifs_enable_masks,cifs_group_directory_mask,"
@@ -214,7 +208,7 @@ uint32_t write_cifs(const NewShare &share, const CifsShareOption *cifs)
     TRY(insert_cifs(share, cifs));
     TRY(share_write_lists(share.ctx, share.db, share.ads, share.id, "cifs", cifs));
     if (cifs->DfolderAcl) TRY(share_write_dfs_links(share.ctx, share.db, share.id, cifs->DfolderAcl));
-    regenerate(share, "cifs");
+    regenerate_shares(share.ctx, share.db, "cifs");
     return 0;
 }
 
@@ -239,7 +233,7 @@ uint32_t insert_afp(const NewShare &share, const AfpShareOption *afp)
                        share.id, !afp->NotAvailable, access, guest)
             .or_report(share.ctx, "Failed DB Query for afp share_option. %s");
     RightsMasks masks{};
-    TRY(choose_rights_of(share.ctx, map_access_bits, afp, kAfpRights, &masks));
+    TRY(choose_rights(share.ctx, map_access_bits, rights_of(*afp), kAfpRights, &masks));
     return execute(share.ctx, share.db,
                    "INSERT INTO afp_share_option (share_id,available,afp_access,afp_guest_access,afp_fperm,afp_dperm) "
                    "VALUES(%d,%d,%Q,%d,%d,%d)",
@@ -280,7 +274,7 @@ uint32_t write_ftp(const NewShare &share, const FtpShareOption *ftp)
     const char *access = nullptr;
     RightsMasks masks{};
     TRY(choose_access(share.ctx, ftp->DefaultAccess, &access, "Invalid Ftp->DfefaultAccess (%s)."));
-    TRY(choose_rights_of(share.ctx, map_access_removed_bits, ftp, kFtpRights, &masks));
+    TRY(choose_rights(share.ctx, map_access_removed_bits, rights_of(*ftp), kFtpRights, &masks));
     const bool autoset = !ftp->NewFileFolderPermAutoset_void && ftp->NewFileFolderPermAutoset != 0;
     TRY(execute(share.ctx, share.db,
                 "INSERT INTO ftp_share_option (share_id,available,ftp_access,ftp_mask,ftp_create_mask,"
@@ -288,7 +282,7 @@ uint32_t write_ftp(const NewShare &share, const FtpShareOption *ftp)
                 share.id, !ftp->NotAvailable, access, autoset, masks.files(), masks.folders())
             .or_report(share.ctx, "Failed DB Query for ftp share_option. %s"));
     TRY(share_write_lists(share.ctx, share.db, share.ads, share.id, "ftp", ftp));
-    regenerate(share, "ftp");
+    regenerate_shares(share.ctx, share.db, "ftp");
     return 0;
 }
 
@@ -302,7 +296,7 @@ uint32_t write_http(const NewShare &share, const HttpShareOption *http)
                 share.id, !http->NotAvailable, access, value_or(http->EnableWebDav, http->EnableWebDav_void, 0))
             .or_report(share.ctx, "Failed DB Query for http share_option. %s"));
     TRY(share_write_lists(share.ctx, share.db, share.ads, share.id, "http", http));
-    regenerate(share, "http");
+    regenerate_shares(share.ctx, share.db, "http");
     return 0;
 }
 

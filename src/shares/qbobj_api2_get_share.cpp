@@ -45,11 +45,8 @@ uint32_t read_share(CallContext *ctx, sqlite3 *db, const ShareSettings &settings
 {
     int32_t id = 0;
     TRY(require_named_share(ctx, db, share, &id));
-    Rows rows;
-    TRY(select_share(ctx, db, id, &rows));
-    if (rows.count == 0) return REPORT(ctx, 6, "None of row selected for resource_id=%d.", id);
     Share read{};
-    TRY(share_load(ctx, db, settings, rows, 0, &read));
+    TRY(require_share_by_id(ctx, db, settings, id, &read));
     read.next = share->next;
     *share = read;
     return 0;
@@ -138,6 +135,15 @@ uint32_t read_used_by_on_volume(CallContext *ctx, sqlite3 *db, const char *volum
 }
 
 }  // namespace
+
+uint32_t require_share_by_id(CallContext *ctx, sqlite3 *db, const ShareSettings &settings, int32_t share_id,
+                             Share *share)
+{
+    Rows rows;
+    TRY(select_share(ctx, db, share_id, &rows));
+    if (rows.count == 0) return REPORT(ctx, 6, "None of row selected for resource_id=%d.", share_id);
+    return share_load(ctx, db, settings, rows, 0, share);
+}
 
 uint32_t x_qbobj_getShareCollection(CallContext *ctx, sqlite3 *db, ShareCollection *shares)
 {

@@ -59,10 +59,13 @@ uint32_t share_write_snapshot_schedule(CallContext *ctx, sqlite3 *db, int32_t sh
 /// Writes the applications that use a share.
 uint32_t share_write_used_by(CallContext *ctx, sqlite3 *db, int32_t share_id, const UsedBy *head);
 
+/// Tells a service to read its shares again. Its result is ignored by design.
+void regenerate_shares(CallContext *ctx, sqlite3 *db, const char *proto);
+
 /// Tests the form of a new share's name.
 uint32_t check_new_share_name(CallContext *ctx, const char *name);
 
-/// Checks the data set's `sync` word: null, "" or one of three.
+/// Checks the data set's `sync` word: one of three.
 uint32_t check_sync(CallContext *ctx, const char *sync);
 
 /// The stored word of a default access, a static text; code 8 with the complaint for a word that is none.
@@ -84,18 +87,20 @@ struct RightsMasks {
 /// How a protocol stores rights: map_access_bits or map_access_removed_bits.
 using RightsMap = int32_t (*)(const char *value, const char *fallback, bool folder, int32_t *out);
 
-/// The masks of a block's four rights words; code 8 with the complaint of the first word that is none.
-uint32_t choose_rights(CallContext *ctx, RightsMap map, const char *const (&words)[kRights],
-                       const Complaint (&complaints)[kRights], RightsMasks *masks);
+/// The four words of a block, null where it does not say.
+struct RightsWords {
+    const char *of[kRights];
+};
 
 template <class Block>
-uint32_t choose_rights_of(CallContext *ctx, RightsMap map, const Block *block, const Complaint (&complaints)[kRights],
-                          RightsMasks *masks)
+RightsWords rights_of(const Block &block)
 {
-    return choose_rights(ctx, map,
-                         {block->FileCreateGroupRights, block->FileCreateEveryoneRights, block->FolderCreateGroupRights,
-                          block->FolderCreateEveryoneRights},
-                         complaints, masks);
+    return {{block.FileCreateGroupRights, block.FileCreateEveryoneRights, block.FolderCreateGroupRights,
+             block.FolderCreateEveryoneRights}};
 }
+
+/// The masks of four rights words; code 8 with the complaint of the first word that is none.
+uint32_t choose_rights(CallContext *ctx, RightsMap map, const RightsWords &words,
+                       const Complaint (&complaints)[kRights], RightsMasks *masks);
 
 }  // namespace qb

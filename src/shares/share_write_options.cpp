@@ -12,6 +12,11 @@ uint32_t refuse(CallContext *ctx, const Complaint &complaint, const char *word)
 
 }  // namespace
 
+void regenerate_shares(CallContext *ctx, sqlite3 *db, const char *proto)
+{
+    qbdb_service_update_setting_by_share(ctx->qbdb, db, proto);
+}
+
 uint32_t check_new_share_name(CallContext *ctx, const char *name)
 {
     switch (const int32_t rc = qbobj_validate_sharename(name, nullptr)) {
@@ -25,7 +30,7 @@ uint32_t check_new_share_name(CallContext *ctx, const char *name)
 
 uint32_t check_sync(CallContext *ctx, const char *sync)
 {
-    if (!is_set(sync) || check_one_of(sync, Case::exact, {"standard", "always", "disabled"}) == 0) return 0;
+    if (check_one_of(sync, Case::exact, {"standard", "always", "disabled"}) == 0) return 0;
     return REPORT(ctx, 8, "Invalid Sync (%s). One of 'standard', 'always', 'disabled'.", sync);
 }
 
@@ -39,11 +44,12 @@ uint32_t choose_folder_bits(CallContext *ctx, const char *word, int32_t *bits, C
     return map_access_bits(word, nullptr, true, bits) == 0 ? 0 : refuse(ctx, complaint, word);
 }
 
-uint32_t choose_rights(CallContext *ctx, RightsMap map, const char *const (&words)[kRights],
+uint32_t choose_rights(CallContext *ctx, RightsMap map, const RightsWords &words,
                        const Complaint (&complaints)[kRights], RightsMasks *masks)
 {
     for (int i = 0; i < kRights; i++)
-        if (map(words[i], nullptr, i >= kFolderGroup, &masks->of[i]) != 0) return refuse(ctx, complaints[i], words[i]);
+        if (map(words.of[i], nullptr, i >= kFolderGroup, &masks->of[i]) != 0)
+            return refuse(ctx, complaints[i], words.of[i]);
     return 0;
 }
 

@@ -23,6 +23,12 @@ Worker<qbobj_getShareProcess> x_qbobj_getShareProcess;
 Worker<qbobj_addShare> x_qbobj_addShare;
 Worker<qbobj_addShareProcess> x_qbobj_addShareProcess;
 Worker<qbobj_addShareUsedBy> x_qbobj_addShareUsedBy;
+Worker<qbobj_modifyShare> x_qbobj_modifyShare;
+Worker<qbobj_modifyShareVisibleSnapFolder> x_qbobj_modifyShareVisibleSnapFolder;
+Worker<qbobj_modifyShareUsedBy> x_qbobj_modifyShareUsedBy;
+Worker<qbobj_modifyShareUsedByExclusive> x_qbobj_modifyShareUsedByExclusive;
+Worker<qbobj_modifyZvol> x_qbobj_modifyZvol;
+Worker<qbobj_modifyShareSnapshotSchedule> x_qbobj_modifyShareSnapshotSchedule;
 Worker<qbobj_deleteShareProcess> x_qbobj_deleteShareProcess;
 Worker<qbobj_deleteShare> x_qbobj_deleteShare;
 Worker<qbobj_deleteZvol> x_qbobj_deleteZvol;
@@ -54,6 +60,10 @@ uint32_t select_share(CallContext *ctx, sqlite3 *db, int32_t share_id, Rows *row
 /// what was read so far.
 uint32_t share_load(CallContext *ctx, sqlite3 *db, const ShareSettings &settings, const Rows &rows, int row,
                     Share *share);
+
+/// Fills a zeroed share by its id; code 6 when there is none.
+uint32_t require_share_by_id(CallContext *ctx, sqlite3 *db, const ShareSettings &settings, int32_t share_id,
+                             Share *share);
 
 /// Appends the shares of a result of kShareQuery; on a failure those read so far stay.
 uint32_t append_shares(CallContext *ctx, sqlite3 *db, const ShareSettings &settings, const Rows &rows, Share **head);

@@ -1,6 +1,5 @@
 // When snapshots of the home folders are taken: one row for all of them.
 #include "frame/read_row.h"
-#include "frame/set_list.h"
 #include "storage/snapshots.h"
 
 namespace qb {
@@ -16,7 +15,6 @@ constexpr TextPart kTexts[] = {
     {&Schedule::Hour, "hour=%Q"},
     {&Schedule::DayOfMonth, "day_of_month=%Q"},
     {&Schedule::DayOfWeek, "day_of_week=%Q"},
-    {&Schedule::Month, "month=%Q"},
 };
 
 struct NumberPart {
@@ -32,6 +30,15 @@ constexpr NumberPart kNumbers[] = {
 };
 
 }  // namespace
+
+void assign_schedule(SetList<512> *set, const Schedule &schedule)
+{
+    set->add("enabled=%d", schedule.Enabled);
+    for (const auto &[field, assignment] : kTexts)
+        if (schedule.*field) set->add(assignment, schedule.*field);
+    for (const auto &[field, assignment] : kNumbers)
+        if (schedule.*field) set->add(assignment, schedule.*field);
+}
 
 uint32_t x_qbobj_getHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedule *schedule)
 {
@@ -69,11 +76,8 @@ uint32_t x_qbobj_modifyHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedul
 {
     QB_ASSERT(schedule);
     SetList<512> set(ctx);
-    set.add("enabled=%d", schedule->Enabled);
-    for (const auto &[field, assignment] : kTexts)
-        if (schedule->*field) set.add(assignment, schedule->*field);
-    for (const auto &[field, assignment] : kNumbers)
-        if (schedule->*field) set.add(assignment, schedule->*field);
+    assign_schedule(&set, *schedule);
+    if (schedule->Month) set.add("month=%Q", schedule->Month);
     TRY_MEMORY(ctx);
     TRY(execute(ctx, db,
                 "INSERT OR IGNORE INTO `$home_folder_snapshot_schedule` "

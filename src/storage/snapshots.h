@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "frame/list.h"
+#include "frame/set_list.h"
 #include "frame/worker.h"
 #include "qbobj/storage.h"
 
@@ -44,6 +45,10 @@ uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *name, SharePl
 /// Checks that the share found lies on the volume found.
 uint32_t require_share_on_volume(CallContext *ctx, sqlite3 *db, const SharePlace &place, const char *share_name,
                                  const char *volume_name);
+
+/// The assignments of what a schedule gives, its month aside: whether it runs, texts that are not null and numbers that
+/// are not 0.
+void assign_schedule(SetList<512> *set, const Schedule &schedule);
 
 /// Reads the tool's listing of a volume's subvolumes to its end and appends each of them.
 uint32_t read_subvolumes(CallContext *ctx, FILE *listing, const char *volume_name, List<Subvolume> &list);

@@ -6,6 +6,7 @@
 #include "anomaly/setups/iscsi.h"
 #include "anomaly/setups/legacy.h"
 #include "anomaly/setups/services.h"
+#include "anomaly/setups/share_changes.h"
 #include "anomaly/setups/share_removal.h"
 #include "anomaly/setups/shares.h"
 #include "anomaly/setups/snapshots.h"
@@ -92,6 +93,10 @@ inline constexpr Family kFamilies[] = {
      .trials = kSharesTrials,
      .left_outputs = kSharesLeftOutputs,
      .odd_answers = kSharesOddAnswers},
+    {.name = "share_changes",
+     .population = kShareChangesPopulation,
+     .trials = kShareChangesTrials,
+     .odd_answers = kShareChangesOddAnswers},
     {.name = "share_removal", .population = kSharesPopulation, .trials = kShareRemovalTrials},
     {.name = "share_migration", .population = kShareMigrationPopulation, .trials = kShareMigrationTrials},
     {.name = "ups", .population = kUpsPopulation, .trials = kUpsTrials},
