@@ -27,7 +27,9 @@ uint32_t change_snapshot_schedule(CallContext *ctx, sqlite3 *db, int32_t share_i
                 share_id)
             .or_report(ctx, "Failed DB Query for 'INSERT snapshot_schedule'. %s"));
     ShareSet set(ctx);
-    assign_schedule(&set, schedule);
+    Schedule given = schedule;
+    given.Month = nullptr;  // a share's is always that of its default
+    assign_schedule(&set, given);
     TRY_MEMORY(ctx);
     return execute(ctx, db, "UPDATE snapshot_schedule SET %s WHERE share_id=%d", +set.text, share_id)
         .or_report(ctx, "Failed DB Query for 'UPDATE snapstho_schedule'. %s");

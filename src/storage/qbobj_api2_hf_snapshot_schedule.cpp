@@ -15,6 +15,7 @@ constexpr TextPart kTexts[] = {
     {&Schedule::Hour, "hour=%Q"},
     {&Schedule::DayOfMonth, "day_of_month=%Q"},
     {&Schedule::DayOfWeek, "day_of_week=%Q"},
+    {&Schedule::Month, "month=%Q"},
 };
 
 struct NumberPart {
@@ -77,7 +78,6 @@ uint32_t x_qbobj_modifyHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedul
     QB_ASSERT(schedule);
     SetList<512> set(ctx);
     assign_schedule(&set, *schedule);
-    if (schedule->Month) set.add("month=%Q", schedule->Month);
     TRY_MEMORY(ctx);
     TRY(execute(ctx, db,
                 "INSERT OR IGNORE INTO `$home_folder_snapshot_schedule` "

@@ -46,8 +46,7 @@ uint32_t require_volume(CallContext *ctx, sqlite3 *db, const char *name, SharePl
 uint32_t require_share_on_volume(CallContext *ctx, sqlite3 *db, const SharePlace &place, const char *share_name,
                                  const char *volume_name);
 
-/// The assignments of what a schedule gives, its month aside: whether it runs, texts that are not null and numbers that
-/// are not 0.
+/// The assignments of what a schedule gives: whether it runs, texts that are not null and numbers that are not 0.
 void assign_schedule(SetList<512> *set, const Schedule &schedule);
 
 /// Reads the tool's listing of a volume's subvolumes to its end and appends each of them.
