@@ -81,6 +81,131 @@ QBDB_API int qbdb_changes_read(qbdb_t *qbdb, sqlite3 *db, const void *changes, i
  */
 QBDB_API int qbdb_is_secret_column(const char *table, const char *column);
 
+/* ---- The journal -------------------------------------------------------------------------------- */
+
+/** Bytes that a journal may take unless qbdb_journal_on says otherwise. */
+#define QBDB_JOURNAL_BYTES (64u << 20)
+/** Seconds that a call is kept unless qbdb_journal_on says otherwise: 90 days. */
+#define QBDB_JOURNAL_SECONDS (90u * 86400u)
+
+/**
+ * Has a database keep a journal, or changes the bounds of the one that it keeps. From then on each transaction of any
+ * handle of this library that changed something is kept as one call, stored by the same commit. The oldest calls go
+ * when the journal outgrows its bounds; the newest one stays whatever its size.
+ * @param qbdb        The handle; no transaction is open.
+ * @param db          The handle's own connection.
+ * @param max_bytes   Bytes that all calls may take together; 0 for QBDB_JOURNAL_BYTES.
+ * @param max_seconds Seconds that a call is kept; 0 for QBDB_JOURNAL_SECONDS.
+ * @return 0, or a SQLite result code (8 for a handle that only reads, 21 for another connection, 5 locked, …).
+ */
+QBDB_API int qbdb_journal_on(qbdb_t *qbdb, sqlite3 *db, uint64_t max_bytes, uint64_t max_seconds);
+
+/**
+ * Has a database keep no journal any more. What it holds stays; what happens until it is switched on again is missing, so
+ * that what was before cannot be undone any more and copies that follow it have to be made anew.
+ * @param qbdb The handle; no transaction is open.
+ * @param db   The handle's own connection.
+ * @return 0 (also when there is none), or a SQLite result code.
+ */
+QBDB_API int qbdb_journal_off(qbdb_t *qbdb, sqlite3 *db);
+
+/** How a database's journal stands. */
+typedef struct qbdb_journal_state {
+    int on;               /**< 1 when it is kept. */
+    int64_t first;        /**< Number of the oldest call that it holds; 0 for none. */
+    int64_t last;         /**< Number of the last call that was kept; 0 for none so far. */
+    int64_t since;        /**< It is whole after this call: before, or right after it, it was switched off. */
+    int64_t mark;         /**< What identifies its content up to now: equal in a copy that has followed it so far. */
+    uint64_t bytes;       /**< Bytes that its calls take. */
+    uint64_t max_bytes;   /**< Bytes that they may take. */
+    uint64_t max_seconds; /**< Seconds that a call is kept. */
+} qbdb_journal_state;
+
+/**
+ * Reads how a database's journal stands.
+ * @param qbdb  The handle.
+ * @param db    The connection.
+ * @param state Out: the state, all 0 for a database that never kept one.
+ * @return 0, or a SQLite result code.
+ */
+QBDB_API int qbdb_journal_get_state(qbdb_t *qbdb, sqlite3 *db, qbdb_journal_state *state);
+
+/** A call in the journal. Its texts and changes live as long as the call of the reader. */
+typedef struct qbdb_journal_entry {
+    int64_t id;            /**< Its number, one higher than that of the call before. */
+    int64_t time;          /**< When it was committed, in seconds since 1970. */
+    const char *operation; /**< Name of the operation; "" when its caller did not tell. */
+    const char *who;       /**< On whose behalf; "" when unknown. */
+    const char *arguments; /**< What it was given, as a JSON object, secrets left out. */
+    int64_t undoes;        /**< Number of the call that it undid; 0 for none. */
+    int64_t previous;      /**< The journal's mark before it. */
+    int64_t mark;          /**< The journal's mark after it. */
+    const void *changes;   /**< What it changed: a changeset. Secrets stand in it as they are. */
+    int size;              /**< Bytes of `changes`. */
+} qbdb_journal_entry;
+
+/**
+ * Receives each call of the journal.
+ * @param context What was given with the reader.
+ * @param entry   The call.
+ * @return 0 to go on, anything else to end the reading.
+ */
+typedef int (*qbdb_journal_reader)(void *context, const qbdb_journal_entry *entry);
+
+/**
+ * Reads calls of the journal, the oldest first.
+ * @param qbdb    The handle.
+ * @param db      The connection.
+ * @param after   Number of the call after which to begin; 0 for the oldest.
+ * @param count   Most calls to read; 0 for all.
+ * @param reader  Called for each.
+ * @param context Passed to the reader.
+ * @return 0 (also when there is no journal); what the reader ended with; or a SQLite result code.
+ */
+QBDB_API int qbdb_journal_read(qbdb_t *qbdb, sqlite3 *db, int64_t after, uint32_t count,
+                               qbdb_journal_reader reader, void *context);
+
+/**
+ * Undoes a call: brings the rows that it changed back to what they were before it. That is possible as long as no later
+ * call touched one of them, but for calls that were undone themselves. The undoing is a call of the journal like any
+ * other, and can be undone in turn. Only rows of the database are brought back.
+ * @param qbdb   The handle; no transaction is open. While changes are recorded with QBDB_CHANGES_DISCARD it is a trial.
+ * @param db     The handle's own connection.
+ * @param id     Number of the call; 0 for the last one that is not undone.
+ * @param undone Out: number of the call that was undone, 0 for none; may be null.
+ * @param text   Out: why not, cut to fit: which rows stand in the way; untouched on success; may be null.
+ * @param size   Size of `text` in bytes.
+ * @return 0; 12 the journal holds no such call; 19 something stands in the way, or it was undone already; or another
+ *         SQLite result code.
+ */
+QBDB_API int qbdb_journal_undo(qbdb_t *qbdb, sqlite3 *db, int64_t id, int64_t *undone, char *text, size_t size);
+
+/**
+ * Says on whose behalf the handle is used: the journal keeps it with each call.
+ * @param qbdb The handle.
+ * @param who  A name, copied; null for unknown.
+ * @return 0, or 7 without memory: then it is as it was.
+ */
+QBDB_API int qbdb_set_caller(qbdb_t *qbdb, const char *who);
+
+/**
+ * Tells whether the open transaction is to be kept in the journal, so that it is worth telling what it is.
+ * @param qbdb The handle.
+ * @param db   The connection.
+ * @return 1 when it is, else 0.
+ */
+QBDB_API int qbdb_journal_wants(const qbdb_t *qbdb, const sqlite3 *db);
+
+/**
+ * Tells what the open transaction is, for the journal. Told twice, the last one counts.
+ * @param qbdb      The handle.
+ * @param db        The connection.
+ * @param operation Name of the operation, copied.
+ * @param arguments What it was given, as a JSON object without secrets, copied. Null means that there was no memory for
+ *                  it: then the commit fails.
+ */
+QBDB_API void qbdb_journal_call(qbdb_t *qbdb, sqlite3 *db, const char *operation, const char *arguments);
+
 #ifdef __cplusplus
 }
 #endif

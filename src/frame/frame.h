@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "frame/format.h"
+#include "frame/journal.h"
 #include "frame/optional_calls.h"
 #include "frame/records.h"
 #include "frame/report.h"
@@ -80,6 +81,7 @@ uint32_t run_framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args..
 
     uint32_t rc = begin(site, qbdb, db);
     if (rc == 0) {
+        if (site.access == Access::changes) tell_journal(qbdb, db, site.operation, args...);
         if (qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);
         rc = run_worker<Worker>(site, &ctx, db, args...);
         if (rc == 0 && qbdb->log_level > 4) (dump_argument(site, qbdb, args), ...);

@@ -34,6 +34,7 @@ uint32_t entry(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, const char 
     CallContext ctx{qbdb, err};
     site.access = Needed;
     uint32_t rc = begin(site, qbdb, db);
+    if (rc == 0 && Needed == Access::changes) tell_journal(qbdb, db, site.operation, key, value);
     if (rc == 0) rc = run_worker<Worker>(site, &ctx, db, key, value);
     if (rc) qbdb_sql_rollback(qbdb, db, 0, site.file, site.line);
     else rc = qbdb_sql_commit(qbdb, db, 0, site.file, site.line);

@@ -85,17 +85,6 @@ int Reading::read_row(int operation)
     return rc & 0xFF;
 }
 
-/// Whether a changeset's table is one without a declared key: the database then knows none.
-bool has_no_key(sqlite3 *db, const char *table)
-{
-    sqlite3_stmt *stmt = nullptr;
-    sqlite3_prepare_v2(db, "SELECT COUNT(*) AND NOT SUM(pk) FROM pragma_table_info(?,'main')", -1, &stmt, nullptr);
-    sqlite3_bind_text(stmt, 1, table, -1, SQLITE_STATIC);
-    const bool none = sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_int(stmt, 0);
-    sqlite3_finalize(stmt);
-    return none;
-}
-
 }  // namespace
 
 int qbdb_changes_read(qbdb_t *, sqlite3 *db, const void *changes, int size, qbdb_change_reader reader, void *context)
@@ -110,7 +99,11 @@ int qbdb_changes_read(qbdb_t *, sqlite3 *db, const void *changes, int size, qbdb
         int operation = 0;
         rc = sqlite3changeset_op(reading.iterator, &table, &count, &operation, nullptr);
         if (rc == SQLITE_OK) rc = sqlite3changeset_pk(reading.iterator, &key, nullptr);
-        if (rc == SQLITE_OK && !reading.is_at(table)) rc = reading.enter_table(table, count, has_no_key(db, table));
+        bool keyed = true;
+        if (rc == SQLITE_OK && !reading.is_at(table)) {
+            rc = qdb::look_for_key(db, table, &keyed);
+            if (rc == SQLITE_OK) rc = reading.enter_table(table, count, !keyed);
+        }
         if (rc == SQLITE_OK) rc = reading.read_row(operation);
         if (rc != SQLITE_OK) return rc & 0xFF;
         const qbdb_change change = {table, operation, count, reading.columns, key, reading.before, reading.after};

@@ -28,8 +28,6 @@ void Changeset::clear()
     size = 0;
 }
 
-namespace {
-
 /// Whether a table has a declared key.
 int look_for_key(sqlite3 *db, const char *table, bool *found)
 {
@@ -41,26 +39,18 @@ int look_for_key(sqlite3 *db, const char *table, bool *found)
     return (rc == SQLITE_OK ? done : rc) & 0xFF;
 }
 
+namespace {
+
 /// Asked before the first change of each table: whether the session is to record it. For one without a key it is asked
 /// before each change, and the first time there is still the table as it was.
 int is_recorded(void *context, const char *table)
 {
     auto *recorder = static_cast<Recorder *>(context);
-    if (recorder->failure != SQLITE_OK || recorder->twins.has(table)) return 0;
+    if (belongs_to_journal(table) || recorder->failure != SQLITE_OK || recorder->twins.has(table)) return 0;
     bool keyed = false;
     recorder->failure = look_for_key(recorder->twins.source, table, &keyed);
     if (recorder->failure == SQLITE_OK && !keyed) recorder->failure = recorder->twins.add(table);
     return keyed;
-}
-
-Recorder *recorder_of(qbdb_private *internal)
-{
-    if (internal->recorder) return internal->recorder;
-    void *room = sqlite3_malloc64(sizeof(Recorder));
-    if (!room) return nullptr;
-    internal->recorder = new (room) Recorder;
-    internal->recorder->twins.source = internal->db;
-    return internal->recorder;
 }
 
 /// A session that records nothing and stays as long as the connection. SQLite empties a table without telling any
@@ -99,12 +89,23 @@ int take_changes(Recorder *recorder)
 
 }  // namespace
 
+Recorder *recorder_of(qbdb_private *internal)
+{
+    if (internal->recorder) return internal->recorder;
+    void *room = sqlite3_malloc64(sizeof(Recorder));
+    if (!room) return nullptr;
+    internal->recorder = new (room) Recorder;
+    internal->recorder->twins.source = internal->db;
+    return internal->recorder;
+}
+
 int begin_recording(const Call &call)
 {
     qbdb_private *internal = call.qbdb->internal;
-    Recorder *recorder = internal->recorder;
-    if (!recorder || !recorder->armed) return SQLITE_OK;
-    return start_session(recorder, internal);
+    Recorder *recorder = recorder_of(internal);
+    if (!recorder) return SQLITE_NOMEM;
+    if (const int rc = look_for_journal(recorder, internal->db)) return rc;
+    return recorder->armed || recorder->journal ? start_session(recorder, internal) : SQLITE_OK;
 }
 
 int finish_recording(const Call &call, bool *discard)
@@ -114,6 +115,7 @@ int finish_recording(const Call &call, bool *discard)
     if (!recorder || !recorder->session || call.db != call.qbdb->internal->db) return SQLITE_OK;
     int rc = take_changes(recorder);
     if (rc == SQLITE_OK && *discard) rc = recorder->collected.append(recorder->pending);
+    else if (rc == SQLITE_OK && recorder->journal && recorder->pending.size) rc = keep_call(recorder, call.db);
     if (rc != SQLITE_OK) recorder->lost = rc;
     return rc == SQLITE_OK ? rc : fail(call, rc, "the changes cannot be recorded");
 }
@@ -128,6 +130,7 @@ void end_recording(qbdb_private *internal, bool kept)
     if (kept && recorder->armed && recorder->lost == SQLITE_OK)
         recorder->lost = recorder->collected.append(recorder->pending);
     recorder->pending.clear();
+    recorder->calls.forget_call();
 }
 
 bool is_trial(const qbdb_private *internal)
@@ -142,6 +145,7 @@ void destroy_recorder(qbdb_private *internal)
     end_recording(internal, false);
     if (recorder->keeper) sqlite3session_delete(recorder->keeper);
     sqlite3_finalize(recorder->version);
+    recorder->calls.destroy();
     recorder->~Recorder();
     sqlite3_free(recorder);
     internal->recorder = nullptr;

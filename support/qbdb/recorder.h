@@ -46,10 +46,73 @@ private:
     int copy_rows(const char *table, bool later);
 };
 
+/// What the present transaction is called in the journal, and the statements that keep it.
+struct Journal {
+    char *who = nullptr;
+    char *operation = nullptr;
+    char *arguments = nullptr;
+    int64_t undoes = 0;
+    sqlite3_stmt *state = nullptr;
+    sqlite3_stmt *insert = nullptr;
+    sqlite3_stmt *advance = nullptr;
+    sqlite3_stmt *oldest = nullptr;
+    sqlite3_stmt *remove = nullptr;
+
+    void forget_call();
+    void destroy();
+};
+
+/// Finds out whether the database keeps a journal. 0 or a result code.
+int look_for_journal(Recorder *recorder, sqlite3 *db);
+
+/// Keeps the transaction's changes as a call. 0 or a result code.
+int keep_call(Recorder *recorder, sqlite3 *db);
+
+/// Whether a table is the journal's own.
+bool belongs_to_journal(const char *table);
+
+/// What identifies a journal's content after a call: of what did so before, and of the call.
+int64_t mark_after(const qbdb_journal_entry &entry);
+
+/// Stores a call as it is and brings the state up to date. 0 or a result code.
+int store_call(Journal *journal, sqlite3 *db, const qbdb_journal_entry &entry, const qbdb_journal_state &state);
+
+/// Whether a table has a declared key. 0 or a result code.
+int look_for_key(sqlite3 *db, const char *table, bool *found);
+
+/// Appends the name of a row: "$user id=100".
+void append_row(sqlite3_str *text, const qbdb_change &change);
+
+/// Rows that stand in the way of a change, for people.
+struct Obstacles {
+    static constexpr int kNamed = 10;  // of more the number is told
+    sqlite3_str *text = sqlite3_str_new(nullptr);
+    int count = 0;
+
+    Obstacles() = default;
+    Obstacles(const Obstacles &) = delete;
+    Obstacles &operator=(const Obstacles &) = delete;
+    ~Obstacles() { sqlite3_free(sqlite3_str_finish(text)); }
+
+    /// Notes a row; `call` changed it later, 0 for somebody who is not in the journal.
+    void note(const qbdb_change &change, int64_t call);
+    /// Writes what was noted behind a beginning.
+    void tell(const char *beginning, char *words, size_t size) const;
+};
+
+/// Applies a changeset inside the open transaction. What does not fit is noted, and then the transaction has to be
+/// rolled back. 0 or a result code.
+int apply_changes(qbdb_t *qbdb, sqlite3 *db, const Changeset &changes, Obstacles *obstacles);
+
+/// The recorder of a handle, made when there is none; null without memory.
+Recorder *recorder_of(qbdb_private *internal);
+
 struct Recorder {
-    sqlite3_stmt *version = nullptr;    // asks whether others have written since
-    int64_t seen = -1;                  // its last answer
-    bool journal = false;               // the database keeps a journal
+    sqlite3_stmt *version = nullptr;  // asks whether others have written since
+    int64_t seen = -1;                // its last answer
+    bool look = true;                 // ask again, whoever has written
+    bool journal = false;             // the database keeps a journal
+    Journal calls;
     sqlite3_session *keeper = nullptr;  // records nothing; see begin_recording
     sqlite3_session *session = nullptr;
     Twins twins;

@@ -50,6 +50,15 @@ uint32_t reading(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line
 /// Null when the support library has no such call.
 decltype(&reading) begin_read;
 
+int wants(const qbdb_t *, const sqlite3 *)
+{
+    calls.push_back("journal?");
+    return 1;
+}
+
+/// Null when the support library keeps no journal.
+decltype(&wants) journal_wants;
+
 uint32_t commit(qbdb_t *, sqlite3 *, int flags, const char *file, uint32_t line)
 {
     called("commit " + std::to_string(flags), file, line);
@@ -85,6 +94,7 @@ void dump(qbdb_t *, const QbobjField *type, const void *record, int depth, const
 #define time(pointer) fake::time(pointer)
 #define qbdb_sql_begin fake::begin
 #define qbdb_sql_begin_read fake::begin_read
+#define qbdb_journal_wants fake::journal_wants
 #define qbdb_sql_commit fake::commit
 #define qbdb_sql_rollback fake::rollback
 #define qbdb_log fake::log
@@ -105,6 +115,11 @@ uint32_t report(CallContext *ctx, uint32_t code, const char *file, uint32_t line
     called("report " + std::to_string(code), file, line);
     *ctx->err = {code, file, line, "reported"};
     return code;
+}
+
+void note_call(qbdb_t *, sqlite3 *, const char *operation, const QbobjValue *values)
+{
+    calls.push_back(std::string("journal: ") + operation + " " + std::to_string(values[1].i) + " " + values[2].s);
 }
 
 struct AssertionFailed {
@@ -168,6 +183,7 @@ struct Sequence : testing::Test {
         worker_lacks_memory = false;
         worker_err = nullptr;
         fake::begin_read = fake::reading;
+        fake::journal_wants = nullptr;
     }
     uint32_t call(uint32_t level, ErrorInfo *record)
     {
@@ -259,6 +275,19 @@ TEST_F(Sequence, AFailedBeginSkipsTheWorkerButRollsBack)
     EXPECT_EQ(err.file, nullptr);
     EXPECT_EQ(err.line, 0u);
     EXPECT_EQ(err.message, nullptr);
+}
+
+TEST_F(Sequence, TheJournalIsToldOfAChangeBeforeTheWorkerRuns)
+{
+    fake::journal_wants = fake::wants;
+    EXPECT_EQ(call(0, &err), 0u);
+    EXPECT_THAT(calls, ElementsAre("time", "time", "begin 0", "journal?", "journal: qbobj_getThing 5 word",
+                                   "worker 5 word", "commit 0"));
+    qb::Site site = "qbobj_getThing";
+    site.access = qb::Access::reads;
+    calls.clear();
+    EXPECT_EQ(qb::run_framed<value_worker>(site, &handle, nullptr, &err), 0u);
+    EXPECT_THAT(calls, ElementsAre("time", "time", "begin reading 0", "commit 0"));
 }
 
 TEST_F(Sequence, OnlyAReaderBeginsAsOneWhereTheSupportLibraryKnowsHow)

@@ -137,6 +137,20 @@ TEST_F(Changes, AreThoseOfTheCommittedTransactionsOnly)
     EXPECT_THAT(changed_by({}), IsEmpty());
 }
 
+TEST_F(Changes, OfManyTablesAreToldApart)
+{
+    EXPECT_THAT(
+        changed_by({"INSERT INTO afp_share_option (share_id,available) VALUES(1,2)",
+                    "INSERT INTO nfs_share_option (share_id,available) VALUES(1,2)",
+                    "INSERT INTO ftp_share_option (share_id,available) VALUES(1,2)", "INSERT INTO host VALUES(1,'a')",
+                    "INSERT INTO tivo_mak VALUES('a','k')", "INSERT INTO jbod_port VALUES(1,'x')"}),
+        UnorderedElementsAre(HasSubstr("afp_share_option + share_id*:-/i1 available:-/i2 afp_access:-/n"),
+                             HasSubstr("nfs_share_option + share_id*:-/i1 available:-/i2 nfs_access:-/n"),
+                             HasSubstr("ftp_share_option + share_id*:-/i1 available:-/i2 ftp_access:-/n"),
+                             "host + id*:-/i1 name:-/ta", "tivo_mak + _rowid_*:-/i1 name:-/ta key:-/tk",
+                             "jbod_port + _rowid_*:-/i1 controller:-/i1 label:-/tx"));
+}
+
 TEST_F(Changes, OfATransactionWhoseCommitFailsAreNone)
 {
     EXPECT_EQ(qbdb_changes_begin(qbdb, 0), 0);

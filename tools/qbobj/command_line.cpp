@@ -15,8 +15,9 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init,  add_list, add_describe, add_completion, add_import_users,
-                                                add_batch, add_edit, add_help,     add_version};
+constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list,  add_describe, add_completion,
+                                                add_import_users, add_batch, add_edit,     add_journal,
+                                                add_undo,         add_help,  add_version};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"
@@ -95,6 +96,9 @@ void add_options(CommandLine &line)
     flag("--with-secrets", options.output.secrets, "Secrets in clear, into a file or pipe, to be written back");
     flag("--dry-run", options.dry_run, "Call the operation, print what it would change, and take it back");
     flag("--changes", options.changes, "Print what the operation changed as well");
+    app.add_option("--who", options.database.who,
+                   "On whose behalf, for the journal; unless given, who runs the program")
+        ->type_name("NAME");
     flag("--read-only", options.database.read_only, "Open the database for reading only");
     number("--timeout", options.database.timeout_ms, "MS", "How long to wait for another process's lock")
         ->capture_default_str();
@@ -211,7 +215,7 @@ void refuse_surplus(const CommandLine &line, const CLI::App &command)
 /// What changes is shown of operations; a command that has a trial of its own takes the same option itself.
 void refuse_watching(const Options &options, const CLI::App &command)
 {
-    const bool makes_calls = command.get_name() == "batch";
+    const bool makes_calls = command.get_name() == "batch" || command.get_name() == "undo";
     if (makes_calls || (!options.dry_run && !options.changes)) return;
     const char *option = options.dry_run ? "--dry-run" : "--changes";
     if (options.dry_run && command.get_option_no_throw("--dry-run"))

@@ -38,6 +38,8 @@ void add_completion(CommandLine &line);
 void add_import_users(CommandLine &line);
 void add_batch(CommandLine &line);
 void add_edit(CommandLine &line);
+void add_journal(CommandLine &line);
+void add_undo(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}

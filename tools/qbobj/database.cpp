@@ -5,6 +5,7 @@
 #include <set>
 
 #include "failure.h"
+#include "journal.h"
 #include "qbobj.h"
 #include "utf8.h"
 
@@ -74,6 +75,8 @@ Database::Database(const DatabaseOptions &options) : shown_level_(options.log_le
     qbdb_import_options import{};
     import.root = options.root.empty() ? nullptr : options.root.c_str();
     if (qbdb_set_import_options(qbdb_, &import) != 0) throw Failure("out of memory");
+    if (qbdb_set_caller(qbdb_, options.who.empty() ? caller_name().c_str() : options.who.c_str()))
+        throw Failure("out of memory");
     qbdb_set_log_hook(qbdb_, log, this);
     qbdb_set_statement_hook(qbdb_, see_statement, this);
     sqlite3_rollback_hook(

@@ -39,6 +39,10 @@ struct Failure : std::runtime_error {
         : std::runtime_error(where.empty() ? message : where + ": " + message)
     {
     }
+    Failure(const std::string &where, const std::string &message, Status class_of_it) : Failure(where, message)
+    {
+        status = class_of_it;
+    }
     /// An operation that failed, and what it reported.
     Failure(const std::string &message, std::string_view name, int64_t result, const ErrorInfo &err, Status class_of_it)
         : std::runtime_error(message),
