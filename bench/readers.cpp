@@ -160,6 +160,7 @@ double run(Shared *shared, const std::string &path, const Load &load, int second
         if (children.back()) continue;
         if (process == load.processes) import_without_end(shared, path), _exit(0);
         std::vector<std::thread> threads;
+        threads.reserve(static_cast<size_t>(load.threads));
         for (int i = 0; i < load.threads; i++)
             threads.emplace_back(call, shared, path, process * load.threads + i, load.reads_of_hundred);
         for (std::thread &each : threads) each.join();

@@ -5,7 +5,7 @@
 #include "qbdb.h"
 #include "qbdb_journal.h"
 
-extern "C" decltype(qbdb_sql_begin_read) qbdb_sql_begin_read __attribute__((weak));
-extern "C" decltype(qbdb_statements_watched) qbdb_statements_watched __attribute__((weak));
-extern "C" decltype(qbdb_journal_wants) qbdb_journal_wants __attribute__((weak));
-extern "C" decltype(qbdb_journal_call) qbdb_journal_call __attribute__((weak));
+#pragma weak qbdb_sql_begin_read
+#pragma weak qbdb_statements_watched
+#pragma weak qbdb_journal_wants
+#pragma weak qbdb_journal_call
