@@ -115,7 +115,7 @@ int finish_recording(const Call &call, bool *discard)
     if (!recorder || !recorder->session || call.db != call.qbdb->internal->db) return SQLITE_OK;
     int rc = take_changes(recorder);
     if (rc == SQLITE_OK && *discard) rc = recorder->collected.append(recorder->pending);
-    else if (rc == SQLITE_OK && recorder->journal && recorder->pending.size) rc = keep_call(recorder, call.db);
+    else if (rc == SQLITE_OK && recorder->journal && !recorder->replaying && recorder->pending.size) rc = keep_call(recorder, call.db);
     if (rc != SQLITE_OK) recorder->lost = rc;
     return rc == SQLITE_OK ? rc : fail(call, rc, "the changes cannot be recorded");
 }

@@ -118,6 +118,7 @@ struct Recorder {
     Twins twins;
     int failure = SQLITE_OK;  // of what happened inside the session's questions
     int lost = SQLITE_OK;     // why what was committed could not be collected
+    bool replaying = false;   // the transaction is a call of another journal
     bool armed = false;
     bool discard = false;
     Changeset pending;    // of the present transaction

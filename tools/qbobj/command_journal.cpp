@@ -10,6 +10,7 @@
 #include "changes.h"
 #include "command_line.h"
 #include "failure.h"
+#include "follow.h"
 #include "journal.h"
 #include "table.h"
 
@@ -23,6 +24,7 @@ constexpr uint32_t kListed = 20;  // calls, unless another number is given
 struct Given {
     std::string action;
     std::string number;
+    bool on = false;
     uint32_t megabytes = 0;
     uint32_t days = 0;
 };
@@ -154,6 +156,10 @@ void status(const CommandLine &line, const Database &database)
 
 void act(const CommandLine &line, const Given &given)
 {
+    if (given.on && given.action != "stream") throw Failure("journal " + given.action, "--follow is for stream");
+    if (given.action == "stream")
+        return stream_journal(line, given.number.empty() ? 0 : number_of_call(given.number), given.on);
+    if (given.action == "apply") return apply_stream(line);
     Database database = open_chosen_database(line.options);
     const bool numbered = given.action == "list" || given.action == "show";
     if (!given.number.empty() && !numbered) throw Failure("journal " + given.action, "takes no number");
@@ -225,10 +231,12 @@ void add_journal(CommandLine &line)
     const auto given = std::make_shared<Given>();
     CLI::App *command = add_command(line, "journal", "Keep a journal of what calls change, and look at it",
                                     [&line, given] { act(line, *given); });
-    command->add_option("ACTION", given->action, "on, off, status, list, show")
+    command->add_option("ACTION", given->action, "on, off, status, list, show, stream, apply")
         ->required()
-        ->check(CLI::IsMember({"on", "off", "status", "list", "show"}));
-    command->add_option("NUMBER", given->number, "list: how many calls, the last 20 unless given; show: which call");
+        ->check(CLI::IsMember({"on", "off", "status", "list", "show", "stream", "apply"}));
+    command->add_option("NUMBER", given->number,
+                        "list: how many calls, the last 20 unless given; show: which call; stream: after which");
+    command->add_flag("--follow", given->on, "stream: go on with the calls that come");
     command->add_option("--max-size", given->megabytes, "on: MiB that all calls may take, 64 unless given")
         ->type_name("MIB");
     command->add_option("--max-age", given->days, "on: days that a call is kept, 90 unless given")->type_name("DAYS");

@@ -40,6 +40,7 @@ void add_batch(CommandLine &line);
 void add_edit(CommandLine &line);
 void add_journal(CommandLine &line);
 void add_undo(CommandLine &line);
+void add_follow(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}
