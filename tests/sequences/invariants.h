@@ -20,6 +20,7 @@ struct Kept {
 inline constexpr Kept kMayNameWhatIsGone[] = {
     {"share.user_id", "a folder keeps its owner's number, and readers tell it"},
     {"share.group_id", "a folder keeps its group's number, and readers tell none"},
+    {"$user.group_id", "a user is put into a group by its name, which a removed group keeps"},
     {"group_acl.group_id", "removing a group leaves the access lists alone"},
     {"snapshot_management.share_id=0", "number 0 stands for the home folders"},
     {"$home_folder_snapshot_schedule.share_id=0", "number 0 stands for the home folders"},
