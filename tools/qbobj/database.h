@@ -15,8 +15,8 @@ struct DatabaseOptions {
     bool read_only = false;
     uint32_t timeout_ms = QBDB_DEFAULT_TIMEOUT_MS;
     uint32_t log_level = 0;
-    std::string who;   // for the journal; empty for the user who runs the program
-    std::string root;  // directory in which disks and home folders are looked for; empty for "/"
+    std::string who{};  // for the journal; empty for the user who runs the program
+    std::string root;   // directory in which disks and home folders are looked for; empty for "/"
 };
 
 class Database {
