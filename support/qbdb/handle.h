@@ -27,6 +27,7 @@ struct qbdb_private {
     sqlite3_stmt *commit;
     sqlite3_stmt *rollback;
     bool renew_rollback;  // the statement may need memory when it next runs
+    bool rollback_owed;   // there was no memory for it
     qdb::StatementCache *cache;
     qdb::Recorder *recorder;  // null until changes are recorded
     qbdb_log_hook log_hook;

@@ -20,13 +20,26 @@ sqlite3 *&begun_on(qbdb_private *internal, const sqlite3 *db)
     return db == internal->db ? internal->begun : internal->begun_elsewhere;
 }
 
+/// A change of the temporary schema makes even the prepared rollback prepare itself again. Without memory for that,
+/// what the statements of the cache hold is given up; when that is not enough, the rollback is owed, and the next begin
+/// makes it.
+int roll_back_without_memory(qbdb_private *internal)
+{
+    qdb::empty_cache(internal->cache);
+    return sqlite3_exec(internal->db, "ROLLBACK", nullptr, nullptr, nullptr) & 0xFF;
+}
+
 int roll_back(const Call &call)
 {
     qbdb_private *internal = call.qbdb->internal;
     int rc = SQLITE_OK;
     // SQLite itself rolls back after some failures (a full disk, an I/O error).
     if (!sqlite3_get_autocommit(call.db)) rc = run(call, internal->rollback, "ROLLBACK");
-    internal->renew_rollback = internal->renew_rollback || call.db == internal->db;
+    if (!sqlite3_get_autocommit(call.db) && call.db == internal->db) rc = roll_back_without_memory(internal);
+    if (call.db == internal->db) {
+        internal->renew_rollback = true;
+        internal->rollback_owed = !sqlite3_get_autocommit(call.db);
+    }
     if (sqlite3_get_autocommit(call.db)) begun_on(internal, call.db) = nullptr;
     if (call.db == internal->db) qdb::end_recording(internal, false);
     return rc;
@@ -52,6 +65,7 @@ uint32_t begin(qbdb_t *qbdb, sqlite3 *db, Purpose purpose, const char *file, uin
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
     sqlite3 *&begun = begun_on(internal, db);
+    if (internal->rollback_owed && db == internal->db) roll_back({qbdb, db, nullptr, file, line});
     if (!sqlite3_get_autocommit(db)) {
         internal->refused = begun == db ? db : nullptr;
         return SQLITE_ERROR;
