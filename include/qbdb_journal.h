@@ -84,9 +84,9 @@ QBDB_API int qbdb_is_secret_column(const char *table, const char *column);
 /* ---- The journal -------------------------------------------------------------------------------- */
 
 /** Bytes that a journal may take unless qbdb_journal_on says otherwise. */
-#define QBDB_JOURNAL_BYTES (64u << 20)
+#define QBDB_JOURNAL_BYTES (UINT64_C(64) << 20)
 /** Seconds that a call is kept unless qbdb_journal_on says otherwise: 90 days. */
-#define QBDB_JOURNAL_SECONDS (90u * 86400u)
+#define QBDB_JOURNAL_SECONDS (UINT64_C(90) * 86400)
 
 /**
  * Has a database keep a journal, or changes the bounds of the one that it keeps. From then on each transaction of any

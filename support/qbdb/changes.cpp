@@ -55,7 +55,7 @@ int Reading::enter_table(const char *name, int columns_in_it, bool by_row_number
     names = nullptr;
     sqlite3_free(room);
     const auto size = static_cast<size_t>(count);
-    room = sqlite3_malloc64(size * (sizeof *columns + 2 * sizeof *before));
+    room = sqlite3_malloc64(size * (sizeof *columns + 2 * sizeof(void *)));
     char *sql = sqlite3_mprintf("SELECT %s* FROM main.\"%w\"", by_row_number ? "_rowid_," : "", name);
     if (!table || !room || !sql) {
         sqlite3_free(sql);

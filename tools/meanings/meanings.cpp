@@ -82,7 +82,7 @@ void read_members(const std::string &text, size_t at, const std::string &type, M
         at = stop + 1;
         if (text.compare(next, 5, "/**< ") != 0) continue;
         at = text.find("*/", next) + 2;
-        meanings[type + "." + name] = comment_text(text.substr(next + 5, at - 2 - next - 5));
+        meanings[std::string(type).append(".").append(name)] = comment_text(text.substr(next + 5, at - 2 - next - 5));
     }
 }
 
@@ -112,7 +112,8 @@ void read_function(const std::string &name, const std::string &comment, Meanings
         if (word == "@param") tag >> argument;
         std::string rest;
         std::getline(tag, rest, '\0');
-        if (word == "@param" || word == "@return") meanings[name + "(" + argument + ")"] = comment_text(rest);
+        if (word == "@param" || word == "@return")
+            meanings[std::string(name).append("(").append(argument).append(")")] = comment_text(rest);
         at = next;
     }
 }

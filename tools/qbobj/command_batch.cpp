@@ -74,7 +74,7 @@ private:
 
 /// A line's call and its arguments.
 struct Order {
-    Json id;
+    std::optional<Json> id;
     std::string call;
     std::optional<Json> arguments;
 };
@@ -148,7 +148,7 @@ void batch(CommandLine &line, const std::string &path, bool stop_on_error)
             answer = {{"error", failure_to_json(failure)}};
             status = failure.status;
         }
-        if (!order.id.is_null()) answer["id"] = std::move(order.id);
+        if (order.id) answer["id"] = std::move(*order.id);
         print_json(answer, output);
         if (status == Status::kDone) continue;
         if (line.status == Status::kDone) line.status = status;

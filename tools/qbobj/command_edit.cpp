@@ -74,13 +74,7 @@ Json read_record(const QbobjOperation &reader, const Arguments &given, Database 
     }
     Call call(reader, address);
     call.run(database, options.database.timeout_ms);
-    const Json outcome = call.outcome();
-    const bool alone = outcome.is_object() && reader.count == 1;
-    for (uint32_t i = 0; !alone && i < reader.count; i++)
-        if (const QbobjArgument &argument = reader.arguments[i];
-            !is_scalar(argument) && outcome.is_object() && outcome.contains(argument.name))
-            return outcome[argument.name];
-    return outcome;
+    return call.outcome();  // one record, which stands alone
 }
 
 void edit(CommandLine &line, const QbobjOperation &operation, const std::vector<std::string> &words)
@@ -94,8 +88,8 @@ void edit(CommandLine &line, const QbobjOperation &operation, const std::vector<
     Database database = open_chosen_database(line.options);
     Json stored = read_record(reader, arguments, database, line.options);
     database.begin_call();
-    for (uint32_t i = 0; i < operation.count; i++)
-        if (!is_scalar(operation.arguments[i])) arguments.lay_under(i, std::move(stored));
+    const auto record = static_cast<size_t>(stored_record(operation) - operation.arguments);
+    arguments.lay_under(record, std::move(stored));
     make_call(line, operation, arguments, database);
 }
 

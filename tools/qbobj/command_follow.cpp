@@ -212,10 +212,11 @@ void stream_journal(const CommandLine &line, int64_t after, bool on)
         throw Failure("journal stream", "the journal does not hold call " + std::to_string(after + 1) + " any more",
                       Status::kRefused);
     progress.last = after;
-    do {
+    for (;;) {
         read_on(from, progress, Progress::print);
-        if (on) std::this_thread::sleep_for(kPause);
-    } while (on);
+        if (!on) return;
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 void apply_stream(const CommandLine &line)
