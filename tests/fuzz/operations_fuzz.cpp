@@ -476,6 +476,9 @@ struct Database {
         char why[256] = "";
         const std::string path = scratch + "/fuzz.db";
         if (qbdb_open(path.c_str(), QBDB_OPEN_CREATE, "tank", &qbdb, &db, why, sizeof why)) fail(why);
+        // What records changes is made by the first transaction that may write.
+        require(qbdb_sql_begin(qbdb, db, 0, __FILE__, __LINE__) == 0, "no transaction");
+        require(qbdb_sql_rollback(qbdb, db, 0, __FILE__, __LINE__) == 0, "no rollback");
         qbdb_set_log_hook(
             qbdb, [](void *, const char *, uint32_t, uint32_t, uint32_t, const char *) {}, nullptr);
         static const qbdb_directory_hooks kDirectory{
