@@ -10,6 +10,7 @@
 #include "qbobj/backup.h"
 #include "qbobj/codes.h"
 #include "qbobj/legacy.h"
+#include "qbobj/operations.h"
 #include "qbobj/services.h"
 #include "qbobj/shares.h"
 #include "qbobj/storage.h"

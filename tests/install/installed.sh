@@ -44,7 +44,10 @@ flags=$(pkg-config --cflags --libs qbobj)
 "$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$source_dir/examples/log.c" -o "$home/log" $flags
 # shellcheck disable=SC2086
 "$cxx" -std=c++17 -Wall -Wextra -pedantic -Werror "$source_dir/examples/types.cpp" -o "$home/types" $flags
+# shellcheck disable=SC2086
+"$cxx" -std=c++20 -Wall -Wextra -pedantic -Werror "$source_dir/examples/users.cpp" -o "$home/users" $flags
 "$home/log" "$home/one.db"
+"$home/users" "$home/users.db"
 "$home/types" | tail -n 1
 
 echo "-- by find_package"
@@ -52,6 +55,7 @@ cmake -S "$source_dir/examples" -B "$home/build" -DCMAKE_PREFIX_PATH="$home/move
   -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" > /dev/null
 cmake --build "$home/build" > /dev/null
 "$home/build/log" "$home/two.db"
+"$home/build/users" "$home/more_users.db"
 "$home/build/types" | tail -n 1
 
 echo "-- nothing in the installation names the build"
