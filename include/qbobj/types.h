@@ -408,6 +408,14 @@ QBOBJ_API const char *qbobj_result_meaning(const QbobjOperation *operation);
  */
 QBOBJ_API const char *qbobj_version(void);
 
+/**
+ * The size of a row of the tables in the library that runs. What is compiled with this header knows it; a language
+ * binding, which may find a newer library with longer rows, steps through the tables by it.
+ * @param row Name of the row's structure: "QbobjField", "QbobjType", "QbobjArgument", "QbobjOperation" or "QbobjCode".
+ * @return Its size in bytes; 0 for null and for any other name.
+ */
+QBOBJ_API uint32_t qbobj_row_size(const char *row);
+
 /** @name Category words of the system log @{ */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_SNAPSHOT; /**< "snapshot" */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_MBACKUP;  /**< "mbackup" */

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "qbobj/codes.h"
 #include "qbobj/types.h"
 
 namespace qb {
@@ -62,4 +63,20 @@ const char *qbobj_result_meaning(const QbobjOperation *operation)
 const char *qbobj_version(void)
 {
     return QBOBJ_VERSION;
+}
+
+uint32_t qbobj_row_size(const char *row)
+{
+    static constexpr struct {
+        const char *name;
+        uint32_t size;
+    } kRows[] = {
+        {"QbobjField", sizeof(QbobjField)},       {"QbobjType", sizeof(QbobjType)},
+        {"QbobjArgument", sizeof(QbobjArgument)}, {"QbobjOperation", sizeof(QbobjOperation)},
+        {"QbobjCode", sizeof(QbobjCode)},
+    };
+    if (!row) return 0;
+    for (const auto &known : kRows)
+        if (strcmp(known.name, row) == 0) return known.size;
+    return 0;
 }

@@ -272,6 +272,7 @@ bool is_operation(const std::string &name)
         "qbobj_operation_meaning",
         "qbobj_argument_meaning",
         "qbobj_result_meaning",
+        "qbobj_row_size",
         "qbobj_version",
     };
     return name.rfind("qbobj_", 0) == 0 && name.rfind("qbobj_clear_", 0) != 0 &&

@@ -105,4 +105,15 @@ TEST(Version, IsThatOfTheBuild)
     EXPECT_TRUE(std::regex_match(qbobj_version(), std::regex("[0-9]+\\.[0-9]+\\.[0-9]+")));
 }
 
+TEST(Version, RowsAreAsLongAsHeadersSay)
+{
+    EXPECT_EQ(qbobj_row_size("QbobjField"), sizeof(QbobjField));
+    EXPECT_EQ(qbobj_row_size("QbobjType"), sizeof(QbobjType));
+    EXPECT_EQ(qbobj_row_size("QbobjArgument"), sizeof(QbobjArgument));
+    EXPECT_EQ(qbobj_row_size("QbobjOperation"), sizeof(QbobjOperation));
+    EXPECT_EQ(qbobj_row_size("QbobjCode"), sizeof(QbobjCode));
+    EXPECT_EQ(qbobj_row_size("Share"), 0u);
+    EXPECT_EQ(qbobj_row_size(nullptr), 0u);
+}
+
 }  // namespace

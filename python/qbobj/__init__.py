@@ -1,0 +1,45 @@
+"""The appliance's configuration database from Python.
+
+    >>> import qbobj
+    >>> with qbobj.open("appliance.db") as db:
+    ...     db.addUser(UserName="anna", GroupName="family", Password="secret")
+
+Operations are methods of a handle, records are classes of this module: both are made of the library's own tables when
+the module is imported. `qbobj.operations` and `qbobj.types` describe them, `help(qbobj.User)` tells what the fields mean.
+"""
+
+from . import _records, _tables
+from ._errors import Error, IgnoredFieldWarning, Locked, NotFound, ReportedWarning
+from ._handle import Handle, LogFunction, Operations, Request, open, results
+from ._library import version
+from ._records import Record
+from ._tables import Argument, Field, Operation, RecordType, codes, masked_password, operations, types
+
+__version__ = version
+
+globals().update(_records.records)
+globals().update({result.__name__: result for result in results.values()})
+
+__all__ = [
+    "Argument",
+    "Error",
+    "Field",
+    "Handle",
+    "IgnoredFieldWarning",
+    "Locked",
+    "LogFunction",
+    "NotFound",
+    "Operation",
+    "Operations",
+    "Record",
+    "RecordType",
+    "ReportedWarning",
+    "Request",
+    "codes",
+    "masked_password",
+    "open",
+    "operations",
+    "types",
+    "version",
+    *_records.records,
+]
