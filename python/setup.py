@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Nothing but the version, which is written once for everything: in CMakeLists.txt."""
 
 import re

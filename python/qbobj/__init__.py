@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The appliance's configuration database from Python.
 
     >>> import qbobj
@@ -16,6 +17,9 @@ from ._records import Record
 from ._tables import Argument, Field, Operation, RecordType, codes, masked_password, operations, types
 
 __version__ = version
+
+for _error in (Error, NotFound, Locked, ReportedWarning, IgnoredFieldWarning):
+    _error.__module__ = __name__
 
 globals().update(_records.records)
 globals().update({result.__name__: result for result in results.values()})

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Made by "python3 -m qbobj.stubs" of the library's tables.
 import os
 from collections.abc import Iterable, Iterator, Mapping

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What a failed call raises."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Databases: opening them, calling operations on them."""
 
 from __future__ import annotations

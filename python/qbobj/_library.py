@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The shared library: where it is found, the calls into it, and the layout of its tables' rows."""
 
 from __future__ import annotations

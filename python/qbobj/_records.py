@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Record classes, one a type of the tables, and their way into the library's memory and back."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What the library's tables say: record types with their fields, operations with their arguments, codes."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Writes the type stub of the package from the library's tables.
 
     python3 -m qbobj.stubs OUT
@@ -14,6 +15,7 @@ from ._records import records
 from ._tables import Operation, RecordType, operations, python_name
 
 _HEAD = '''\
+# SPDX-License-Identifier: Apache-2.0
 # Made by "python3 -m qbobj.stubs" of the library's tables.
 import os
 from collections.abc import Iterable, Iterator, Mapping

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Real databases for the tests, and what they look like inside."""
 
 import contextlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Calls against real databases: what they write, what they return, how they fail."""
 
 import os

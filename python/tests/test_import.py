@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What happens without the library, with an old one, and with a newer one."""
 
 import os
@@ -137,7 +138,8 @@ ctypes.CDLL = load
 assert qbobj._library.FIELD_SIZE == 80, qbobj._library.FIELD_SIZE
 assert len(qbobj.types) == 110 and len(qbobj.operations) == 198
 with qbobj.open({path!r}) as db:
-    db.addUser(UserName="anna", UserQuota=[qbobj.Quota(HardMB=5)], Password="x")
+    db.addShare(ShareName="x", VolumeId="tank")
+    db.addUser(UserName="anna", UserQuota=[qbobj.Quota(ShareId="tank/x", HardMB=5)], Password="x")
     print(db.getUserCollection())
     print(db.getSnapshotCollection(None, None, 0, 0, 0, None, 0, 0, 0))
 """

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Whatever a caller gives, the process lives, and what is wrong is named."""
 
 import pytest

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Handles, requests, threads, processes."""
 
 import gc

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Every operation and type of the library is there, and every record goes into its memory and back."""
 
 import ctypes

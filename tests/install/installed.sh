@@ -16,6 +16,13 @@ echo "-- the installed command line finds its libraries"
 "$home/moved/bin/qbobj" completion bash | cmp - "$home/moved/share/bash-completion/completions/qbobj"
 "$home/moved/bin/qbobj" completion zsh | cmp - "$home/moved/share/zsh/site-functions/_qbobj"
 
+echo "-- the Python package finds its library, and tells its version"
+PYTHONPATH=$home/moved/lib/python3/dist-packages /usr/bin/python3 -B "$source_dir/examples/users.py" "$home/python.db"
+PYTHONPATH=$home/moved/lib/python3/dist-packages /usr/bin/python3 -B -c '
+import importlib.metadata, qbobj
+assert importlib.metadata.version("qbobj") == qbobj.__version__
+assert qbobj._library.library._name.startswith(qbobj.__file__.split("/lib/")[0]), qbobj._library.library._name'
+
 # It names no more than libqbobj: that one has to find libqbdb by itself.
 echo "-- a program that only asks what there is"
 cat > "$home/introspect.c" << 'END'
