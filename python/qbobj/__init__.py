@@ -9,9 +9,10 @@ Operations are methods of a handle, records are classes of this module: both are
 the module is imported. `qbobj.operations` and `qbobj.types` describe them, `help(qbobj.User)` tells what the fields mean.
 """
 
-from . import _records, _tables
+from . import _methods, _records
+from ._call import results
 from ._errors import Error, IgnoredFieldWarning, Locked, NotFound, ReportedWarning
-from ._handle import Handle, LogFunction, Operations, Request, open, results
+from ._handle import Handle, LogFunction, Operations, Request, open
 from ._library import version
 from ._records import Record
 from ._tables import Argument, Field, Operation, RecordType, codes, masked_password, operations, types
@@ -21,6 +22,7 @@ __version__ = version
 for _error in (Error, NotFound, Locked, ReportedWarning, IgnoredFieldWarning):
     _error.__module__ = __name__
 
+_methods.add_methods()
 globals().update(_records.records)
 globals().update({result.__name__: result for result in results.values()})
 

@@ -10,7 +10,7 @@ import sys
 from collections.abc import Iterator
 from pathlib import Path
 
-from ._handle import signature
+from ._methods import signature
 from ._records import records
 from ._tables import Operation, RecordType, operations, python_name
 

@@ -285,6 +285,9 @@ def test_a_field_that_is_not_used_is_a_warning(db):
     with pytest.warns(qbobj.IgnoredFieldWarning, match="^FullName is not used by addUser$") as caught:
         db.addUser(UserName="anna", FullName="Anna")
     assert caught[0].filename == __file__
+    with db.request() as request, pytest.warns(qbobj.IgnoredFieldWarning) as caught:
+        request.addUser(UserName="zoe", FullName="Zoe")
+    assert caught[0].filename == __file__
     with pytest.warns(qbobj.IgnoredFieldWarning, match="^FullName, IsDomainMember are not used by addUser$"):
         db.addUser([qbobj.User(UserName="bert", FullName="Bert", IsDomainMember=1)])
     read = db.getUser(UserId=100)
