@@ -32,6 +32,7 @@ def open(
     readonly: bool = ...,
     volume: str | None = ...,
     timeout: float = ...,
+    caller: str | None = ...,
     log: LogFunction | None = ...,
     log_level: Literal[2, 4, 5] = ...,
 ) -> Handle: ...

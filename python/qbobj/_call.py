@@ -12,7 +12,7 @@ from typing import Any
 from . import _library
 from ._errors import IgnoredFieldWarning, ReportedWarning
 from ._library import text_at
-from ._records import Arena, Check, Record, codecs, free_xml, number, records, refuse_unknown, xml_text
+from ._records import Arena, Check, Record, codecs, free_xml, is_several, number, records, refuse_unknown, xml_text
 from ._tables import Argument, Operation, operations, python_name
 
 
@@ -140,9 +140,9 @@ class Call:
             return self._nothing(arena, argument)
         check = self._check(argument)
         head = argument.type.head
-        if not isinstance(value, Record) and head is not None:
-            value = codec.record(**{head.name: _listed(value, where)})
-        if argument.chain and not isinstance(value, Record):
+        if head is not None and not isinstance(value, Record) and is_several(value):
+            value = codec.record(**{head.name: list(value)})
+        if argument.chain and not isinstance(value, codec.record) and is_several(value):
             self.lists.add(argument.name)
             address = codec.write_list(arena, value, where, "", check)
             if not address and not argument.optional:
@@ -230,9 +230,3 @@ class Call:
             warnings.warn(f"{', '.join(self.ignored)} {verb} not used by {name}", IgnoredFieldWarning, stacklevel=callers)
         if self.report:
             warnings.warn(f"{name}: {self.report}", ReportedWarning, stacklevel=callers)
-
-
-def _listed(value: Any, where: str) -> list[Any]:
-    if isinstance(value, (str, bytes)) or not hasattr(value, "__iter__"):
-        raise TypeError(f"{where}: a record or a list is needed, not {type(value).__name__}")
-    return list(value)

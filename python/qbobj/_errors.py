@@ -12,12 +12,13 @@ class Error(Exception):
     def __init__(
         self,
         operation: str,
-        code: int | None,
+        code: int,
         message: str,
         file: str | None = None,
         line: int | None = None,
+        meaning: str | None = None,
     ) -> None:
-        super().__init__(operation, code, message, file, line)
+        super().__init__(operation, code, message, file, line, meaning)
         self.operation = operation
         """Name of the operation, "open" when a database could not be opened."""
         self.code = code
@@ -28,11 +29,8 @@ class Error(Exception):
         """The library's source file that reported it, if one did."""
         self.line = line
         """The line in that file."""
-
-    @property
-    def meaning(self) -> str | None:
-        """What the code means; None for one that is not in `qbobj.codes`."""
-        return None if self.code is None else codes.get(self.code)
+        self.meaning = codes.get(code) if meaning is None else meaning
+        """What the code means; None for -1."""
 
     def __str__(self) -> str:
         return f"{self.operation}: {self.code} {self.message}"
@@ -44,10 +42,6 @@ class NotFound(Error):
 
 class Locked(Error):
     """Another process or handle kept the database locked for longer than the timeout; nothing was tried."""
-
-    @property
-    def meaning(self) -> str | None:
-        return "the database is locked"
 
 
 class ReportedWarning(UserWarning):

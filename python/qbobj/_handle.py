@@ -105,36 +105,45 @@ class Handle(Operations):
         mode: int,
         volume: str | None,
         timeout: float,
+        caller: str | None,
         log: LogFunction | None,
         log_level: int,
     ) -> None:
         name = os.fsencode(path)
         if b"\0" in name:
             raise ValueError("path: the file name holds a NUL character")
-        if volume is not None and "\0" in volume:
-            raise ValueError("volume: the text holds a NUL character")
+        if log is not None and not callable(log):
+            raise TypeError(f"log: a function is needed, not {type(log).__name__}")
+        if not isinstance(timeout, (int, float)):
+            raise TypeError(f"timeout: seconds are needed, not {type(timeout).__name__}")
         milliseconds = number(round(timeout * 1000), "u", "timeout in milliseconds")
+        level = number(log_level, "u", "log_level")
+        arena = Arena()
+        volume_name = None if volume is None else arena.text(volume, "volume")
+        caller_name = None if caller is None else arena.text(caller, "caller")
         qbdb, self._db = ctypes.c_void_p(), ctypes.c_void_p()
         why = ctypes.create_string_buffer(512)
-        volume_name = None if volume is None else volume.encode("utf-8", "surrogateescape")
         code = library.qbdb_open(
             name, mode, volume_name, ctypes.byref(qbdb), ctypes.byref(self._db), why, ctypes.sizeof(why)
         )
         if code:
-            raise Error("open", code, why.value.decode("utf-8", "replace") or _sqlite_text(code))
+            meaning = _sqlite_text(code)
+            raise Error("open", code, why.value.decode("utf-8", "replace") or meaning, meaning=meaning)
         self._qbdb = qbdb
         self._path = os.fsdecode(name)
         self._owner = os.getpid()
         self._lock = threading.RLock()
         self._running = False
         self._requested: Request | None = None
-        self._watch = _Watch(log or _log_line, log_level)
+        self._watch = _Watch(log or _log_line, level)
+        self._finalizer = weakref.finalize(self, _close, qbdb, self._owner, self._watch)
         head = _library.HandleHead.from_address(qbdb.value or 0)
-        head.log_level = max(log_level, _FAILURE_LEVEL)
+        head.log_level = max(level, _FAILURE_LEVEL)
         library.qbdb_set_timeout(qbdb, milliseconds)
         library.qbdb_set_log_hook(qbdb, self._watch.log_hook, None)
         library.sqlite3_rollback_hook(self._db, self._watch.rollback_hook, None)
-        self._finalizer = weakref.finalize(self, _close, qbdb, self._owner, self._watch)
+        if caller_name is not None and library.qbdb_set_caller(qbdb, caller_name):
+            raise MemoryError
 
     # ---- Life
 
@@ -262,12 +271,12 @@ class Handle(Operations):
 
     def _raise_without_report(self, name: str, code: int, watch: _Watch) -> None:
         """The error record is empty: the code is the database's own when that is what it said last."""
-        said = library.sqlite3_errcode(self._db) & 0xFF == code
-        if said and code == _BUSY:
-            raise Locked(name, code, "the database is locked by another")
-        if said and code == _NO_MEMORY:
-            raise MemoryError
-        meaning = _tables.codes.get(code, _sqlite_text(code) if said else "the operation failed and does not say why")
+        if library.sqlite3_errcode(self._db) & 0xFF == code:
+            if code == _NO_MEMORY:
+                raise MemoryError
+            meaning = _sqlite_text(code)
+            raise (Locked if code == _BUSY else Error)(name, code, meaning, meaning=meaning)
+        meaning = _tables.codes.get(code, "the operation failed and does not say why")
         kind = NotFound if code == 6 else Error
         raise kind(name, code, f"{meaning} ({watch.failure})" if watch.failure else meaning)
 
@@ -311,13 +320,15 @@ def open(
     readonly: bool = False,
     volume: str | None = None,
     timeout: float = 5.0,
+    caller: str | None = None,
     log: LogFunction | None = None,
     log_level: Literal[2, 4, 5] = 2,
 ) -> Handle:
     """Opens a database.
 
     create makes a fresh one, with a first volume if one is named; readonly opens one that is only read.
-    timeout is how many seconds a call waits for another that writes. log receives the library's log lines up to
+    timeout is how many seconds a call waits for another that writes. caller is who the journal says made the changes.
+    log receives the library's log lines up to
     log_level (2 errors, 4 calls, 5 records as well); without it they go to the logger "qbobj".
     """
     if create and readonly:
@@ -325,4 +336,4 @@ def open(
     if volume is not None and not create:
         raise ValueError("volume: only a database that is created gets a first volume")
     mode = _CREATE if create else _READONLY if readonly else _EXISTING
-    return Handle(path, mode, volume, timeout, log, log_level)
+    return Handle(path, mode, volume, timeout, caller, log, log_level)

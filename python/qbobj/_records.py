@@ -9,7 +9,7 @@ import difflib
 import inspect
 import operator
 import struct
-from collections.abc import Callable, Iterable, Iterator
+from collections.abc import Callable, Iterable, Iterator, Mapping
 from typing import Any, ClassVar
 
 from ._library import XmlNode, library
@@ -78,6 +78,11 @@ class Sequence(Record):
 
     def __getitem__(self, index: Any) -> Any:
         return getattr(self, self._head)[index]
+
+
+def is_several(value: Any) -> bool:
+    """Whether a value is a list of records, as far as one sees from outside."""
+    return isinstance(value, Iterable) and not isinstance(value, (str, bytes, Mapping))
 
 
 class Arena:
@@ -225,7 +230,7 @@ class Codec:
         return arena.block(self.struct.pack(*self.slots(arena, record, where, path, check)))
 
     def write_list(self, arena: Arena, records: Any, where: str, path: str, check: Check) -> int:
-        if isinstance(records, (str, bytes, Record)) or not isinstance(records, Iterable):
+        if not is_several(records):
             raise TypeError(f"{where}: a list of {self.type.name} is needed, not {type(records).__name__}")
         prepared = [self.slots(arena, record, f"{where}[{i}]", path, check) for i, record in enumerate(records)]
         address = 0
@@ -235,7 +240,7 @@ class Codec:
         return address
 
     def slots(self, arena: Arena, record: Any, where: str, path: str, check: Check) -> list[int]:
-        if record.__class__ is not self.record:
+        if not isinstance(record, self.record):
             raise TypeError(f"{where}: a record {self.type.name} is needed, not {type(record).__name__}")
         if not path:
             check.begin(record)

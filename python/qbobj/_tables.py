@@ -233,11 +233,11 @@ class Operation:
         """What the library's function returns."""
         return plain(library.qbobj_result_meaning(self._address))
 
-    @property
+    @functools.cached_property
     def inputs(self) -> tuple[Argument, ...]:
         return tuple(argument for argument in self.arguments if argument.given)
 
-    @property
+    @functools.cached_property
     def outputs(self) -> tuple[Argument, ...]:
         return tuple(argument for argument in self.arguments if argument.returned)
 

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Handles, requests, threads, processes."""
 
+import ctypes
 import gc
 import logging
 import os
@@ -9,6 +10,7 @@ import threading
 import weakref
 
 import pytest
+from conftest import execute
 
 import qbobj
 
@@ -168,6 +170,15 @@ def test_a_child_process_leaves_the_handle_alone(db, path):
     assert os.waitpid(child, 0)[1] == 0
     db.addLog(0)
     assert db.getLog().total == 2
+
+
+def test_the_journal_says_who_called(path):
+    from qbobj import _library
+
+    with qbobj.open(path, caller="anna") as db:
+        assert _library.library.qbdb_journal_on(db._qbdb, db._db, ctypes.c_uint64(0), ctypes.c_uint64(0)) == 0
+        db.addLog(0)
+    assert execute(path, "SELECT operation, who FROM _journal")[0][-1] == ("qbobj_addLog", "anna")
 
 
 # ---- The log
