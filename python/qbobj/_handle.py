@@ -194,6 +194,8 @@ class Handle(Operations):
 
     def _end_request(self) -> None:
         with self._lock:
+            if self._running:
+                raise RuntimeError("the handle is in use: a call runs")
             self._requested = None
             if not self.closed and os.getpid() == self._owner:
                 library.qbdb_request_end(self._qbdb)
@@ -201,6 +203,15 @@ class Handle(Operations):
     def _begin_pool(self) -> None:
         if library.qbdb_request_begin(self._qbdb):
             raise MemoryError("no memory for a request")
+
+    @contextlib.contextmanager
+    def _in_use(self) -> Iterator[None]:
+        """Until what came back is read, no log function, finalizer or signal handler may empty the pool by a call."""
+        self._running = True
+        try:
+            yield
+        finally:
+            self._running = False
 
     @contextlib.contextmanager
     def _pool(self) -> Iterator[None]:
@@ -226,7 +237,7 @@ class Handle(Operations):
             arena = Arena()
             try:
                 call.bind(arena)
-                with self._pool():
+                with self._in_use(), self._pool():
                     self._run(call, arena)
                     result = call.result()
             finally:
@@ -239,11 +250,7 @@ class Handle(Operations):
         watch = self._watch
         watch.begin()
         watch.secrets = arena.secrets
-        self._running = True
-        try:
-            call.run(self._qbdb, self._db)
-        finally:
-            self._running = False
+        call.run(self._qbdb, self._db)
         self._judge(call, watch)
 
     def _judge(self, call: Call, watch: _Watch) -> None:

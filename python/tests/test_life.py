@@ -13,6 +13,7 @@ import pytest
 from conftest import execute
 
 import qbobj
+from qbobj import _call, _library
 
 
 def test_a_handle_is_closed_once_or_twice(path):
@@ -62,8 +63,6 @@ def test_records_survive_their_pool(db):
 
 
 def test_a_request_keeps_one_pool(db):
-    from qbobj import _library
-
     head = _library.HandleHead.from_address(db._qbdb.value)
     assert head.request_pool is None
     with db.request() as r:
@@ -173,8 +172,6 @@ def test_a_child_process_leaves_the_handle_alone(db, path):
 
 
 def test_the_journal_says_who_called(path):
-    from qbobj import _library
-
     with qbobj.open(path, caller="anna") as db:
         assert _library.library.qbdb_journal_on(db._qbdb, db._db, ctypes.c_uint64(0), ctypes.c_uint64(0)) == 0
         db.addLog(0)
@@ -223,3 +220,20 @@ def test_a_receiver_cannot_call_back(path):
         db.addLog(0)
         assert db.getLog().total == 1
     assert caught and set(caught) == {"the handle is in use: a call runs"}
+
+
+def test_nothing_takes_the_pool_away_while_it_is_read(db, monkeypatch):
+    """Finalizers and signal handlers run wherever the interpreter is."""
+    read, caught = _call.Call.result, []
+
+    def result(call):
+        request = db.request()
+        for use in (db.getLog, db.close, request.__enter__, request.__exit__):
+            with pytest.raises(RuntimeError, match="in use"):
+                use()
+            caught.append(use)
+        return read(call)
+
+    monkeypatch.setattr(_call.Call, "result", result)
+    assert db.getLog().total == 0
+    assert len(caught) == 4
