@@ -51,7 +51,7 @@ typedef struct qbdb {
  * operations together use. One takes some 3 KiB. */
 #define QBDB_DEFAULT_STATEMENTS 1024
 
-/** @name How to open @{ */
+/** @name How to open */ /** @{ */
 #define QBDB_OPEN_EXISTING 0u /**< Read and write a database that exists. */
 #define QBDB_OPEN_CREATE 1u   /**< Create a fresh appliance database; the file must not exist or be empty. */
 #define QBDB_OPEN_READONLY 2u /**< Read a database that exists. */

@@ -178,13 +178,13 @@ QBOBJ_FOR_EACH_TYPE(QBOBJ_DECLARE_CLEAR)
 #undef QBOBJ_DECLARE_CLEAR
 /** @} */
 
-/** @name Header flags of a field table @{ */
+/** @name Header flags of a field table */ /** @{ */
 #define QBOBJ_TYPE_LIST 1u      /**< List element: the first word links to the next element. */
 #define QBOBJ_TYPE_ROW_ID 4u    /**< The first field is the database key `resource_id`. */
 #define QBOBJ_TYPE_KEY_WORD 8u  /**< A key word (text) stands between the link and the first field. */
 /** @} */
 
-/** @name Field flags @{ */
+/** @name Field flags */ /** @{ */
 #define QBOBJ_FIELD_HEAD 1u     /**< An `o` field that heads the element list of its record. */
 #define QBOBJ_FIELD_OPTIONAL 2u /**< May be absent: null indicator (numbers) or null pointer. */
 /** @} */
@@ -416,7 +416,7 @@ QBOBJ_API const char *qbobj_version(void);
  */
 QBOBJ_API uint32_t qbobj_row_size(const char *row);
 
-/** @name Category words of the system log @{ */
+/** @name Category words of the system log */ /** @{ */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_SNAPSHOT; /**< "snapshot" */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_MBACKUP;  /**< "mbackup" */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_BACKUP;   /**< "backup" */
@@ -428,7 +428,7 @@ QBOBJ_API extern const char *const QBLOG_CATEGORY_SYSTEM;   /**< "system" */
 QBOBJ_API extern const char *const QBLOG_CATEGORY_MISC;     /**< "misc" */
 /** @} */
 
-/** @name Severity words of the system log @{ */
+/** @name Severity words of the system log */ /** @{ */
 QBOBJ_API extern const char *const QBLOG_SEVERITY_EMERG;   /**< "emerge", with the trailing e. */
 QBOBJ_API extern const char *const QBLOG_SEVERITY_ALERT;   /**< "alert" */
 QBOBJ_API extern const char *const QBLOG_SEVERITY_CRIT;    /**< "crit" */
