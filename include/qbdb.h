@@ -334,14 +334,15 @@ QBDB_API uint32_t qbdb_sql_begin_read(qbdb_t *qbdb, sqlite3 *db, int flags, cons
 QBDB_API uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
 
 /**
- * Rolls back the transaction that qbdb_sql_begin began. Needs no memory; does nothing when there is
- * none, and leaves a transaction alone that somebody else began.
+ * Rolls back the transaction that qbdb_sql_begin began. Does nothing when there is none, and leaves a transaction
+ * alone that somebody else began. Needs no memory, unless the transaction changed the temporary schema: on the
+ * handle's own connection a rollback that found none is made by the next begin.
  * @param qbdb  The handle.
  * @param db    The connection.
  * @param flags 0.
  * @param file  Caller's source file.
  * @param line  Caller's source line.
- * @return 0, or a result code.
+ * @return 0, or a result code; 7 when there was no memory.
  */
 QBDB_API uint32_t qbdb_sql_rollback(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file, uint32_t line);
 

@@ -28,7 +28,7 @@ extern "C" {
  * What a call does outside of the database is not taken back.
  * @param qbdb  The handle.
  * @param flags 0, or QBDB_CHANGES_DISCARD.
- * @return 0; 21 when recording was begun already or a transaction is open; 7 without memory.
+ * @return 0; 21 when recording was begun already, a transaction is open, or `flags` is anything else; 7 without memory.
  */
 QBDB_API int qbdb_changes_begin(qbdb_t *qbdb, unsigned flags);
 
@@ -37,7 +37,8 @@ QBDB_API int qbdb_changes_begin(qbdb_t *qbdb, unsigned flags);
  * @param qbdb    The handle.
  * @param changes Out: a changeset, to be released with sqlite3_free; null when nothing changed.
  * @param size    Out: its size in bytes.
- * @return 0; 21 when no recording was begun.
+ * @return 0; 21 when no recording was begun; else the code of what kept a change from being recorded (7 without memory,
+ *         ...): then `changes` is null, because a list with a gap in it would be worse than none.
  */
 QBDB_API int qbdb_changes_end(qbdb_t *qbdb, void **changes, int *size);
 
@@ -96,7 +97,8 @@ QBDB_API int qbdb_is_secret_column(const char *table, const char *column);
  * @param db          The handle's own connection.
  * @param max_bytes   Bytes that all calls may take together; 0 for QBDB_JOURNAL_BYTES.
  * @param max_seconds Seconds that a call is kept; 0 for QBDB_JOURNAL_SECONDS.
- * @return 0, or a SQLite result code (8 for a handle that only reads, 21 for another connection, 5 locked, …).
+ * @return 0, or a SQLite result code: 5 locked longer than the timeout; 7 without memory; 8 for a handle that only reads;
+ *         21 for another connection, or while changes are recorded with QBDB_CHANGES_DISCARD; …
  */
 QBDB_API int qbdb_journal_on(qbdb_t *qbdb, sqlite3 *db, uint64_t max_bytes, uint64_t max_seconds);
 
@@ -105,7 +107,7 @@ QBDB_API int qbdb_journal_on(qbdb_t *qbdb, sqlite3 *db, uint64_t max_bytes, uint
  * that what was before cannot be undone any more and copies that follow it have to be made anew.
  * @param qbdb The handle; no transaction is open.
  * @param db   The handle's own connection.
- * @return 0 (also when there is none), or a SQLite result code.
+ * @return 0 (also when there is none), or a SQLite result code as qbdb_journal_on.
  */
 QBDB_API int qbdb_journal_off(qbdb_t *qbdb, sqlite3 *db);
 
@@ -175,8 +177,9 @@ QBDB_API int qbdb_journal_read(qbdb_t *qbdb, sqlite3 *db, int64_t after, uint32_
  * @param undone Out: number of the call that was undone, 0 for none; may be null.
  * @param text   Out: why not, cut to fit: which rows stand in the way; untouched on success; may be null.
  * @param size   Size of `text` in bytes.
- * @return 0; 12 the journal holds no such call; 19 something stands in the way, or it was undone already; or another
- *         SQLite result code.
+ * @return 0; 12 the journal holds no such call, or is switched off; 17 a table that the call changed is another one now;
+ *         19 something stands in the way, or it was undone already; 8 for a handle that only reads; 21 for another
+ *         connection; or another SQLite result code.
  */
 QBDB_API int qbdb_journal_undo(qbdb_t *qbdb, sqlite3 *db, int64_t id, int64_t *undone, char *text, size_t size);
 

@@ -34,7 +34,9 @@ QBDB_API int qbdb_copy_database(qbdb_t *qbdb, sqlite3 *db, const char *path, cha
  * @param entry The call, as qbdb_journal_read hands it out.
  * @param text  Out: why it was refused, cut to fit; untouched on success; may be null.
  * @param size  Size of `text` in bytes.
- * @return 0; 11 the call is damaged; 19 it does not fit the copy; or another SQLite result code.
+ * @return 0; 11 the call is damaged; 17 a table that it changed is another one in the copy; 19 it does not fit the copy; 8
+ *         for a handle that only reads; 21 for another connection, or while changes are recorded with
+ *         QBDB_CHANGES_DISCARD; or another SQLite result code.
  */
 QBDB_API int qbdb_journal_apply(qbdb_t *qbdb, sqlite3 *db, const qbdb_journal_entry *entry, char *text, size_t size);
 

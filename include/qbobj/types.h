@@ -365,38 +365,38 @@ QBOBJ_API const QbobjOperation *qbobj_find_operation(const char *name);
 
 /**
  * Tells what a record type stands for.
- * @param type Field table of the type.
- * @return The text.
+ * @param type Field table of the type, not null.
+ * @return The text, or null.
  */
 QBOBJ_API const char *qbobj_type_meaning(const QbobjField *type);
 
 /**
  * Tells what a field holds: whether it is given, returned or both, its range, unit and default.
- * @param type  Field table of the record's type.
- * @param field The field's entry in that table.
- * @return The text.
+ * @param type  Field table of the record's type, not null.
+ * @param field The field's entry in that table, not null.
+ * @return The text, or null.
  */
 QBOBJ_API const char *qbobj_field_meaning(const QbobjField *type, const QbobjField *field);
 
 /**
  * Tells what an operation does.
- * @param operation Row of the operation table.
- * @return The text.
+ * @param operation Row of the operation table, not null.
+ * @return The text, or null.
  */
 QBOBJ_API const char *qbobj_operation_meaning(const QbobjOperation *operation);
 
 /**
  * Tells what an argument is for.
- * @param operation Row of the operation table.
- * @param argument  One of its arguments.
- * @return The text.
+ * @param operation Row of the operation table, not null.
+ * @param argument  One of its arguments, not null.
+ * @return The text, or null.
  */
 QBOBJ_API const char *qbobj_argument_meaning(const QbobjOperation *operation, const QbobjArgument *argument);
 
 /**
  * Tells what an operation returns.
- * @param operation Row of the operation table.
- * @return The text.
+ * @param operation Row of the operation table, not null.
+ * @return The text, or null.
  */
 QBOBJ_API const char *qbobj_result_meaning(const QbobjOperation *operation);
 /** @} */

@@ -1,5 +1,6 @@
 // Deleting shares, and taking processes and applications off them.
 #include "shares/share_purge.h"
+#include "shares/share_write.h"
 #include "shares/shares.h"
 #include "validate/validate.h"
 #include "validate/validate_db.h"
@@ -52,8 +53,7 @@ uint32_t delete_share(CallContext *ctx, sqlite3 *db, const Share *share)
     TRY(check_holds_no_share(ctx, db, id));
     TRY(require_share(ctx, db, id));
     TRY(share_purge(ctx, db, id));
-    // What comes of it is the service's business.
-    if (share->Cifs) qbdb_service_update_setting_by_share(ctx->qbdb, db, "cifs");
+    if (share->Cifs) regenerate_shares(ctx, db, "cifs");
     return 0;
 }
 

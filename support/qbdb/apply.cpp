@@ -1,9 +1,9 @@
 // Changesets applied: tables with a declared key by SQLite itself, the others row number by row number.
+#include "apply.h"
+
 #include <cstdio>
 #include <cstring>
 #include <initializer_list>
-
-#include "recorder.h"
 
 namespace qdb {
 namespace {

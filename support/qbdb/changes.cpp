@@ -1,7 +1,50 @@
 // Changesets read for people: rows with the names of their columns, and which columns nobody should see.
-#include <cstring>
+#include "changes.h"
 
-#include "recorder.h"
+#include <cstring>
+#include <utility>
+
+namespace qdb {
+
+int Changeset::append(const Changeset &more)
+{
+    if (!more.size) return SQLITE_OK;
+    Changeset both;
+    const int rc = sqlite3changeset_concat(size, bytes, more.size, more.bytes, &both.size, &both.bytes);
+    if (rc == SQLITE_OK) swap(both);
+    return rc & 0xFF;
+}
+
+void Changeset::swap(Changeset &other)
+{
+    std::swap(bytes, other.bytes);
+    std::swap(size, other.size);
+}
+
+void Changeset::clear()
+{
+    sqlite3_free(bytes);
+    bytes = nullptr;
+    size = 0;
+}
+
+int look_for_key(sqlite3 *db, const char *table, bool *found)
+{
+    sqlite3_stmt *stmt = nullptr;
+    int rc = sqlite3_prepare_v2(db, "SELECT 1 FROM pragma_table_info(?,'main') WHERE pk LIMIT 1", -1, &stmt, nullptr);
+    if (rc == SQLITE_OK) rc = sqlite3_bind_text(stmt, 1, table, -1, SQLITE_STATIC);
+    if (rc == SQLITE_OK) *found = sqlite3_step(stmt) == SQLITE_ROW;
+    const int done = sqlite3_finalize(stmt);
+    return (rc == SQLITE_OK ? done : rc) & 0xFF;
+}
+
+int open_in_memory(sqlite3 **db)
+{
+    constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+    return sqlite3_open_v2(":memory:", db, kFlags, nullptr) & 0xFF;
+}
+
+}  // namespace qdb
 
 namespace {
 

@@ -1,4 +1,6 @@
 // The journal: each committed call that changed something as a row, written by the same transaction.
+#include "journal.h"
+
 #include <cstring>
 #include <ctime>
 #include <initializer_list>

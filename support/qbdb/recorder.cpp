@@ -5,40 +5,6 @@
 #include <utility>
 
 namespace qdb {
-
-int Changeset::append(const Changeset &more)
-{
-    if (!more.size) return SQLITE_OK;
-    Changeset both;
-    const int rc = sqlite3changeset_concat(size, bytes, more.size, more.bytes, &both.size, &both.bytes);
-    if (rc == SQLITE_OK) swap(both);
-    return rc & 0xFF;
-}
-
-void Changeset::swap(Changeset &other)
-{
-    std::swap(bytes, other.bytes);
-    std::swap(size, other.size);
-}
-
-void Changeset::clear()
-{
-    sqlite3_free(bytes);
-    bytes = nullptr;
-    size = 0;
-}
-
-/// Whether a table has a declared key.
-int look_for_key(sqlite3 *db, const char *table, bool *found)
-{
-    sqlite3_stmt *stmt = nullptr;
-    int rc = sqlite3_prepare_v2(db, "SELECT 1 FROM pragma_table_info(?,'main') WHERE pk LIMIT 1", -1, &stmt, nullptr);
-    if (rc == SQLITE_OK) rc = sqlite3_bind_text(stmt, 1, table, -1, SQLITE_STATIC);
-    if (rc == SQLITE_OK) *found = sqlite3_step(stmt) == SQLITE_ROW;
-    const int done = sqlite3_finalize(stmt);
-    return (rc == SQLITE_OK ? done : rc) & 0xFF;
-}
-
 namespace {
 
 /// Asked before the first change of each table: whether the session is to record it. For one without a key it is asked
@@ -115,7 +81,8 @@ int finish_recording(const Call &call, bool *discard)
     if (!recorder || !recorder->session || call.db != call.qbdb->internal->db) return SQLITE_OK;
     int rc = take_changes(recorder);
     if (rc == SQLITE_OK && *discard) rc = recorder->collected.append(recorder->pending);
-    else if (rc == SQLITE_OK && recorder->journal && !recorder->replaying && recorder->pending.size) rc = keep_call(recorder, call.db);
+    const bool kept = !*discard && recorder->journal && !recorder->replaying && recorder->pending.size;
+    if (rc == SQLITE_OK && kept) rc = keep_call(recorder, call.db);
     if (rc != SQLITE_OK) recorder->lost = rc;
     return rc == SQLITE_OK ? rc : fail(call, rc, "the changes cannot be recorded");
 }

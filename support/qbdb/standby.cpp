@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "apply.h"
 #include "qbdb_standby.h"
 #include "recorder.h"
 

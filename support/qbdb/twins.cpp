@@ -1,5 +1,5 @@
 // Tables without a declared key: recorded in a private database by the numbers of their rows.
-#include "recorder.h"
+#include "twins.h"
 
 namespace qdb {
 namespace {
@@ -67,8 +67,7 @@ int put(sqlite3_stmt *into, sqlite3_stmt *rows)
 int Twins::open()
 {
     if (db) return SQLITE_OK;
-    int rc =
-        sqlite3_open_v2(":memory:", &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    int rc = open_in_memory(&db);
     if (rc == SQLITE_OK)
         rc = sqlite3_exec(db, "CREATE TEMP TABLE present (id INTEGER PRIMARY KEY)", nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK) rc = sqlite3session_create(db, "main", &session);

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "apply.h"
 #include "recorder.h"
 
 namespace qdb {
@@ -33,7 +34,9 @@ struct Undoing {
         sqlite3_close(notes);
     }
 
+    void tell(const char *text);
     int refuse(int rc, const char *format, int64_t number = 0, int64_t other = 0);
+    int refuse_rows(const char *who);
     int open_notes();
     int note_undone(const qbdb_journal_state &state);
     int choose();
@@ -46,21 +49,33 @@ struct Undoing {
     int64_t number(const char *sql, int64_t argument, int *rc);
 };
 
-int Undoing::refuse(int rc, const char *format, int64_t first, int64_t other)
+void Undoing::tell(const char *text)
 {
     told = true;
-    if (words && size) {
-        char *text = sqlite3_mprintf(format, first, other);
-        snprintf(words, size, "%s", text ? text : "");
-        sqlite3_free(text);
-    }
+    if (words && size) snprintf(words, size, "%s", text);
+}
+
+int Undoing::refuse(int rc, const char *format, int64_t first, int64_t other)
+{
+    char *text = sqlite3_mprintf(format, first, other);
+    tell(text ? text : "");
+    sqlite3_free(text);
     return rc;
+}
+
+/// Names the rows that stand in the way.
+int Undoing::refuse_rows(const char *who)
+{
+    char beginning[128];
+    snprintf(beginning, sizeof beginning, "call %lld cannot be undone: %s changed", static_cast<long long>(id), who);
+    obstacles.tell(beginning, words, size);
+    told = true;
+    return SQLITE_CONSTRAINT;
 }
 
 int Undoing::open_notes()
 {
-    int rc =
-        sqlite3_open_v2(":memory:", &notes, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    int rc = open_in_memory(&notes);
     if (rc == SQLITE_OK)
         rc = sqlite3_exec(notes,
                           "BEGIN; CREATE TABLE undone (id INTEGER PRIMARY KEY, by INTEGER UNIQUE);"
@@ -130,13 +145,19 @@ int Undoing::check_number(const qbdb_journal_state &state)
     return by ? refuse(SQLITE_CONSTRAINT, "call %lld was undone by call %lld", id, by) : rc;
 }
 
+/// The name of a row, to be released with sqlite3_free; null without memory.
+char *name_of(const qbdb_change &change)
+{
+    sqlite3_str *text = sqlite3_str_new(nullptr);
+    append_row(text, change);
+    return sqlite3_str_finish(text);
+}
+
 /// Notes a row of the call that is to be undone.
 int note_row(void *context, const qbdb_change *change)
 {
     auto *undoing = static_cast<Undoing *>(context);
-    sqlite3_str *text = sqlite3_str_new(nullptr);
-    append_row(text, *change);
-    char *row = sqlite3_str_finish(text);
+    char *row = name_of(*change);
     if (!row) return SQLITE_NOMEM;
     sqlite3_stmt *stmt = nullptr;
     int rc = sqlite3_prepare_v2(undoing->notes, "INSERT OR IGNORE INTO touched VALUES(?)", -1, &stmt, nullptr);
@@ -151,9 +172,7 @@ int note_row(void *context, const qbdb_change *change)
 int compare_row(void *context, const qbdb_change *change)
 {
     auto *undoing = static_cast<Undoing *>(context);
-    sqlite3_str *text = sqlite3_str_new(nullptr);
-    append_row(text, *change);
-    char *row = sqlite3_str_finish(text);
+    char *row = name_of(*change);
     if (!row) return SQLITE_NOMEM;
     sqlite3_bind_text(undoing->is_touched, 1, row, -1, SQLITE_STATIC);
     if (sqlite3_step(undoing->is_touched) == SQLITE_ROW) undoing->obstacles.note(*change, undoing->later);
@@ -210,26 +229,14 @@ int Undoing::look_for_later_calls()
 {
     int rc = sqlite3_prepare_v2(notes, "SELECT 1 FROM touched WHERE row=?", -1, &is_touched, nullptr) & 0xFF;
     if (rc == SQLITE_OK) rc = compare_later_calls();
-    if (rc != SQLITE_OK || !obstacles.count) return rc;
-    char beginning[80];
-    snprintf(beginning, sizeof beginning, "call %lld cannot be undone: later calls changed",
-             static_cast<long long>(id));
-    obstacles.tell(beginning, words, size);
-    told = true;
-    return SQLITE_CONSTRAINT;
+    return rc != SQLITE_OK || !obstacles.count ? rc : refuse_rows("later calls");
 }
 
 int Undoing::apply()
 {
     const int rc = apply_changes(qbdb, db, changes, &obstacles);
     if (rc == SQLITE_SCHEMA) return refuse(rc, "a table that call %lld changed is another one now", id);
-    if (rc != SQLITE_OK || !obstacles.count) return rc;
-    char beginning[128];
-    snprintf(beginning, sizeof beginning, "call %lld cannot be undone: somebody who is not in the journal changed",
-             static_cast<long long>(id));
-    obstacles.tell(beginning, words, size);
-    told = true;
-    return SQLITE_CONSTRAINT;
+    return rc != SQLITE_OK || !obstacles.count ? rc : refuse_rows("somebody who is not in the journal");
 }
 
 int Undoing::run()
@@ -272,7 +279,7 @@ int qbdb_journal_undo(qbdb_t *qbdb, sqlite3 *db, int64_t id, int64_t *undone, ch
     } else {
         qbdb_sql_rollback(qbdb, db, 0, __FILE__, __LINE__);
     }
-    if (rc != SQLITE_OK && !undoing.told) undoing.refuse(static_cast<int>(rc), sqlite3_errstr(static_cast<int>(rc)));
+    if (rc != SQLITE_OK && !undoing.told) undoing.tell(sqlite3_errstr(static_cast<int>(rc)));
     if (rc == SQLITE_OK && undone) *undone = undoing.id;
     return static_cast<int>(rc);
 }

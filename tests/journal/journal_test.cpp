@@ -1,11 +1,10 @@
 // The journal: which calls it keeps, what it says of them, its bounds, and that a killed writer leaves exactly the
 // calls in it that are in the database.
 #include "cli/run.h"
-#include "journal/kill.h"
 #include "qbdb_journal.h"
+#include "stress/kill.h"
 
 using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -267,6 +266,12 @@ bool is_stored(const stress::Handle &handle, uint32_t number)
     return handle.number(sql.c_str()) == 1;
 }
 
+/// A call that is begun, and then done.
+struct Report {
+    uint32_t number;
+    bool done;
+};
+
 TEST(JournalCrash, AKilledWriterLeavesExactlyTheCallsThatAreInTheDatabase)
 {
     const long kills = stress::amount("QBOBJ_KILLS", 500, 40);
@@ -286,12 +291,13 @@ TEST(JournalCrash, AKilledWriterLeavesExactlyTheCallsThatAreInTheDatabase)
             stress::Handle handle(path, QBDB_OPEN_CREATE, "tank");
             ASSERT_EQ(qbdb_journal_on(handle.qbdb, handle.db, 0, 0), 0);
         }
-        const auto reports = test::kill_after(static_cast<int>(2000 + random.below(25000)), [&](int pipe) {
+        const auto reports = stress::kill_after<Report>(static_cast<int>(2000 + random.below(25000)), [&](int pipe) {
             stress::Handle handle(path, QBDB_OPEN_EXISTING);
-            for (uint32_t number = next; test::report(pipe, number, false) && make(handle, number) == 0; number++)
-                test::report(pipe, number, true);
+            for (uint32_t number = next; stress::send(pipe, Report{number, false}) && make(handle, number) == 0;
+                 number++)
+                stress::send(pipe, Report{number, true});
         });
-        for (const test::Report &report : reports)
+        for (const Report &report : reports)
             if (report.done) expected.push_back(report.number), acknowledged++;
         const bool under_way = !reports.empty() && !reports.back().done;
         stress::Handle handle(path, QBDB_OPEN_EXISTING);

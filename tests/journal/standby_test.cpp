@@ -3,8 +3,8 @@
 
 #include "cli/run.h"
 #include "command_line.h"
-#include "journal/kill.h"
 #include "qbdb_standby.h"
+#include "stress/stress.h"
 
 using testing::HasSubstr;
 using testing::StartsWith;

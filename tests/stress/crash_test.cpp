@@ -4,13 +4,11 @@
 // pipe before the call ("about to") and after it ("acknowledged"). The test's own process keeps a second
 // database that nobody kills and makes the acknowledged calls on it. After the kill both databases have to
 // hold the same, row by row: with or without the one call that was under way, and never with a part of it.
-#include <fcntl.h>
-#include <sys/wait.h>
+#include <unistd.h>
 
-#include <csignal>
 #include <cstring>
 
-#include "stress/stress.h"
+#include "stress/kill.h"
 
 namespace {
 
@@ -312,7 +310,7 @@ bool send(int pipe, char what, uint32_t seed, const char *why = "")
     report.what = what;
     report.seed = seed;
     std::string(why).copy(report.why, sizeof report.why - 1);
-    return write(pipe, &report, sizeof report) == sizeof report;
+    return stress::send(pipe, report);
 }
 
 /// The writer: calls without end.
@@ -331,28 +329,6 @@ bool send(int pipe, char what, uint32_t seed, const char *why = "")
         else send(pipe, 'a', number);
         if (rc) _exit(1);
     }
-}
-
-/// Starts a writer, kills it after a while; everything that it reported.
-template <class Writer>
-std::vector<Report> kill_after(int microseconds, Writer writer)
-{
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    fcntl(ends[1], F_SETPIPE_SZ, 1 << 20);  // the writer shall not wait for its reader
-    const pid_t child = fork();
-    if (child == 0) {
-        close(ends[0]);
-        writer(ends[1]);
-    }
-    close(ends[1]);
-    usleep(static_cast<useconds_t>(microseconds));
-    kill(child, SIGKILL);
-    std::vector<Report> reports;
-    for (Report report; read(ends[0], &report, sizeof report) == sizeof report;) reports.push_back(report);
-    close(ends[0]);
-    EXPECT_EQ(waitpid(child, nullptr, 0), child);
-    return reports;
 }
 
 /// Everything in a database, row by row.
@@ -469,9 +445,9 @@ TEST(Crash, KilledWriterLosesNothingAndLeavesNothingHalf)
         SCOPED_TRACE("kill " + std::to_string(i));
         if (i % kKillsOfOneDatabase == 0) pair = std::make_unique<Pair>();
         const uint32_t writer_seed = static_cast<uint32_t>(random.next());
-        const auto reports = kill_after(static_cast<int>(random.below(kLongestLifeMicroseconds)), [&](int pipe) {
-            write_until_killed(pair->path, pair->world, writer_seed, pipe);
-        });
+        const auto reports = stress::kill_after<Report>(
+            static_cast<int>(random.below(kLongestLifeMicroseconds)),
+            [&](int pipe) { write_until_killed(pair->path, pair->world, writer_seed, pipe); });
         pair->compare(pair->follow(reports, &figures), &figures);
     }
     printf(
@@ -491,7 +467,7 @@ TEST(Crash, KilledCreationCanBeRepeated)
     for (long i = 0; i < kills && !HasFailure(); i++) {
         const Directory directory;
         const std::string path = directory.file("new.db");
-        kill_after(static_cast<int>(random.below(10000)), [&](int) {
+        stress::kill_after<Report>(static_cast<int>(random.below(10000)), [&](int) {
             const Handle handle(path, QBDB_OPEN_CREATE, "tank");
             pause();
             _exit(0);

@@ -7,17 +7,6 @@
 namespace qbcli {
 namespace {
 
-std::string hexadecimal(const unsigned char *bytes, size_t size)
-{
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string text = "x'";
-    for (size_t i = 0; i < size; i++) {
-        text += kDigits[bytes[i] >> 4];
-        text += kDigits[bytes[i] & 0xF];
-    }
-    return text + "'";
-}
-
 Json value_to_json(sqlite3_value *value)
 {
     if (!value) return nullptr;
@@ -26,7 +15,7 @@ Json value_to_json(sqlite3_value *value)
         case SQLITE_INTEGER: return sqlite3_value_int64(value);
         case SQLITE_FLOAT: return sqlite3_value_double(value);
         case SQLITE_TEXT: return std::string(reinterpret_cast<const char *>(sqlite3_value_text(value)), size);
-        case SQLITE_BLOB: return hexadecimal(static_cast<const unsigned char *>(sqlite3_value_blob(value)), size);
+        case SQLITE_BLOB: return "x'" + hexadecimal(sqlite3_value_blob(value), size) + "'";
         default: return nullptr;
     }
 }

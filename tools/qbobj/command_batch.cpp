@@ -7,8 +7,6 @@
 #include <memory>
 
 #include "arguments.h"
-#include "call.h"
-#include "changes.h"
 #include "command_line.h"
 #include "describe.h"
 #include "failure.h"
@@ -98,30 +96,21 @@ void read_order(std::string_view line, Order &order)
 }
 
 /// The members of an answer that tell what came out of a call.
-Json perform(Database &database, const Options &options, Order &order)
+Json answer_of(Database &database, const Options &options, Order &order)
 {
     const QbobjOperation &operation = find_operation(order.call);
     try {
-        if (options.database.read_only && operation.changes)
-            throw Failure("it changes the database, which --read-only forbids");
+        if (operation.changes) refuse_when_read_only(options);
         StandardInput input;
         Arguments arguments(operation, input);
         if (order.arguments) arguments.take(std::move(*order.arguments));
         else refuse_empty_change(operation);
         arguments.judge();
         arguments.checks().refuse_useless();
-        Call call(operation, arguments);
-        database.begin_call();
-        std::optional<Watch> watch;
-        if (options.dry_run || options.changes) watch.emplace(database, options.dry_run);
-        const std::string reported = call.run(database, options.database.timeout_ms);
-        Json outcome = call.outcome(options.output.secrets);
-        Json answer = {{"result", outcome.is_discarded() ? Json(nullptr) : std::move(outcome)}};
-        if (watch) answer["changes"] = watch->finish(options.output.secrets);
-        Json warnings = Json::array();
-        for (const std::string &warning : {reported, arguments.checks().warning()})
-            if (!warning.empty()) warnings.push_back(warning);
-        if (!warnings.empty()) answer["warnings"] = std::move(warnings);
+        Performed done = perform(options, operation, arguments, database);
+        Json answer = {{"result", done.outcome ? std::move(*done.outcome) : Json(nullptr)}};
+        if (done.changes) answer["changes"] = std::move(*done.changes);
+        if (!done.warnings.empty()) answer["warnings"] = std::move(done.warnings);
         return answer;
     } catch (Failure &failure) {
         failure.operation = short_name(operation);
@@ -143,7 +132,7 @@ void batch(CommandLine &line, const std::string &path, bool stop_on_error)
         Status status = Status::kDone;
         try {
             read_order(text, order);
-            answer = perform(database, line.options, order);
+            answer = answer_of(database, line.options, order);
         } catch (const Failure &failure) {
             answer = {{"error", failure_to_json(failure)}};
             status = failure.status;
@@ -165,8 +154,9 @@ void add_batch(CommandLine &line)
         bool stop_on_error = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App *command = add_command(line, "batch", "Make calls that are given as JSON lines",
-                                    [&line, given] { batch(line, given->path, given->stop_on_error); });
+    CLI::App *command = add_command(
+        line, "batch", "Make calls that are given as JSON lines",
+        [&line, given] { batch(line, given->path, given->stop_on_error); }, Watching::kOfItsCalls);
     command->add_option("FILE", given->path, "The lines; standard input without it, or as -");
     command->add_flag("--stop-on-error", given->stop_on_error, "End with the first call that fails");
     command->footer(

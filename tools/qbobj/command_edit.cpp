@@ -80,14 +80,13 @@ Json read_record(const QbobjOperation &reader, const Arguments &given, Database 
 void edit(CommandLine &line, const QbobjOperation &operation, const std::vector<std::string> &words)
 {
     const QbobjOperation &reader = require_reader(operation);
-    if (line.options.database.read_only) throw Failure("it changes the database, which --read-only forbids");
+    refuse_when_read_only(line.options);
     StandardInput input;
     Arguments arguments(operation, input);
     if (words.empty()) throw Failure("nothing is given that could be changed");
     arguments.take(words);
     Database database = open_chosen_database(line.options);
     Json stored = read_record(reader, arguments, database, line.options);
-    database.begin_call();
     const auto record = static_cast<size_t>(stored_record(operation) - operation.arguments);
     arguments.lay_under(record, std::move(stored));
     make_call(line, operation, arguments, database);

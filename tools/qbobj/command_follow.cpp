@@ -115,19 +115,6 @@ void follow(const CommandLine &line, const std::string &original, const std::str
     print_outcome({{"applied", progress.calls}, {"last", state_of(to).last}}, line.options.output);
 }
 
-std::string hexadecimal(const void *bytes, int size)
-{
-    static constexpr char kDigits[] = "0123456789abcdef";
-    const auto *at = static_cast<const unsigned char *>(bytes);
-    std::string text;
-    text.reserve(2 * static_cast<size_t>(size));
-    for (int i = 0; i < size; i++) {
-        text += kDigits[at[i] >> 4];
-        text += kDigits[at[i] & 0xF];
-    }
-    return text;
-}
-
 int digit(char c)
 {
     if (c >= '0' && c <= '9') return c - '0';
@@ -187,16 +174,15 @@ void apply_line(Progress &progress, const std::string &text, int64_t number)
 std::string line_of(const qbdb_journal_entry &entry)
 {
     // The arguments may hold bytes that are no text: they go over as the changes do.
-    const Json json = {
-        {"call", entry.id},
-        {"time", entry.time},
-        {"operation", entry.operation},
-        {"who", entry.who},
-        {"undoes", entry.undoes},
-        {"previous", entry.previous},
-        {"mark", entry.mark},
-        {"arguments", hexadecimal(entry.arguments, static_cast<int>(std::string_view(entry.arguments).size()))},
-        {"changes", hexadecimal(entry.changes, entry.size)}};
+    const Json json = {{"call", entry.id},
+                       {"time", entry.time},
+                       {"operation", entry.operation},
+                       {"who", entry.who},
+                       {"undoes", entry.undoes},
+                       {"previous", entry.previous},
+                       {"mark", entry.mark},
+                       {"arguments", hexadecimal(entry.arguments, std::string_view(entry.arguments).size())},
+                       {"changes", hexadecimal(entry.changes, static_cast<size_t>(entry.size))}};
     return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -214,7 +214,7 @@ private:
 
 void import_users(const Options &options, const std::string &path, bool dry_run)
 {
-    if (options.database.read_only && !dry_run) throw Failure("it changes the database, which --read-only forbids");
+    if (!dry_run) refuse_when_read_only(options);
     StandardInput input;
     const PrivateText text = path == "-" ? input.document() : read_file(path);
     const Database database = open_chosen_database(options);

@@ -197,8 +197,9 @@ void undo(const CommandLine &line, const std::string &given)
 void add_undo(CommandLine &line)
 {
     const auto number = std::make_shared<std::string>();
-    CLI::App *command = add_command(line, "undo", "Bring back what a call of the journal changed",
-                                    [&line, number] { undo(line, *number); });
+    CLI::App *command = add_command(
+        line, "undo", "Bring back what a call of the journal changed", [&line, number] { undo(line, *number); },
+        Watching::kOfItsCalls);
     command->add_option("NUMBER", *number, "Which call; the last one that is not undone unless given");
 }
 

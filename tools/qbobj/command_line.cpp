@@ -212,11 +212,10 @@ void refuse_surplus(const CommandLine &line, const CLI::App &command)
     }
 }
 
-/// What changes is shown of operations; a command that has a trial of its own takes the same option itself.
+/// What changes is shown of calls; a command that has a trial of its own takes the same option itself.
 void refuse_watching(const Options &options, const CLI::App &command)
 {
-    const bool makes_calls = command.get_name() == "batch" || command.get_name() == "undo";
-    if (makes_calls || (!options.dry_run && !options.changes)) return;
+    if (!options.dry_run && !options.changes) return;
     const char *option = options.dry_run ? "--dry-run" : "--changes";
     if (options.dry_run && command.get_option_no_throw("--dry-run"))
         throw Failure(command.get_name(), std::string("write --dry-run behind the command"));
@@ -249,16 +248,22 @@ void add_version(CommandLine &line)
     add_command(line, "version", "Print the version", [] { print_text(version_text() + "\n"); });
 }
 
-CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act)
+CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act,
+                      Watching watching)
 {
     CLI::App *command = line.app.add_subcommand(name, what);
     command->fallthrough();
-    command->callback([&line, command, act = std::move(act)] {
+    command->callback([&line, command, watching, act = std::move(act)] {
         refuse_surplus(line, *command);
-        refuse_watching(line.options, *command);
+        if (watching == Watching::kNone) refuse_watching(line.options, *command);
         act();
     });
     return command;
+}
+
+void refuse_when_read_only(const Options &options)
+{
+    if (options.database.read_only) throw Failure("it changes the database, which --read-only forbids");
 }
 
 void refuse_unknown_option(const CommandLine &line, const std::string &word, const CLI::App *command)

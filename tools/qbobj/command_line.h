@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,13 +45,27 @@ void add_follow(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}
+/// What --dry-run and --changes are to a command.
+enum class Watching { kNone, kOfItsCalls };
 /// Declares a sub-command. `act` runs once every word that was given has been understood.
-CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act);
+CLI::App *add_command(CommandLine &line, const std::string &name, const std::string &what, std::function<void()> act,
+                      Watching watching = Watching::kNone);
 /// Adds an operation as a sub-command.
 void add_operation(CommandLine &line, const std::string &name);
 
 /// An operation's words: what the option parser left, then what stood after "--".
 std::vector<std::string> words_of(const CommandLine &line);
+
+/// What came out of a call.
+struct Performed {
+    std::optional<Json> outcome;        ///< Absent when the operation gives nothing.
+    std::optional<Json> changes;        ///< Where the options ask for them.
+    std::vector<std::string> warnings;  ///< Of what went well all the same.
+    Status status;
+};
+/// Calls an operation, and takes the call back if the options say so.
+Performed perform(const Options &options, const QbobjOperation &operation, const Arguments &arguments,
+                  Database &database);
 
 /// Asks for the secrets that are wanted, calls the operation and prints what came out.
 void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &arguments, Database &database);
@@ -58,6 +73,9 @@ void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &ar
 /// Refuses a word that looks like an option and is none of the program's or the command's.
 [[noreturn]] void refuse_unknown_option(const CommandLine &line, const std::string &word,
                                         const CLI::App *command = nullptr);
+
+/// Refuses what changes the database when it is opened for reading only.
+void refuse_when_read_only(const Options &options);
 
 /// Opens the database that the options name.
 Database open_chosen_database(const Options &options);

@@ -21,8 +21,7 @@ bool is_negative_number(const std::string &word)
 void call(CommandLine &line, const QbobjOperation &operation)
 {
     const Options &options = line.options;
-    if (options.database.read_only && operation.changes)
-        throw Failure("it changes the database, which --read-only forbids");
+    if (operation.changes) refuse_when_read_only(options);
     StandardInput input;
     Arguments arguments(operation, input);
     const std::vector<std::string> words = words_of(line);
@@ -48,20 +47,32 @@ std::vector<std::string> words_of(const CommandLine &line)
     return words;
 }
 
+Performed perform(const Options &options, const QbobjOperation &operation, const Arguments &arguments,
+                  Database &database)
+{
+    Call call(operation, arguments);
+    database.begin_call();
+    std::optional<Watch> watch;
+    if (options.dry_run || options.changes) watch.emplace(database, options.dry_run);
+    Performed done;
+    for (const std::string &warning : {call.run(database, options.database.timeout_ms), arguments.checks().warning()})
+        if (!warning.empty()) done.warnings.push_back(warning);
+    if (Json outcome = call.outcome(options.output.secrets); !outcome.is_discarded()) done.outcome = std::move(outcome);
+    if (watch) done.changes = watch->finish(options.output.secrets);
+    done.status = call.status();
+    return done;
+}
+
 void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &arguments, Database &database)
 {
     const Options &options = line.options;
     arguments.ask_for_secrets();
-    Call call(operation, arguments);
-    std::optional<Watch> watch;
-    if (options.dry_run || options.changes) watch.emplace(database, options.dry_run);
-    const std::string reported = call.run(database, options.database.timeout_ms);
-    for (const std::string &warning : {reported, arguments.checks().warning()})
-        if (!warning.empty()) print_warning(short_name(operation), warning);
-    const Json outcome = call.outcome(options.output.secrets);
-    if (watch) print_changes(outcome, watch->finish(options.output.secrets), options.dry_run, options.output);
+    const Performed done = perform(options, operation, arguments, database);
+    for (const std::string &warning : done.warnings) print_warning(short_name(operation), warning);
+    const Json outcome = done.outcome.value_or(Json(Json::value_t::discarded));
+    if (done.changes) print_changes(outcome, *done.changes, options.dry_run, options.output);
     else print_outcome(outcome, options.output);
-    line.status = call.status();
+    line.status = done.status;
 }
 
 void add_operation(CommandLine &line, const std::string &name)

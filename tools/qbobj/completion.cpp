@@ -207,7 +207,8 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
     if (plain.empty()) return command_candidates(app);
 
     if (plain[0] == "completion") candidates = {"bash", "zsh"};
-    if (plain[0] == "journal" && plain.size() == 1) candidates = {"on", "off", "status", "list", "show", "stream", "apply"};
+    if (plain[0] == "journal" && plain.size() == 1)
+        candidates = {"on", "off", "status", "list", "show", "stream", "apply"};
     if (plain[0] == "help") candidates = command_candidates(app);
     if (plain[0] == "describe") append(candidates, operation_names());
     if (plain[0] == "describe" || plain[0] == "help") append(candidates, type_names());

@@ -115,11 +115,6 @@ std::string wrapped(const char *text, size_t indent)
     return lines;
 }
 
-Json text_or_null(const char *text)
-{
-    return text ? Json(text) : Json(nullptr);
-}
-
 const char *direction_word(QbobjDirection direction)
 {
     switch (direction) {
@@ -291,7 +286,7 @@ Json operation_json(const QbobjOperation &operation)
     for (uint32_t i = 0; i < operation.count; i++) {
         const QbobjArgument &argument = operation.arguments[i];
         arguments.push_back({{"name", argument.name},
-                             {"meaning", text_or_null(qbobj_argument_meaning(&operation, &argument))},
+                             {"meaning", text_to_json(qbobj_argument_meaning(&operation, &argument))},
                              {"direction", direction_word(argument.direction)},
                              {"kind", kind_word(argument)},
                              {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
@@ -304,8 +299,8 @@ Json operation_json(const QbobjOperation &operation)
     return {{"name", short_name(operation)},
             {"family", operation.family},
             {"summary", operation.summary},
-            {"meaning", text_or_null(qbobj_operation_meaning(&operation))},
-            {"result", text_or_null(qbobj_result_meaning(&operation))},
+            {"meaning", text_to_json(qbobj_operation_meaning(&operation))},
+            {"result", text_to_json(qbobj_result_meaning(&operation))},
             {"changes", operation.changes != 0},
             {"returns", return_words(operation)},
             {"codes", codes_of(operation)},
@@ -354,14 +349,14 @@ Json type_json(const QbobjField *type)
     Json fields = Json::array();
     for (const QbobjField *field = type + 1; field->kind != '.'; field++)
         fields.push_back({{"name", field->name},
-                          {"meaning", text_or_null(qbobj_field_meaning(type, field))},
+                          {"meaning", text_to_json(qbobj_field_meaning(type, field))},
                           {"kind", kind_name(field)},
                           {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
                           {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
                           {"secret", qbobj_is_secret(type, field) != 0},
                           {"words", words_in(qbobj_field_words(type, field))}});
     return {{"name", type->name},
-            {"meaning", text_or_null(qbobj_type_meaning(type))},
+            {"meaning", text_to_json(qbobj_type_meaning(type))},
             {"list", is_list(type)},
             {"key", has_key_word(type)},
             {"fields", std::move(fields)}};

@@ -64,6 +64,19 @@ Json parse_json(std::string_view text, const std::string &origin)
     }
 }
 
+std::string hexadecimal(const void *bytes, size_t size)
+{
+    static constexpr char kDigits[] = "0123456789abcdef";
+    const auto *at = static_cast<const unsigned char *>(bytes);
+    std::string text;
+    text.reserve(2 * size);
+    for (size_t i = 0; i < size; i++) {
+        text += kDigits[at[i] >> 4];
+        text += kDigits[at[i] & 0xF];
+    }
+    return text;
+}
+
 void wipe(Json &value)
 {
     if (value.is_string()) return wipe(value.get_ref<std::string &>());

@@ -18,6 +18,9 @@ constexpr int kDeepestJson = 32;
 /// @param origin What the text is called in messages.
 Json parse_json(std::string_view text, const std::string &origin);
 
+/// Bytes as hexadecimal digits.
+std::string hexadecimal(const void *bytes, size_t size);
+
 /// Overwrites every text in a value.
 void wipe(Json &value);
 

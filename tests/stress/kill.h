@@ -11,22 +11,19 @@
 
 #include "stress/stress.h"
 
-namespace test {
+namespace stress {
 
-/// One report: a number that is begun, and then done.
-struct Report {
-    uint32_t number;
-    uint32_t done;
-};
-
-inline bool report(int pipe, uint32_t number, bool done)
+/// Writes a report into the pipe. False when there is no room.
+template <class Report>
+bool send(int pipe, const Report &report)
 {
-    const Report line{number, done};
-    return write(pipe, &line, sizeof line) == sizeof line;
+    return write(pipe, &report, sizeof report) == sizeof report;
 }
 
-/// Runs a function in a process of its own, kills it after a while; what it reported.
-inline std::vector<Report> kill_after(int microseconds, const std::function<void(int)> &body)
+/// Runs a function in a process of its own and kills it after a while.
+/// @return What it reported through the pipe that it got.
+template <class Report>
+std::vector<Report> kill_after(int microseconds, const std::function<void(int)> &body)
 {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
@@ -41,10 +38,10 @@ inline std::vector<Report> kill_after(int microseconds, const std::function<void
     usleep(static_cast<useconds_t>(microseconds));
     kill(child, SIGKILL);
     std::vector<Report> reports;
-    for (Report line; read(ends[0], &line, sizeof line) == sizeof line;) reports.push_back(line);
+    for (Report report; read(ends[0], &report, sizeof report) == sizeof report;) reports.push_back(report);
     close(ends[0]);
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
     return reports;
 }
 
-}  // namespace test
+}  // namespace stress
