@@ -10,7 +10,8 @@ from conftest import SOURCE, run_python
 
 from qbobj import _library
 
-LIBRARY = os.path.realpath(_library.library._name) if os.sep in _library.library._name else _library.library._name
+NAME = _library.library._name
+LIBRARY = os.path.realpath(NAME) if os.sep in NAME else f"-l:{NAME}"
 
 
 def fake(tmp_path, code, *flags):

@@ -126,7 +126,7 @@ def test_threads_share_a_handle(db):
 
 def test_threads_with_handles_of_their_own(path):
     def work(i):
-        with qbobj.open(path) as db:
+        with qbobj.open(path, timeout=60) as db:
             for k in range(10):
                 db.addLog(i * 100 + k)
 
