@@ -6,7 +6,7 @@
     ...     db.addUser(UserName="anna", GroupName="family", Password="secret")
 
 Operations are methods of a handle, records are classes of this module: both are made of the library's own tables when
-the module is imported. `qbobj.operations` and `qbobj.types` describe them, `help(qbobj.User)` tells what the fields mean.
+the module is imported. `qbobj.operations` and `qbobj.types` describe them; `help(qbobj.User)` tells what fields mean.
 """
 
 from . import _methods, _records

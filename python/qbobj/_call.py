@@ -76,7 +76,8 @@ class Call:
             if argument.record and argument.type and any(field.name == word for field in argument.type.fields)
         ]
         if holders:
-            raise TypeError(f"{self.operation.name}(): {word} is a field of {' and of '.join(holders)}; give the record")
+            owners = " and of ".join(holders)
+            raise TypeError(f"{self.operation.name}(): {word} is a field of {owners}; give the record")
         raise refuse_unknown(f"{self.operation.name}()", word, known)
 
     # ---- Values
@@ -227,6 +228,7 @@ class Call:
         name = self.operation.name
         if self.ignored:
             verb = "is" if len(self.ignored) == 1 else "are"
-            warnings.warn(f"{', '.join(self.ignored)} {verb} not used by {name}", IgnoredFieldWarning, stacklevel=callers)
+            text = f"{', '.join(self.ignored)} {verb} not used by {name}"
+            warnings.warn(text, IgnoredFieldWarning, stacklevel=callers)
         if self.report:
             warnings.warn(f"{name}: {self.report}", ReportedWarning, stacklevel=callers)

@@ -28,7 +28,7 @@ def refuse_unknown(owner: str, name: str, names: Iterable[str]) -> TypeError:
 class Record:
     """A record of the library: fields by name, compared by value, made of keyword arguments.
 
-    What is not given is absent: None for a text, a record and an optional number, 0 for any other number, an empty list.
+    What is not given is absent: None for a text, a record, an optional number, 0 for any other number, an empty list.
     """
 
     __slots__ = ()

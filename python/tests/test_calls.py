@@ -127,7 +127,7 @@ def test_backup_jobs(db):
     job = db.addBackupJob(
         JobName="nightly",
         Source=end(Type="share", ShareNameOrProtocol="media", Path="/"),
-        Destination=end(Type="remote", ShareNameOrProtocol="rsync", Path="backup.example.com/x", Login="anna", Password="wonderland"),
+        Destination=end(Type="remote", ShareNameOrProtocol="rsync", Path="host/x", Login="anna", Password="secret"),
         Schedule=qbobj.BackupJob_Schedule(Enabled=1, Frequency=24, DayOfWeek="Mon"),
         Option=qbobj.BackupJob_Option(),
     )
@@ -216,9 +216,9 @@ def test_what_is_not_found(db, unchanged):
         with pytest.raises(qbobj.NotFound, match="^getServiceEntry: 6 ") as caught:
             db.getServiceEntry("nothing")
         assert caught.value.code == 6
-        for call in (lambda: db.getUID("no-such-user"), lambda: db.getShareId("none"), lambda: db.getPosixUIDGID("no-such-user")):
+        for call in (db.getUID, db.getShareId, db.getPosixUIDGID):
             with pytest.raises(qbobj.NotFound, match="not found$") as caught:
-                call()
+                call("no-such-name")
             assert (caught.value.code, caught.value.meaning, caught.value.file) == (-1, None, None)
 
 

@@ -66,7 +66,9 @@ def test_signatures_show_the_arguments():
     assert str(inspect.signature(qbobj.Handle.getLog)) == (
         "(self, /, query: 'LogQuery | None' = None, **fields) -> 'getLog_result'"
     )
-    assert str(inspect.signature(qbobj.Handle.setServiceEntry)) == "(self, /, key: 'str', val: 'str | None' = None) -> 'None'"
+    assert str(inspect.signature(qbobj.Handle.setServiceEntry)) == (
+        "(self, /, key: 'str', val: 'str | None' = None) -> 'None'"
+    )
     # "from" is a word of Python.
     assert "from_" in inspect.signature(qbobj.Handle.getSnapshotCollection).parameters
 
