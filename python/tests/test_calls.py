@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Calls against real databases: what they write, what they return, how they fail."""
 
+import ctypes
 import os
 import pickle
 import sqlite3
@@ -10,6 +11,7 @@ import pytest
 from conftest import SOURCE, content, execute
 
 import qbobj
+from qbobj import _library
 
 RIGHTS = dict(
     FileCreateGroupRights="ReadWrite",
@@ -235,6 +237,22 @@ def test_a_locked_database(db, path, unchanged):
         other.execute("ROLLBACK")
         other.close()
     db.addLog(0)
+
+
+def test_a_change_that_cannot_be_stored(db, unchanged):
+    """An operation's success does not depend on the commit, the caller's does."""
+
+    @ctypes.CFUNCTYPE(ctypes.c_int, ctypes.c_void_p, ctypes.c_char_p, ctypes.c_char_p, ctypes.c_uint32, ctypes.c_void_p)
+    def fail_commit(_, sql, *rest):
+        return 10 if sql == b"COMMIT" else 0
+
+    with unchanged():
+        _library.library.qbdb_set_statement_hook(db._qbdb, fail_commit, None)
+        with pytest.raises(qbobj.Error, match="^addLog: 0 the change could not be stored; the database is as it was$"):
+            db.addLog(0)
+        _library.library.qbdb_set_statement_hook(db._qbdb, None, None)
+    db.addLog(0)
+    assert db.getLog().total == 1
 
 
 def test_a_broken_database(db, path):

@@ -13,7 +13,7 @@ import pytest
 from conftest import execute
 
 import qbobj
-from qbobj import _call, _library
+from qbobj import _call, _handle, _library, _records
 
 
 def test_a_handle_is_closed_once_or_twice(path):
@@ -105,8 +105,27 @@ def test_memory_does_not_grow(db):
     before = resident()
     for _ in range(200):
         db.getUserCollection()
-        db.getDictionary()
+    for _ in range(2000):
+        db.getDictionary()  # its tree is not in the pool
     assert resident() - before < 8_000_000
+
+
+def test_nothing_is_left_of_what_was_given(db, monkeypatch):
+    """There may be passwords in it."""
+    blocks = []
+
+    class Watched(_records.Arena):
+        def block(self, content):
+            address = super().block(content)
+            blocks.append(self._blocks[-1])
+            return address
+
+    monkeypatch.setattr(_handle, "Arena", Watched)
+    db.addUser(UserName="anna", Password="wonderland")
+    with pytest.raises(OverflowError):
+        db.addUser(UserName="bert", Password="wonderland", UserQuota=[qbobj.Quota(HardMB=-1)])
+    assert len(blocks) >= 5
+    assert not any(block.raw.strip(b"\0") for block in blocks)
 
 
 def test_threads_share_a_handle(db):
@@ -160,6 +179,7 @@ def test_a_child_process_leaves_the_handle_alone(db, path):
     db.addLog(0)
     child = os.fork()
     if child == 0:
+        _library.library.qbdb_close = lambda _: os._exit(3)
         try:
             db.getLog()
         except RuntimeError as error:
