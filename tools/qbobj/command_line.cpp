@@ -114,26 +114,6 @@ void add_options(CommandLine &line)
     });
 }
 
-void set_up(CommandLine &line, const std::vector<std::string> &words)
-{
-    CLI::App &app = line.app;
-    app.name("qbobj");
-    app.description(kDescription);
-    app.footer(kExamples);
-    app.formatter(std::make_shared<HelpPage>());
-    app.set_version_flag("--version", version_text());
-    app.allow_extras();            // so that an unknown operation gets a suggestion
-    app.require_subcommand(0, 1);  // what follows an operation is never taken for a command
-    add_options(line);
-    for (const auto add : kCommands) add(line);
-    for (CLI::App *command : app.get_subcommands(nullptr)) {
-        if (command->get_footer() == app.get_footer()) command->footer("");  // the examples are not each command's
-        if (!command->get_group().empty()) command->group("Commands");
-    }
-    for (const std::string &word : std::set<std::string>(words.begin(), words.end()))
-        if (qbobj_find_operation(word.c_str())) add_operation(line, word);
-}
-
 /// Neither a command nor an operation was recognised: says what was probably meant.
 void refuse_commandless(const CommandLine &line)
 {
@@ -234,6 +214,26 @@ void print_help(const CommandLine &line, const std::string &name)
 }
 
 }  // namespace
+
+void set_up(CommandLine &line, const std::vector<std::string> &words)
+{
+    CLI::App &app = line.app;
+    app.name("qbobj");
+    app.description(kDescription);
+    app.footer(kExamples);
+    app.formatter(std::make_shared<HelpPage>());
+    app.set_version_flag("--version", version_text());
+    app.allow_extras();            // so that an unknown operation gets a suggestion
+    app.require_subcommand(0, 1);  // what follows an operation is never taken for a command
+    add_options(line);
+    for (const auto add : kCommands) add(line);
+    for (CLI::App *command : app.get_subcommands(nullptr)) {
+        if (command->get_footer() == app.get_footer()) command->footer("");  // the examples are not each command's
+        if (!command->get_group().empty()) command->group("Commands");
+    }
+    for (const std::string &word : std::set<std::string>(words.begin(), words.end()))
+        if (qbobj_find_operation(word.c_str())) add_operation(line, word);
+}
 
 void add_help(CommandLine &line)
 {

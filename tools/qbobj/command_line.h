@@ -45,6 +45,9 @@ void add_follow(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}
+/// Declares the options and sub-commands, and the operations among the words.
+void set_up(CommandLine &line, const std::vector<std::string> &words);
+
 /// What --dry-run and --changes are to a command.
 enum class Watching { kNone, kOfItsCalls };
 /// Declares a sub-command. `act` runs once every word that was given has been understood.

@@ -57,22 +57,6 @@ std::vector<const QbobjOperation *> matching_operations(const std::string &patte
     return found;
 }
 
-/// The types of the type-name table, then those that only arguments have.
-const std::vector<const QbobjField *> &all_types()
-{
-    static const std::vector<const QbobjField *> all = [] {
-        std::vector<const QbobjField *> types;
-        const auto add = [&types](const QbobjField *type) {
-            if (type && std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
-        };
-        for (const QbobjType *row = qbobj_types(); row->name; row++) add(row->fields);
-        for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-            for (uint32_t i = 0; i < row->count; i++) add(row->arguments[i].type);
-        return types;
-    }();
-    return all;
-}
-
 const QbobjField *find_type(const std::string &name)
 {
     for (const QbobjField *type : all_types())
@@ -299,6 +283,7 @@ Json operation_json(const QbobjOperation &operation)
     return {{"name", short_name(operation)},
             {"family", operation.family},
             {"summary", operation.summary},
+            {"usage", usage(operation)},
             {"meaning", text_to_json(qbobj_operation_meaning(&operation))},
             {"result", text_to_json(qbobj_result_meaning(&operation))},
             {"changes", operation.changes != 0},
@@ -375,6 +360,21 @@ Json type_json(const QbobjField *type)
 }
 
 }  // namespace
+
+const std::vector<const QbobjField *> &all_types()
+{
+    static const std::vector<const QbobjField *> all = [] {
+        std::vector<const QbobjField *> types;
+        const auto add = [&types](const QbobjField *type) {
+            if (type && std::find(types.begin(), types.end(), type) == types.end()) types.push_back(type);
+        };
+        for (const QbobjType *row = qbobj_types(); row->name; row++) add(row->fields);
+        for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
+            for (uint32_t i = 0; i < row->count; i++) add(row->arguments[i].type);
+        return types;
+    }();
+    return all;
+}
 
 Names operation_names()
 {

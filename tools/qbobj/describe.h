@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "json_text.h"
 #include "qbobj.h"
@@ -11,6 +12,9 @@ namespace qbcli {
 
 Names operation_names();
 Names type_names();
+
+/// The types of the type-name table, then those that only arguments have.
+const std::vector<const QbobjField *> &all_types();
 
 /// The operation of a name, with or without its prefix. An unknown one is refused with a suggestion.
 const QbobjOperation &find_operation(const std::string &name);

@@ -1,0 +1,19 @@
+// A call of an operation as a program and as a command: what the examples of the manual show.
+#pragma once
+
+#include <string>
+
+#include "json_text.h"
+#include "pages.h"
+#include "qbobj.h"
+
+namespace manual {
+
+/// A C function "example_<operation>" that makes the call and says what came out.
+/// @param arguments As the command line takes them in JSON.
+std::string c_example(const QbobjOperation &operation, const qbcli::Json &arguments);
+
+/// The same as a line for a shell.
+std::string shell_example(const QbobjOperation &operation, const qbcli::Json &arguments);
+
+}  // namespace manual
