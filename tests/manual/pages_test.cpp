@@ -137,9 +137,14 @@ TEST(Pages, TheStructuresAreTheOnesOfTheLibrary)
             source.substr(source.find('\n', begin), source.find("\n.Ed", begin) - source.find('\n', begin)) + "\n";
         const std::string name = row->name;
         checks += "_Static_assert(sizeof(" + name + ") == " + std::to_string(row->fields->position) + ", \"\");\n";
-        for (const QbobjField *field = row->fields + 1; field->kind != '.'; field++)
-            checks += "_Static_assert(offsetof(" + name + ", " + field->name +
-                      ") == " + std::to_string(field->position) + ", \"" + name + "." + field->name + "\");\n";
+        for (const QbobjField *field = row->fields + 1; field->kind != '.'; field++) {
+            const std::string member = name + ", " + field->name;
+            const char *size = field->kind == 'i' || field->kind == 'u' ? "4" : "8";
+            checks += "_Static_assert(offsetof(" + member + ") == " + std::to_string(field->position) + ", \"" + name +
+                      "." + field->name + "\");\n";
+            checks += "_Static_assert(sizeof ((" + name + " *)0)->" + field->name + " == " + size + ", \"" + name +
+                      "." + field->name + "\");\n";
+        }
     }
     const test::Outcome outcome = test::compile(
         test::c_compiler(), "c", "-std=c11 -Wall -Werror -I" + test::source_path("include"), program + checks);
