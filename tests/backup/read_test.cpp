@@ -1,8 +1,10 @@
 // Reading backup jobs.
-#include "jobs.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
+#include "jobs.h"
 
 using test::elements;
+using test::text_of;
 using test::WholeJob;
 using testing::ElementsAre;
 
@@ -25,31 +27,14 @@ TEST_F(ReadBackup, OneJob)
         EXPECT_EQ(job.resource_id, id);
         EXPECT_EQ(job.JobId, id);
         EXPECT_STREQ(job.JobName, "nightly");
-        EXPECT_STREQ(job.Source->Type, "share");
-        EXPECT_STREQ(job.Source->ShareNameOrProtocol, "media");
-        EXPECT_STREQ(job.Source->Path, "/films");
-        EXPECT_STREQ(job.Source->Login, "");
-        EXPECT_STREQ(job.Source->Password, "");
-        EXPECT_EQ(job.Source->Port, 0);
-        EXPECT_STREQ(job.Destination->Type, "remote");
-        EXPECT_STREQ(job.Destination->ShareNameOrProtocol, "rsync");
-        EXPECT_STREQ(job.Destination->Path, "backup/films");
-        EXPECT_STREQ(job.Destination->Login, "anna");
-        EXPECT_STREQ(job.Destination->Password, "it's secret");
-        EXPECT_EQ(job.Destination->Port, 873);
-        EXPECT_EQ(job.Schedule->Enabled, 1);
-        EXPECT_EQ(job.Schedule->Frequency, 2);
-        EXPECT_EQ(job.Schedule->Start, 1);
-        EXPECT_EQ(job.Schedule->End, 5);
-        EXPECT_STREQ(job.Schedule->DayOfWeek, "Mon,Fri");
-        EXPECT_STREQ(job.Option->FullBackupFrequency, "weekly");
-        EXPECT_EQ(job.Option->RemovePreviousBackup, 1);
-        EXPECT_EQ(job.Option->ChownToShareOwner, 1);
-        EXPECT_EQ(job.Option->RsyncOption, 3);
-        EXPECT_STREQ(job.Option->RsyncExclude, "*.tmp");
-        EXPECT_EQ(job.Option->EmailThisToAlertEmail, 4);
-        EXPECT_EQ(job.Option->MiscOption, 5);
-        EXPECT_STREQ(job.Option->WolAddress, "00:11:22:33:44:55");
+        EXPECT_EQ(text_of(job.Source), "Type=share ShareNameOrProtocol=media Path=/films Login='' Password=''");
+        EXPECT_EQ(text_of(job.Destination),
+                  "Type=remote ShareNameOrProtocol=rsync Path=backup/films Login=anna Password='it's secret' "
+                  "Port=873");
+        EXPECT_EQ(text_of(job.Schedule), "Enabled=1 Frequency=2 Start=1 End=5 DayOfWeek=Mon,Fri");
+        EXPECT_EQ(text_of(job.Option),
+                  "FullBackupFrequency=weekly RemovePreviousBackup=1 ChownToShareOwner=1 RsyncOption=3 "
+                  "RsyncExclude=*.tmp EmailThisToAlertEmail=4 MiscOption=5 WolAddress=00:11:22:33:44:55");
         EXPECT_EQ(job.Changed, 0);
     }
 }

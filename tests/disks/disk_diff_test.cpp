@@ -2,8 +2,10 @@
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
 #include "fixture/machine.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -73,31 +75,16 @@ TEST_F(DiskDiffs, BothDirections)
     ASSERT_EQ(look(), 0u);
     EXPECT_THAT(changes(), ElementsAre("1 sdc", "1 sdd", "-1 sdb")) << "an absent disk is never reported as added";
     const DiskDiff *added = diff;
-    EXPECT_STREQ(added->Model, "M4");
-    EXPECT_STREQ(added->Serial, "S4");
-    EXPECT_STREQ(added->FirmwareVersion, "F4");
-    EXPECT_EQ(added->RPM, 0);
-    EXPECT_EQ(added->Sectors, 300u);
-    EXPECT_EQ(added->Capacity, 153600u);
-    EXPECT_STREQ(added->DiskEnclosureId, "controller-0");
-    EXPECT_STREQ(added->DiskEnclosureName, "Front");
-    EXPECT_STREQ(added->SlotName, "3x1");
-    EXPECT_STREQ(added->HardwareInterface, "sas");
-    EXPECT_STREQ(added->Pool, "archive") << "of the disk that sat in the bay before";
-    EXPECT_STREQ(added->PoolType, "spare");
-    EXPECT_STREQ(added->PoolState, "SPARE");
-    EXPECT_EQ(added->PoolHostId, 5u);
-    EXPECT_EQ(added->PoolHostId_void, 0);
-    EXPECT_EQ(added->Controller, 0);
-    EXPECT_EQ(added->Channel, 13);
-    EXPECT_EQ(added->ReplacedWithSpare, 1);
-    EXPECT_EQ(added->IsSignedByVexmoor, 1);
+    EXPECT_EQ(text_of(added),
+              "AddOrRemove=1 DiskId=sdc Channel=13 Model=M4 Serial=S4 FirmwareVersion=F4 Sectors=300 Capacity=153600 "
+              "DiskEnclosureId=controller-0 DiskEnclosureName=Front SlotName=3x1 HardwareInterface=sas Pool=archive "
+              "PoolType=spare PoolState=SPARE PoolHostId=5 ReplacedWithSpare=1 IsSignedByVexmoor=1")
+        << "of the disk that sat in the bay before";
     const DiskDiff *bare = added->next;
-    EXPECT_EQ(bare->Pool, nullptr);
-    EXPECT_EQ(bare->SlotName, nullptr);
-    EXPECT_STREQ(bare->DiskEnclosureName, "Shelf");
-    EXPECT_STREQ(bare->Model, "");
-    EXPECT_STREQ(bare->PoolState, "NEW");
+    EXPECT_EQ(text_of(bare),
+              "AddOrRemove=1 DiskId=sdd Controller=1 Channel=99 Model='' Serial='' FirmwareVersion='' "
+              "DiskEnclosureId=controller-1 DiskEnclosureName=Shelf HardwareInterface='' PoolType='' PoolState=NEW "
+              "PoolHostId=0");
     const DiskDiff *removed = bare->next;
     EXPECT_EQ(removed->Pool, nullptr) << "though the disk had one";
     EXPECT_STREQ(removed->PoolState, "EXPORTED");

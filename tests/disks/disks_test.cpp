@@ -1,8 +1,10 @@
 // Disks and enclosures: lists, one disk, the spare flag, deletion.
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -45,47 +47,15 @@ TEST_F(Disks, AreListedByChannelWithTheirEnclosure)
 {
     ASSERT_EQ(qbobj_getDiskCollection(qbdb, db, &disks, &err), 0u);
     EXPECT_THAT(ids(), ElementsAre("9", "10")) << "2 before 10, and none without a health report";
-    EXPECT_STREQ(disks.key, "controller-0");
-    EXPECT_EQ(disks.DiskEnclosureId, 0);
-    EXPECT_STREQ(disks.DiskEnclosurePort, "internal");
-    EXPECT_STREQ(disks.SESDevice, "");
-    EXPECT_STREQ(disks.EnclosureName, "Front");
-    EXPECT_EQ(disks.EnclosureRows, 2);
-    EXPECT_EQ(disks.EnclosureCols, 4);
-    EXPECT_EQ(disks.IsSlotHorizontal, 0);
-    EXPECT_EQ(disks.DeadSlots, nullptr) << "a NULL stays null here";
-    const Disk *first = disks.Disk;
-    EXPECT_EQ(first->resource_id, 9);
-    EXPECT_STREQ(first->Model, "");
-    EXPECT_STREQ(first->Pool, "");
-    EXPECT_STREQ(first->PoolState, "NEW");
-    EXPECT_STREQ(first->DiskState, "ONLINE");
-    EXPECT_STREQ(first->SlotName, "1x1");
-    const Disk *second = first->next;
-    EXPECT_EQ(second->resource_id, 10);
-    EXPECT_STREQ(second->DevName, "10");
-    EXPECT_EQ(second->Present, 1);
-    EXPECT_STREQ(second->Model, "WD40");
-    EXPECT_STREQ(second->Serial, "S10");
-    EXPECT_STREQ(second->FirmwareVersion, "fw1");
-    EXPECT_EQ(second->RPM, 5400);
-    EXPECT_EQ(second->Sectors, 7814037168u);
-    EXPECT_EQ(second->Capacity, 4000787030016u);
-    EXPECT_EQ(second->Temperature, 33);
-    EXPECT_EQ(second->ATAError, 4);
-    EXPECT_STREQ(second->Pool, "tank");
-    EXPECT_STREQ(second->PoolType, "data");
-    EXPECT_STREQ(second->PoolState, "ACTIVE");
-    EXPECT_EQ(second->PoolHostId, 18446744u);
-    EXPECT_EQ(second->PoolHostId_void, 0);
-    EXPECT_STREQ(second->SlotName, "2x1");
-    EXPECT_STREQ(second->HardwareInterface, "sata");
-    EXPECT_EQ(second->DiskEnclosureId, 0);
-    EXPECT_STREQ(second->DiskState, "DEGRADED");
-    EXPECT_EQ(second->Controller, 0);
-    EXPECT_EQ(second->Channel, 10);
-    EXPECT_EQ(second->ReplacedWithSpare, 0) << "not told by the list";
-    EXPECT_EQ(second->IsSignedByVexmoor, 0) << "not told by the list";
+    EXPECT_EQ(text_of(disks),
+              "key=controller-0 DiskEnclosurePort=internal SESDevice='' EnclosureName=Front EnclosureRows=2 "
+              "EnclosureCols=4 Disk=[{resource_id=9 DiskId=9 DevName=9 Channel=2 Model='' Serial='' "
+              "FirmwareVersion='' Temperature=1 ATAError=2 Pool='' PoolType='' PoolState=NEW PoolHostId=0 "
+              "SlotName=1x1 HardwareInterface='' DiskState=ONLINE} {resource_id=10 DiskId=10 Present=1 DevName=10 "
+              "Channel=10 Model=WD40 Serial=S10 FirmwareVersion=fw1 RPM=5400 Sectors=7814037168 "
+              "Capacity=4000787030016 Temperature=33 ATAError=4 Pool=tank PoolType=data PoolState=ACTIVE "
+              "PoolHostId=18446744 SlotName=2x1 HardwareInterface=sata DiskState=DEGRADED}]")
+        << "DeadSlots stays null; whether a disk is a spare or signed is not told by the list";
 }
 
 TEST_F(Disks, OfAnotherEnclosure)
@@ -94,10 +64,12 @@ TEST_F(Disks, OfAnotherEnclosure)
     EXPECT_THAT(ids(), ElementsAre("sdc"));
     EXPECT_EQ(disks.Disk->resource_id, 0) << "no number";
     EXPECT_STREQ(disks.Disk->PoolState, "SPARE");
-    EXPECT_EQ(disks.DiskEnclosureId, 1);
-    EXPECT_STREQ(disks.SESDevice, "/dev/sg3");
-    EXPECT_EQ(disks.IsSlotHorizontal, 1);
-    EXPECT_STREQ(disks.DeadSlots, "1x1");
+    EXPECT_EQ(text_of(disks),
+              "key=controller-1 DiskEnclosureId=1 DiskEnclosurePort=A SESDevice=/dev/sg3 EnclosureName=Shelf "
+              "EnclosureRows=3 EnclosureCols=4 IsSlotHorizontal=1 DeadSlots=1x1 Disk=[{DiskId=sdc Present=1 "
+              "DevName=sdc Controller=1 Model=M Serial=S FirmwareVersion=F RPM=1 Sectors=2 Capacity=3 Temperature=3 "
+              "ATAError=4 Pool=v PoolType=t PoolState=SPARE PoolHostId=7 SlotName=1x1 HardwareInterface=sas "
+              "DiskEnclosureId=1 DiskState=ONLINE}]");
 }
 
 TEST_F(Disks, AnEnclosureWithoutAPortKeepsItsFields)
@@ -105,10 +77,10 @@ TEST_F(Disks, AnEnclosureWithoutAPortKeepsItsFields)
     sql("DELETE FROM jbod_port WHERE controller=1");
     ASSERT_EQ(qbobj_getDiskCollectionForController(qbdb, db, &disks, 1, &err), 0u);
     EXPECT_THAT(ids(), ElementsAre("sdc"));
-    EXPECT_EQ(disks.DiskEnclosureId, 0);
-    EXPECT_EQ(disks.EnclosureName, nullptr);
-    EXPECT_EQ(disks.EnclosureRows, 0);
-    EXPECT_EQ(disks.DiskEnclosurePort, nullptr);
+    EXPECT_EQ(text_of(disks),
+              "key=controller-1 Disk=[{DiskId=sdc Present=1 DevName=sdc Controller=1 Model=M Serial=S "
+              "FirmwareVersion=F RPM=1 Sectors=2 Capacity=3 Temperature=3 ATAError=4 Pool=v PoolType=t "
+              "PoolState=SPARE PoolHostId=7 SlotName=1x1 HardwareInterface=sas DiskEnclosureId=1 DiskState=ONLINE}]");
     sql("INSERT INTO jbod_port VALUES(1,'B'),(1,'C')");
     ASSERT_EQ(qbobj_getDiskCollectionForController(qbdb, db, &disks, 1, &err), 0u);
     EXPECT_STREQ(disks.DiskEnclosurePort, "B") << "the first of several";
@@ -180,20 +152,11 @@ TEST_F(Disks, LabelOfAPort)
 TEST_F(Disks, OneByItsName)
 {
     ASSERT_EQ(find("10"), 0u);
-    EXPECT_STREQ(disk.DiskId, "10");
-    EXPECT_STREQ(disk.Model, "WD40");
-    EXPECT_EQ(disk.Temperature, 33);
-    EXPECT_EQ(disk.ATAError, 4);
-    EXPECT_STREQ(disk.Pool, "tank");
-    EXPECT_STREQ(disk.SlotName, "2x1");
-    EXPECT_STREQ(disk.HardwareInterface, "sata");
-    EXPECT_EQ(disk.Channel, 10);
-    EXPECT_EQ(disk.ReplacedWithSpare, 1);
-    EXPECT_EQ(disk.IsSignedByVexmoor, 1);
-    EXPECT_EQ(disk.resource_id, 0) << "not told here";
-    EXPECT_EQ(disk.PoolType, nullptr) << "not told here";
-    EXPECT_EQ(disk.PoolState, nullptr) << "not told here";
-    EXPECT_EQ(disk.DiskState, nullptr) << "not told here";
+    EXPECT_EQ(text_of(disk),
+              "DiskId=10 Present=1 DevName=10 Channel=10 Model=WD40 Serial=S10 FirmwareVersion=fw1 RPM=5400 "
+              "Sectors=7814037168 Capacity=4000787030016 Temperature=33 ATAError=4 Pool=tank PoolHostId=0 "
+              "SlotName=2x1 HardwareInterface=sata ReplacedWithSpare=1 IsSignedByVexmoor=1")
+        << "neither its number nor type and state of its pool, nor its own state";
 }
 
 TEST_F(Disks, OneWithoutAHealthReportIsFound)

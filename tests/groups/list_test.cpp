@@ -1,7 +1,9 @@
 // The group list, and the single group that cannot be read.
+#include "fixture/text_of.h"
 #include "groups.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 
 namespace {
@@ -37,12 +39,7 @@ TEST_F(GroupList, LocalGroupsByName)
     EXPECT_EQ(groups.Entries, 3);
     EXPECT_EQ(groups.TotalEntries, 3);
     const Group *first = groups.Group;
-    EXPECT_EQ(first->resource_id, 101);
-    EXPECT_EQ(first->GroupId, 101);
-    EXPECT_EQ(first->IsDomainMember, 0);
-    EXPECT_EQ(first->OldGroupName, nullptr);
-    EXPECT_EQ(first->SecondaryMember, nullptr);
-    EXPECT_EQ(first->GroupQuota, nullptr);
+    EXPECT_EQ(text_of(first), "resource_id=101 GroupId=101 GroupName=artists");
 }
 
 TEST_F(GroupList, WithoutAQueryDirectoryModeListsDomainGroups)
@@ -154,10 +151,7 @@ TEST_F(GroupList, QuotasOfAGroup)
     ASSERT_EQ(list(), 0u) << err.message;
     const auto quotas = elements(groups.Group->GroupQuota);
     ASSERT_EQ(quotas.size(), 2u);  // none of a share that is gone
-    EXPECT_EQ(quotas[0]->AccountId, 100);
-    EXPECT_STREQ(quotas[0]->ShareId, "tank/media");
-    EXPECT_EQ(quotas[0]->HardMB, 1000u);
-    EXPECT_EQ(quotas[0]->UsedMB, 250u);
+    EXPECT_EQ(text_of(quotas[0]), "AccountId=100 ShareId=tank/media HardMB=1000 UsedMB=250");
     EXPECT_STREQ(quotas[1]->ShareId, "tank/music");
     EXPECT_EQ(quotas[1]->HardMB, 5000000000u);
     EXPECT_EQ(quotas[1]->UsedMB, 0u);
@@ -180,23 +174,16 @@ TEST_F(GroupList, SecondaryMembersByNameWithoutRegardToCase)
     const auto members = elements(groups.Group->SecondaryMember);
     ASSERT_EQ(members.size(), 3u);  // none of a user that is gone
     const User &abel = *members[0];
-    EXPECT_STREQ(abel.UserName, "abel");
-    EXPECT_STREQ(abel.GroupName, "");
-    EXPECT_STREQ(abel.HomeDirectory, "");
-    EXPECT_EQ(abel.IsDomainMember, 1);
+    EXPECT_EQ(text_of(abel),
+              "resource_id=103 UserId=103 UserName=abel GroupName='' HomeDirectory='' Email='' Password=●●●●●●●● "
+              "IsDomainMember=1");
     const User &anna = *members[1];
-    EXPECT_EQ(anna.resource_id, 101);
-    EXPECT_EQ(anna.UserId, 101);
-    EXPECT_STREQ(anna.UserName, "anna");
-    EXPECT_STREQ(anna.GroupName, "users");
-    EXPECT_STREQ(anna.HomeDirectory, "/home/anna");
-    EXPECT_STREQ(anna.Email, "anna@example.org");
-    EXPECT_EQ(anna.IsDomainMember, 0);
+    EXPECT_EQ(text_of(anna),
+              "resource_id=101 UserId=101 UserName=anna GroupName=users HomeDirectory=/home/anna "
+              "Email=anna@example.org Password=●●●●●●●● UserQuota=[{AccountId=101 ShareId=tank/music HardMB=30 "
+              "UsedMB=4}]");
     ASSERT_EQ(elements(anna.UserQuota).size(), 1u);
-    EXPECT_EQ(anna.UserQuota->AccountId, 101);
-    EXPECT_STREQ(anna.UserQuota->ShareId, "tank/music");
-    EXPECT_EQ(anna.UserQuota->HardMB, 30u);
-    EXPECT_EQ(anna.UserQuota->UsedMB, 4u);
+    EXPECT_EQ(text_of(anna.UserQuota), "AccountId=101 ShareId=tank/music HardMB=30 UsedMB=4");
     const User &bert = *members[2];
     EXPECT_STREQ(bert.UserName, "Bert");
     EXPECT_STREQ(bert.Email, "");

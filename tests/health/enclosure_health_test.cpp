@@ -7,7 +7,9 @@
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -116,13 +118,10 @@ TEST_F(EnclosureHealthTest, EnclosuresWithAPortAreListed)
     const auto enclosures = test::elements(all.Health);
     ASSERT_EQ(enclosures.size(), 2u);
     const EnclosureHealth &first = *enclosures[0];
-    EXPECT_STREQ(first.key, "controller-0");
-    EXPECT_EQ(first.Controller, 0);
-    EXPECT_STREQ(first.PortLabel, "HEAD");
-    EXPECT_EQ(first.NrCpu, 1);
-    EXPECT_EQ(first.NrFan, 2);
-    EXPECT_EQ(first.NrPsu, 3);
-    EXPECT_EQ(first.NrVolt, 4);
+    EXPECT_EQ(text_of(first),
+              "key=controller-0 PortLabel=HEAD NrCpu=1 NrFan=2 NrPsu=3 NrVolt=4 Health=[{Name='' DevId='' Min=1000 "
+              "Max=9000 Label='Front fan'} {Name='' DevId='' Min=1000 Max=9001 Label='Rear fan'} {Name=cpu DevId=0 "
+              "Value=40 ValuePrev1=40 ValuePrev2=40 ValuePrev3=40 Max=85 Label=CPU}]");
     EXPECT_EQ(test::elements(first.Health).size(), 3u);
     EXPECT_STREQ(enclosures[1]->key, "controller-1");
     EXPECT_EQ(enclosures[1]->NrCpu, 0);

@@ -1,5 +1,7 @@
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::ElementsAre;
 
 namespace {
@@ -32,15 +34,10 @@ TEST_F(Defaults, AreReadInto)
                             "A.home_folder_capacity_limit,A.group_membership,A.private_time_machine,"
                             "A.private_time_machine_space,A.snapshot_protection FROM account_default A LIMIT 1",
                             "COMMIT"));
-    EXPECT_STREQ(def.HomeVolumeId, "tank");
-    EXPECT_EQ(def.DiskQuotaWarn, 70);
-    EXPECT_EQ(def.GroupId, 120);
-    EXPECT_EQ(def.DisallowPasswordChange, 1);
-    EXPECT_EQ(def.HomeFolderCapacityLimit, 5000000000u);
-    EXPECT_STREQ(def.GroupMembership, "staff");
-    EXPECT_EQ(def.PrivateTimeMachine, 1);
-    EXPECT_EQ(def.PrivateTimeMachineSpace, 250);
-    EXPECT_EQ(def.SnapshotProtection, 2);
+    EXPECT_EQ(text_of(def),
+              "HomeVolumeId=tank DiskQuotaWarn=70 GroupId=120 DisallowPasswordChange=1 "
+              "HomeFolderCapacityLimit=5000000000 GroupMembership=staff PrivateTimeMachine=1 "
+              "PrivateTimeMachineSpace=250 SnapshotProtection=2");
 }
 
 TEST_F(Defaults, ThatAreNullReadAsNullAndZero)
@@ -48,10 +45,7 @@ TEST_F(Defaults, ThatAreNullReadAsNullAndZero)
     sql("UPDATE account_default SET home_volume_id=NULL,diskquota_warn=NULL,home_folder_capacity_limit=NULL,"
         "group_membership=NULL");
     ASSERT_EQ(get(), 0u) << err.message;
-    EXPECT_EQ(def.HomeVolumeId, nullptr);
-    EXPECT_EQ(def.DiskQuotaWarn, 0);
-    EXPECT_EQ(def.HomeFolderCapacityLimit, 0u);
-    EXPECT_EQ(def.GroupMembership, nullptr);
+    EXPECT_EQ(text_of(def), "GroupId=99 PrivateTimeMachineSpace=100");
 }
 
 TEST_F(Defaults, ReadFailuresLeaveTheRecord)

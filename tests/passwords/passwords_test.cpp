@@ -1,7 +1,9 @@
 #include <crypt.h>
 
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -56,14 +58,7 @@ TEST_F(Passwords, AdminIsReadWithoutThePassword)
                             "SELECT PR.question,PR.answer,PR.email,PR.enabled,PR.method FROM passwordrecovery PR "
                             "LIMIT 1",
                             "SELECT U.shell_access FROM `$user` U WHERE id=98", "COMMIT"));
-    EXPECT_EQ(admin.Password, nullptr);
-    EXPECT_STREQ(admin.Question, "Pet?");
-    EXPECT_STREQ(admin.Answer, "Rex");
-    EXPECT_STREQ(admin.Email, "a@x.com");
-    EXPECT_EQ(admin.Enabled, 1);
-    EXPECT_STREQ(admin.Method, "email");
-    EXPECT_EQ(admin.ResetFlag, 0);
-    EXPECT_EQ(admin.ShellAccess, 1);
+    EXPECT_EQ(text_of(admin), "Question=Pet? Answer=Rex Email=a@x.com Enabled=1 Method=email ShellAccess=1");
 }
 
 TEST_F(Passwords, AdminIsReadWithoutRecoverySettings)

@@ -1,6 +1,8 @@
 #include "accounts/directory_mode.h"
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::Field;
@@ -292,20 +294,11 @@ TEST_F(Directory, ProgressIsRead)
                     "I.done_at,CASE WHEN I.total_user>0 THEN 50*I.curr_user/I.total_user ELSE 0 END + CASE WHEN "
                     "I.total_group>0 THEN 50*I.curr_group/I.total_group ELSE 0 END FROM _ads_importer I LIMIT 1",
                     "COMMIT"));
-    EXPECT_STREQ(progress.State, "running");
-    EXPECT_EQ(progress.Percent, 25);
-    EXPECT_EQ(progress.TotalUser, 20);
-    EXPECT_EQ(progress.CurrUser, 10);
-    EXPECT_EQ(progress.TotalGroup, 0);
-    EXPECT_EQ(progress.CurrGroup, 0);
-    EXPECT_EQ(progress.StartAt, 1000);
-    EXPECT_EQ(progress.DoneAt, 7);
+    EXPECT_EQ(text_of(progress), "State=running Percent=25 TotalUser=20 CurrUser=10 StartAt=1000 DoneAt=7");
     sql("UPDATE _ads_importer SET total_user=9,curr_user=8,total_group=6,curr_group=5");
     ASSERT_EQ(get_progress(), 0u) << err.message;
-    EXPECT_EQ(progress.TotalUser, 9);
-    EXPECT_EQ(progress.CurrUser, 8);
-    EXPECT_EQ(progress.TotalGroup, 6);
-    EXPECT_EQ(progress.CurrGroup, 5);
+    EXPECT_EQ(text_of(progress),
+              "State=running Percent=85 TotalUser=9 CurrUser=8 TotalGroup=6 CurrGroup=5 StartAt=1000 DoneAt=7");
 }
 
 TEST_F(Directory, ProgressStates)

@@ -3,10 +3,12 @@
 
 #include "fixture/allocations.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
 #include "snapshots/snapshots.h"
 
 using snapshots::Names;
 using snapshots::Question;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -34,13 +36,9 @@ TEST_F(HfSnapshotList, EntriesHaveAllTheirFields)
     ASSERT_EQ(list(all, {.from = 300}), 0u);
     ASSERT_NE(all.HfSnapshot, nullptr);
     EXPECT_EQ(all.HfSnapshot->next, nullptr);
-    EXPECT_EQ(all.HfSnapshot->resource_id, 13);
-    EXPECT_STREQ(all.HfSnapshot->UserName, "anna");
-    EXPECT_STREQ(all.HfSnapshot->HomeDir, "/old/anna") << "as it was when the snapshot was taken";
-    EXPECT_STREQ(all.HfSnapshot->SnapshotName, "c");
-    EXPECT_EQ(all.HfSnapshot->Type, 3);
-    EXPECT_EQ(all.HfSnapshot->CreatedOn, 300);
-    EXPECT_STREQ(all.HfSnapshot->Path, "");
+    EXPECT_EQ(text_of(all.HfSnapshot),
+              "resource_id=13 UserName=anna HomeDir=/old/anna SnapshotName=c Type=3 CreatedOn=300 Path=''")
+        << "as it was when the snapshot was taken";
 }
 
 TEST_F(HfSnapshotList, FiltersOrdersAndCounts)

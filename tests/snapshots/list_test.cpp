@@ -5,10 +5,12 @@
 
 #include "fixture/allocations.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
 #include "snapshots/snapshots.h"
 
 using snapshots::Names;
 using snapshots::Question;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -40,13 +42,8 @@ TEST_F(SnapshotList, EntriesHaveAllTheirFields)
     ASSERT_EQ(list(all, {.owner = "tools"}), 0u);
     ASSERT_NE(all.Snapshot, nullptr);
     EXPECT_EQ(all.Snapshot->next, nullptr);
-    EXPECT_EQ(all.Snapshot->resource_id, 14);
-    EXPECT_STREQ(all.Snapshot->ShareName, "tools");
-    EXPECT_STREQ(all.Snapshot->VolumeName, "loft");
-    EXPECT_STREQ(all.Snapshot->SnapshotName, "d");
-    EXPECT_EQ(all.Snapshot->Type, 1);
-    EXPECT_EQ(all.Snapshot->CreatedOn, 400);
-    EXPECT_STREQ(all.Snapshot->Path, "");
+    EXPECT_EQ(text_of(all.Snapshot),
+              "resource_id=14 ShareName=tools VolumeName=loft SnapshotName=d Type=1 CreatedOn=400 Path=''");
 }
 
 TEST_F(SnapshotList, FiltersAndCounts)

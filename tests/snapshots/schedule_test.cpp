@@ -1,7 +1,9 @@
 // When snapshots of the home folders are taken.
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::ElementsAre;
 
 namespace {
@@ -25,17 +27,10 @@ TEST_F(HfSchedule, IsAddedAndReadBack)
     EXPECT_THAT(stored(), ElementsAre("0|1|5|6|7|8|9|10|11|13|14"));
     Schedule read{9, "x", "x", "x", "x", "x", 9, 9, 9, 9, 9};
     ASSERT_EQ(qbobj_getHfSnapshotSchedule(qbdb, db, &read, &err), 0u) << err.message;
-    EXPECT_EQ(read.Enabled, 1);
-    EXPECT_STREQ(read.Minute, "5");
-    EXPECT_STREQ(read.Hour, "6");
-    EXPECT_STREQ(read.DayOfMonth, "7");
-    EXPECT_STREQ(read.DayOfWeek, "8");
-    EXPECT_STREQ(read.Month, "9");
-    EXPECT_EQ(read.LastTaken, 10);
-    EXPECT_EQ(read.PurgeManualSnapshot, 11);
-    EXPECT_EQ(read.TemporaryDisable, 0) << "never stored";
-    EXPECT_EQ(read.LastDailyTaken, 13);
-    EXPECT_EQ(read.LastWeeklyTaken, 14);
+    EXPECT_EQ(text_of(read),
+              "Enabled=1 Minute=5 Hour=6 DayOfMonth=7 DayOfWeek=8 Month=9 LastTaken=10 PurgeManualSnapshot=11 "
+              "LastDailyTaken=13 LastWeeklyTaken=14")
+        << "never stored";
 }
 
 TEST_F(HfSchedule, WhatIsMissingIsStoredAsNullAndReadAsEmpty)

@@ -3,8 +3,10 @@
 
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -29,24 +31,11 @@ TEST_F(Spares, AddListRemove)
     ASSERT_EQ(qbobj_getVolumeSparesCollection(qbdb, db, &spares, &err), 0u);
     ASSERT_EQ(elements(spares.Disk).size(), 1u) << "one that is not in the inventory is not listed";
     const Disk *disk = spares.Disk;
-    EXPECT_EQ(disk->resource_id, 7);
-    EXPECT_STREQ(disk->DiskId, "7");
-    EXPECT_STREQ(disk->DevName, "7");
-    EXPECT_EQ(disk->Present, 1);
-    EXPECT_STREQ(disk->Model, "M");
-    EXPECT_STREQ(disk->Serial, "S");
-    EXPECT_STREQ(disk->FirmwareVersion, "F");
-    EXPECT_EQ(disk->RPM, 7200);
-    EXPECT_EQ(disk->Sectors, 100u);
-    EXPECT_EQ(disk->Capacity, 51200u);
-    EXPECT_STREQ(disk->Pool, "") << "a spare belongs to no volume";
-    EXPECT_STREQ(disk->PoolType, "spare");
-    EXPECT_STREQ(disk->PoolState, "SPARE") << "told by the volume all the same";
-    EXPECT_EQ(disk->PoolHostId, 9u);
-    EXPECT_STREQ(disk->HardwareInterface, "sas");
-    EXPECT_EQ(disk->Controller, 1);
-    EXPECT_EQ(disk->Channel, 4);
-    EXPECT_EQ(disk->ReplacedWithSpare, 0);
+    EXPECT_EQ(text_of(disk),
+              "resource_id=7 DiskId=7 Present=1 DevName=7 Controller=1 Channel=4 Model=M Serial=S FirmwareVersion=F "
+              "RPM=7200 Sectors=100 Capacity=51200 Pool='' PoolType=spare PoolState=SPARE PoolHostId=9 "
+              "HardwareInterface=sas")
+        << "a spare belongs to no volume; told by the volume all the same";
     EXPECT_EQ(spares.EnclosureName, nullptr) << "only the list is filled";
     ASSERT_EQ(qbobj_deleteVolumeSpare(qbdb, db, "7", &err), 0u);
     ASSERT_EQ(qbobj_deleteVolumeSpare(qbdb, db, "7", &err), 0u) << "nothing to do";
@@ -125,16 +114,10 @@ TEST_F(VolumeJobs, AddAndList)
     ASSERT_EQ(qbobj_getVolumeScheduleCollection(qbdb, db, &jobs, &err), 0u);
     ASSERT_EQ(elements(jobs.VolumeSchedule).size(), 2u);
     const VolumeSchedule *first = jobs.VolumeSchedule;
-    EXPECT_STREQ(first->key, "5");
-    EXPECT_STREQ(first->VolumeName, "tank");
-    EXPECT_EQ(first->JobID, 5);
-    EXPECT_EQ(first->Enabled, 1);
-    EXPECT_EQ(first->Action, 2);
-    EXPECT_STREQ(first->Interval->Minute, "0,30");
-    EXPECT_STREQ(first->Interval->Hour, "3");
-    EXPECT_STREQ(first->Interval->DayOfMonth, "*");
-    EXPECT_STREQ(first->Interval->Month, "1-6");
-    EXPECT_STREQ(first->Interval->DayOfWeek, "'0'");
+    EXPECT_EQ(text_of(first),
+              "key=5 VolumeName=tank JobID=5 Enabled=1 Action=2 Interval={Minute=0,30 Hour=3 DayOfMonth=* Month=1-6 "
+              "DayOfWeek='0'}");
+    EXPECT_EQ(text_of(first->Interval), "Minute=0,30 Hour=3 DayOfMonth=* Month=1-6 DayOfWeek='0'");
     EXPECT_STREQ(first->next->VolumeName, "");
     ASSERT_NE(first->next->Interval, nullptr);
     EXPECT_STREQ(first->next->Interval->Minute, "");

@@ -1,6 +1,8 @@
 #include "fixture/allocations.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
@@ -386,15 +388,9 @@ TEST_F(SshKeys, OneIsRead)
     take_statements();
     ASSERT_EQ(get(1), 0u) << err.message;
     EXPECT_EQ(key.next, &following);
-    EXPECT_EQ(key.resource_id, 1);
-    EXPECT_EQ(key.Id, 1);
-    EXPECT_EQ(key.UserId, 100);
-    EXPECT_STREQ(key.ServeFor, "login");
-    EXPECT_STREQ(key.Type, "ssh-ed25519");
-    EXPECT_STREQ(key.Key, "AAAA");
-    EXPECT_STREQ(key.Comment, "anna@laptop");
-    EXPECT_STREQ(key.Fingerprint, "SHA256:x");
-    EXPECT_STREQ(key.Title, "laptop");
+    EXPECT_EQ(text_of(key),
+              "resource_id=1 Id=1 UserId=100 ServeFor=login Type=ssh-ed25519 Key=AAAA Comment=anna@laptop "
+              "Fingerprint=SHA256:x Title=laptop");
     EXPECT_THAT(take_statements(),
                 ElementsAre("BEGIN",
                             "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM "
@@ -424,11 +420,9 @@ TEST_F(SshKeys, TwinIsReadByTheAdministratorsKey)
     key = {};
     take_statements();
     ASSERT_EQ(get_root(2), 0u) << err.message;
-    EXPECT_EQ(key.Id, 3);
-    EXPECT_EQ(key.resource_id, 3);
-    EXPECT_EQ(key.UserId, 0);
-    EXPECT_STREQ(key.Key, "ADMIN");
-    EXPECT_STREQ(key.Title, "root_desk");
+    EXPECT_EQ(text_of(key),
+              "resource_id=3 Id=3 ServeFor=login Type=ssh-rsa Key=ADMIN Comment=admin@desk Fingerprint=SHA256:a "
+              "Title=root_desk");
     EXPECT_THAT(take_statements(),
                 ElementsAre("BEGIN",
                             "SELECT id, user_id, serve_for, type, key, comment,fingerprint, title FROM "

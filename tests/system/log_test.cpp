@@ -5,8 +5,10 @@
 
 #include "fixture/fixture.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -77,12 +79,8 @@ TEST_F(FilledLog, EntriesHaveAllTheirFields)
     ASSERT_EQ(get(&query), 0u);
     const auto all = elements(entries);
     ASSERT_EQ(all.size(), 2u);
-    EXPECT_EQ(all[0]->LogId, 3);
-    EXPECT_EQ(all[0]->TimeStamp, 30);
-    EXPECT_STREQ(all[0]->Severity, "notice");
-    EXPECT_STREQ(all[0]->Category, "disk");
-    EXPECT_STREQ(all[0]->MessageTag, "LOGMSG_C");
-    EXPECT_STREQ(all[0]->MessageArgsXml, "<x/>");
+    EXPECT_EQ(text_of(all[0]),
+              "LogId=3 TimeStamp=30 Severity=notice Category=disk MessageTag=LOGMSG_C MessageArgsXml=<x/>");
     EXPECT_EQ(all[1]->MessageArgsXml, nullptr);
     EXPECT_EQ(count, 2);
     EXPECT_EQ(total, 9);
@@ -295,12 +293,7 @@ TEST_F(FilledLog, NullsInTheTableReadAsNullTexts)
     sql("DELETE FROM `$log`; INSERT INTO `$log` (id) VALUES(5)");
     ASSERT_EQ(get(nullptr), 0u);
     ASSERT_NE(entries, nullptr);
-    EXPECT_EQ(entries->LogId, 5);
-    EXPECT_EQ(entries->TimeStamp, 0);
-    EXPECT_EQ(entries->Severity, nullptr);
-    EXPECT_EQ(entries->Category, nullptr);
-    EXPECT_EQ(entries->MessageTag, nullptr);
-    EXPECT_EQ(entries->MessageArgsXml, nullptr);
+    EXPECT_EQ(text_of(entries), "LogId=5");
 }
 
 /// A list of severities that is `size` bytes long and selects what "'err'" does.
@@ -446,12 +439,11 @@ TEST_F(FilledLog, TheStatementsOfReading)
     const std::string where =
         "WHERE 5<tstamp AND tstamp<500 AND severity IN ('info','notice','warning','err','crit','alert','emerg') AND "
         "severity IN ('err') AND category IN ('disk') AND msg_tag='LOGMSG_B'";
-    EXPECT_THAT(
-        take_statements(),
-        ElementsAre("BEGIN", "SELECT COUNT(*) FROM `$log` L " + where, "SELECT COUNT(*) FROM `$log` L",
-                    "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L " + where +
-                        " ORDER BY L.id DESC LIMIT 4,3",
-                    "COMMIT"));
+    EXPECT_THAT(take_statements(),
+                ElementsAre("BEGIN", "SELECT COUNT(*) FROM `$log` L " + where, "SELECT COUNT(*) FROM `$log` L",
+                            "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L " +
+                                where + " ORDER BY L.id DESC LIMIT 4,3",
+                            "COMMIT"));
     ASSERT_EQ(get(nullptr), 0u);
     EXPECT_THAT(
         take_statements(),

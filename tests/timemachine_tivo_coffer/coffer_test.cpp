@@ -1,5 +1,7 @@
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -28,12 +30,7 @@ TEST_F(CofferTest, ReadsTheAccountWithoutItsPassword)
         "UPDATE service_misc SET val='/tank/coffer' WHERE key='QUILLBOXCOFFER_TEP_FOLDER';"
         "INSERT INTO service_coffer VALUES(1,'anna@example.com','secret','nightly')");
     ASSERT_EQ(get(), 0u) << err.message;
-    EXPECT_STREQ(coffer.Enabled, "1");
-    EXPECT_STREQ(coffer.Volume, "/tank/coffer");
-    EXPECT_STREQ(coffer.UserName, "anna@example.com");
-    EXPECT_STREQ(coffer.DefaultJob, "nightly");
-    EXPECT_EQ(coffer.UserPassword, nullptr);
-    EXPECT_EQ(coffer.Action, nullptr);
+    EXPECT_EQ(text_of(coffer), "Enabled=1 Volume=/tank/coffer UserName=anna@example.com DefaultJob=nightly");
 }
 
 TEST_F(CofferTest, WhatIsNotStoredIsNull)
@@ -41,10 +38,7 @@ TEST_F(CofferTest, WhatIsNotStoredIsNull)
     sql("DELETE FROM service_misc");
     coffer.Enabled = coffer.Volume = coffer.UserName = coffer.DefaultJob = "before";
     ASSERT_EQ(get(), 0u) << err.message;
-    EXPECT_EQ(coffer.Enabled, nullptr);
-    EXPECT_EQ(coffer.Volume, nullptr);
-    EXPECT_EQ(coffer.UserName, nullptr);
-    EXPECT_EQ(coffer.DefaultJob, nullptr);
+    EXPECT_EQ(text_of(coffer), "");
 }
 
 TEST_F(CofferTest, AFailedReadLeavesTheRecord)

@@ -1,8 +1,10 @@
 // Configuration of the power supplies.
 #include "fixture/fixture.h"
 #include "fixture/plans.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -270,11 +272,10 @@ TEST_F(Ups, ReadsBackWhatWasAdded)
     for (const Field field : {&UpsConfig::Port, &UpsConfig::Type, &UpsConfig::Name, &UpsConfig::Description,
                               &UpsConfig::SnmpCommunity, &UpsConfig::SnmpMibs})
         EXPECT_STREQ(unit.*field, want.*field);
-    EXPECT_EQ(unit.Enabled, 1);
-    EXPECT_EQ(unit.ShutdownThreshold, 30);
-    EXPECT_EQ(unit.UpsModel, nullptr);
-    EXPECT_EQ(unit.RemotePassword, nullptr);
-    EXPECT_EQ(unit.List1, nullptr) << "only a local unit is shared";
+    EXPECT_EQ(text_of(unit),
+              "key=rack@localhost Port=10.0.0.7 Type=snmp Enabled=1 Name=rack Description='in the rack' "
+              "ShutdownThreshold=30 SnmpCommunity=public SnmpMibs=apcc UpsStatus=? UpsAlarm=?")
+        << "only a local unit is shared";
     ASSERT_EQ(get("hall@10.0.0.8"), 0u) << err.message;
     EXPECT_STREQ(unit.RemoteUserName, "monitor");
     EXPECT_STREQ(unit.RemotePassword, "it's secret");
@@ -459,10 +460,10 @@ TEST_F(Ups, StoresWhatAUnitTellsOfItself)
                             "hall|Model 1500|it's them|2026-01-01|S1|40"))
         << "a remote unit's threshold is its server's business";
     ASSERT_EQ(get("desk@localhost"), 0u) << err.message;
-    EXPECT_STREQ(unit.UpsModel, "Model 1500");
-    EXPECT_STREQ(unit.UpsMfr, "it's them");
-    EXPECT_STREQ(unit.UpsMfrDate, "2026-01-01");
-    EXPECT_STREQ(unit.UpsSerial, "S1");
+    EXPECT_EQ(text_of(unit),
+              "key=desk@localhost Port=auto Type=local Enabled=1 Name=desk Description='under the desk' "
+              "UpsModel='Model 1500' UpsMfr='it's them' UpsMfrDate=2026-01-01 UpsSerial=S1 ShutdownThreshold=77 "
+              "Share_enabled=1 List1=0.0.0.0 UpsStatus=? UpsAlarm=?");
     ASSERT_EQ(inform({}, "desk@localhost"), 0u) << err.message;
     EXPECT_EQ(value("SELECT ups_model FROM _ups_config WHERE name='desk'"), "NULL");
 }

@@ -3,9 +3,12 @@
 
 #include <filesystem>
 
+#include "fixture/text_of.h"
 #include "users/users.h"
 
 using namespace test;
+
+using test::text_of;
 
 namespace {
 
@@ -46,21 +49,9 @@ struct UserDetails : Users {
 TEST_F(UserDetails, ListGivesEachField)
 {
     const User *anna = one("anna");
-    EXPECT_EQ(anna->resource_id, 100);
-    EXPECT_EQ(anna->UserId, 100);
-    EXPECT_STREQ(anna->UserName, "anna");
-    EXPECT_STREQ(anna->GroupName, "users");
-    EXPECT_STREQ(anna->HomeDirectory, "/home/anna");
-    EXPECT_STREQ(anna->Email, "as@example.com");
-    EXPECT_STREQ(anna->FullName, "Anna Smith");
-    EXPECT_EQ(anna->IsDomainMember, 0);
-    EXPECT_EQ(anna->IsLocked, 1);
-    EXPECT_EQ(anna->ShellAccess, 1);
-    EXPECT_EQ(anna->UserQuota, nullptr);
-    EXPECT_EQ(anna->HomeFolderSettings, nullptr);
-    EXPECT_EQ(anna->TimeMachineQuota, nullptr);
-    EXPECT_EQ(anna->P2PUserName, nullptr);
-    EXPECT_EQ(anna->OldUserName, nullptr);
+    EXPECT_EQ(text_of(anna),
+              "resource_id=100 UserId=100 UserName=anna GroupName=users HomeDirectory=/home/anna "
+              "Email=as@example.com FullName='Anna Smith' Password=●●●●●●●● IsLocked=1 ShellAccess=1");
 }
 
 /// Numbers of 0 and 1 that stand side by side are told apart only when they differ.
@@ -86,12 +77,9 @@ TEST_F(UserDetails, FlagsAreNotMixedUp)
 TEST_F(UserDetails, MissingTextsAreEmpty)
 {
     const User *bob = one("bob");
-    EXPECT_STREQ(bob->HomeDirectory, "");
-    EXPECT_STREQ(bob->Email, "");
-    EXPECT_STREQ(bob->FullName, "");
-    EXPECT_STREQ(bob->Password, "");
-    EXPECT_EQ(bob->IsLocked, 0);
-    EXPECT_EQ(bob->ShellAccess, 0);
+    EXPECT_EQ(text_of(bob),
+              "resource_id=101 UserId=101 UserName=bob GroupName=users HomeDirectory='' Email='' FullName='' "
+              "Password=''");
 }
 
 TEST_F(UserDetails, PasswordIsMaskedUnlessAskedFor)
@@ -136,10 +124,7 @@ TEST_F(UserDetails, Quotas)
     const auto check = [](const Quota *head) {
         const auto quotas = elements(const_cast<Quota *>(head));
         ASSERT_EQ(quotas.size(), 2u) << "a quota on no share is not shown";
-        EXPECT_EQ(quotas[0]->AccountId, 100);
-        EXPECT_STREQ(quotas[0]->ShareId, "tank/media");
-        EXPECT_EQ(quotas[0]->HardMB, 10u);
-        EXPECT_EQ(quotas[0]->UsedMB, 0u) << "never measured";
+        EXPECT_EQ(text_of(quotas[0]), "AccountId=100 ShareId=tank/media HardMB=10") << "never measured";
         EXPECT_STREQ(quotas[1]->ShareId, "tank/photos");
         EXPECT_EQ(quotas[1]->HardMB, 5000000000u);
         EXPECT_EQ(quotas[1]->UsedMB, 4000000001u);
@@ -155,21 +140,14 @@ TEST_F(UserDetails, HomeFolderSettings)
         "INSERT INTO _hf_zfs_stat VALUES(100,18000000000)");
     const UserHomeFolderSettings *settings = one("anna")->HomeFolderSettings;
     ASSERT_NE(settings, nullptr);
-    EXPECT_EQ(settings->UserId, 100);
-    EXPECT_EQ(settings->SnapshotProtectionEnabled, 1);
-    EXPECT_EQ(settings->SizeLimit, 5000000000u);
-    EXPECT_EQ(settings->SizeUsed, 18000000000u);
-    EXPECT_STREQ(settings->VisibleSnapFolder, ".snapshots");
-    EXPECT_EQ(settings->VisibleSnapshot, 1);
-    EXPECT_EQ(settings->PrevVersions, 1);
+    EXPECT_EQ(text_of(settings),
+              "UserId=100 SizeLimit=5000000000 SizeUsed=18000000000 SnapshotProtectionEnabled=1 VisibleSnapshot=1 "
+              "VisibleSnapFolder=.snapshots PrevVersions=1");
     for (const char *hidden : {"NULL", "''"}) {
         sql("UPDATE `$home_folder` SET visible_snapdir=" + std::string(hidden) + " WHERE user_id=101");
         settings = one("bob")->HomeFolderSettings;
         ASSERT_NE(settings, nullptr);
-        EXPECT_STREQ(settings->VisibleSnapFolder, "");
-        EXPECT_EQ(settings->VisibleSnapshot, 0);
-        EXPECT_EQ(settings->SizeUsed, 0u);
-        EXPECT_EQ(settings->PrevVersions, 0);
+        EXPECT_EQ(text_of(settings), "UserId=101 VisibleSnapFolder=''");
     }
     ASSERT_EQ(get(100), 0u);
     ASSERT_NE(user.HomeFolderSettings, nullptr);
@@ -191,10 +169,7 @@ TEST_F(UserDetails, TimeMachineAllowanceIsMeasuredOnDisk)
     sql("INSERT INTO `$timemachine_quota` VALUES(100,1,2000),(101,0,3000)");
     const UserTimeMachineQuota *allowance = one("anna")->TimeMachineQuota;
     ASSERT_NE(allowance, nullptr);
-    EXPECT_EQ(allowance->UserId, 100);
-    EXPECT_EQ(allowance->Enabled, 1);
-    EXPECT_EQ(allowance->CapacityMB, 2000);
-    EXPECT_EQ(allowance->UsedMB, 83u);
+    EXPECT_EQ(text_of(allowance), "UserId=100 Enabled=1 CapacityMB=2000 UsedMB=83");
     allowance = one("bob")->TimeMachineQuota;
     ASSERT_NE(allowance, nullptr);
     EXPECT_EQ(allowance->Enabled, 0);
@@ -217,16 +192,10 @@ TEST_F(UserDetails, TimeMachineAllowanceIsMeasuredOnDisk)
 TEST_F(UserDetails, GetUserReadsOneUser)
 {
     ASSERT_EQ(get(100), 0u) << err.message;
-    EXPECT_EQ(user.resource_id, 100);
-    EXPECT_EQ(user.UserId, 100);
-    EXPECT_STREQ(user.UserName, "anna");
-    EXPECT_STREQ(user.GroupName, "users");
-    EXPECT_STREQ(user.HomeDirectory, "/home/anna");
-    EXPECT_STREQ(user.Email, "as@example.com");
-    EXPECT_EQ(user.FullName, nullptr) << "one user is read without the full name";
-    EXPECT_EQ(user.IsLocked, 1);
-    EXPECT_EQ(user.ShellAccess, 1);
-    EXPECT_EQ(user.IsDomainMember, 0);
+    EXPECT_EQ(text_of(user),
+              "resource_id=100 UserId=100 UserName=anna GroupName=users HomeDirectory=/home/anna "
+              "Email=as@example.com Password=●●●●●●●● IsLocked=1 ShellAccess=1")
+        << "one user is read without the full name";
 }
 
 TEST_F(UserDetails, GetUserReplacesWhatTheRecordHeld)
@@ -241,10 +210,8 @@ TEST_F(UserDetails, GetUserReplacesWhatTheRecordHeld)
     EXPECT_EQ(user.next, &next);
     user.resource_id = 101;
     ASSERT_EQ(qbobj_getUser(qbdb, db, &user, &err), 0u);
-    EXPECT_STREQ(user.UserName, "bob");
-    EXPECT_EQ(user.UserQuota, nullptr);
-    EXPECT_EQ(user.HomeFolderSettings, nullptr);
-    EXPECT_EQ(user.TimeMachineQuota, nullptr);
+    EXPECT_EQ(text_of(user),
+              "resource_id=101 UserId=101 UserName=bob GroupName=users HomeDirectory='' Email='' Password=''");
 }
 
 TEST_F(UserDetails, GetUserRunsItsStatementsInOrderAsTheyStand)

@@ -1,8 +1,10 @@
 // Volumes: the list, the refreshed figures, deletion with what lies on them.
 #include "fixture/allocations.h"
 #include "fixture/fixture.h"
+#include "fixture/text_of.h"
 
 using test::elements;
+using test::text_of;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -40,19 +42,10 @@ TEST_F(Volumes, HaveAllTheirFields)
     ASSERT_EQ(list(), 0u);
     const Volume *volume = all.Volume;
     ASSERT_NE(volume, nullptr);
-    EXPECT_STREQ(volume->key, "tank");
-    EXPECT_STREQ(volume->VolumeId, "tank");
-    EXPECT_STREQ(volume->VolumeName, "tank");
-    EXPECT_STREQ(volume->RaidType, "RAID5");
-    EXPECT_EQ(volume->BlockTotal, 9000000000000000000);
-    EXPECT_EQ(volume->BlockFree, 5);
-    EXPECT_EQ(volume->BlockSize, 4096);
-    EXPECT_STREQ(volume->VolumeHealth, "ONLINE");
-    EXPECT_EQ(volume->SentResilverEvent, 1);
-    EXPECT_EQ(volume->SentScanEnd, 2);
-    EXPECT_STREQ(volume->KeyFile, "/k");
-    EXPECT_EQ(volume->BalanceStatus, 3);
-    EXPECT_EQ(volume->DisktestStatus, 4);
+    EXPECT_EQ(text_of(volume),
+              "key=tank VolumeId=tank VolumeName=tank RaidType=RAID5 BlockTotal=9000000000000000000 BlockFree=5 "
+              "BlockSize=4096 VolumeHealth=ONLINE SentResilverEvent=1 SentScanEnd=2 BalanceStatus=3 DisktestStatus=4 "
+              "KeyFile=/k");
 }
 
 TEST_F(Volumes, WithoutAKindAreSwell)
@@ -61,10 +54,7 @@ TEST_F(Volumes, WithoutAKindAreSwell)
     ASSERT_EQ(list(), 0u);
     EXPECT_STREQ(all.SystemRaidMode, "SWELL");
     ASSERT_NE(all.Volume, nullptr);
-    EXPECT_STREQ(all.Volume->RaidType, "SWELL");
-    EXPECT_STREQ(all.Volume->VolumeHealth, "");
-    EXPECT_STREQ(all.Volume->KeyFile, "");
-    EXPECT_EQ(all.Volume->BlockTotal, 0);
+    EXPECT_EQ(text_of(all.Volume), "key=tank VolumeId=tank VolumeName=tank RaidType=SWELL VolumeHealth='' KeyFile=''");
     sql("DELETE FROM system_config; UPDATE _volume SET blk_total='0x1F',blk_free='010',blk_size='0x1F'");
     all = {};
     ASSERT_EQ(list(), 0u);
