@@ -298,8 +298,9 @@ std::string type_page(const Source &source, const QbobjField *type)
     Page page(page_of(type), kLibrarySection, source.date);
     const std::string clear = std::string("qbobj_clear_") + type->name;
     name(page, has_clear ? std::vector<std::string>{type->name, clear} : std::vector<std::string>{type->name}, meaning);
-    page.section("SYNOPSIS").raw(".In qbobj.h").display(source.type(type->name).code);
-    if (has_clear) prototype(page.paragraph(), {"uint32_t", clear, {std::string(type->name) + " *record"}});
+    // Not in the marks of a function: some would not fit a line of 80 columns, and cannot be broken.
+    const std::string prototype = has_clear ? "\nuint32_t " + clear + "(" + type->name + " *record);\n" : "";
+    page.section("SYNOPSIS").raw(".In qbobj.h").display(source.type(type->name).code + prototype);
     page.section("DESCRIPTION").text(meaning);
     write_structure(page, type);
     page.paragraph().line("The fields are:").raw(".Bl -tag -width Ds");
