@@ -119,7 +119,8 @@ void write_return_values(Page &page, const Json &told)
 void write_errors(Page &page, const QbobjOperation &operation, const Json &told)
 {
     page.section("ERRORS");
-    if (told["codes"].empty()) page.line("There are no codes: a failure is -1, and the log says why.");
+    if (told["codes"].empty())
+        page.line("There are no codes: the returned value tells of a failure, and the log says why.");
     else page.raw(".Bl -tag -width Ds");
     for (const Json &code : told["codes"]) {
         const char *meaning = qbobj_code_meaning(code.get<uint32_t>());
