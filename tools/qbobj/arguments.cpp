@@ -401,10 +401,31 @@ void Arguments::ask_for_secrets()
         const bool confirmed = operation_.changes && !target.path.back().starts_with("Old");
         const PrivateText secret = input_.secret(target.label, confirmed);
         check_text(secret, target.label);
-        Json *value = &*given_[target.argument];
-        for (const std::string &name : target.path) value = &member(*value, name);
-        *value = std::string_view(secret);
+        at(*given_[target.argument], target) = std::string_view(secret);
     }
+}
+
+/// The place of a target in what was given for its argument.
+Json &Arguments::at(Json &value, const Target &target)
+{
+    Json *place = &value;
+    for (const std::string &name : target.path) place = &member(*place, name);
+    return *place;
+}
+
+std::vector<std::string> Arguments::wanted_secrets() const
+{
+    std::vector<std::string> labels;
+    for (const Target &target : secrets_) labels.push_back(target.label);
+    return labels;
+}
+
+std::optional<Json> Arguments::marked(size_t argument) const
+{
+    std::optional<Json> value = given_[argument];
+    for (size_t i = 0; i < secrets_.size(); i++)
+        if (secrets_[i].argument == argument) at(*value, secrets_[i]) = mark_of_secret(i + 1);
+    return value;
 }
 
 }  // namespace qbcli

@@ -38,6 +38,15 @@ public:
     void judge() const;
     /// Asks for the secrets that were given as "-": last of all, when everything else is known to be right.
     void ask_for_secrets();
+    /// @name For programs that make the same call: a mark in place of each secret that is asked for. @{
+    /// What these secrets are called, in the order in which they are asked for.
+    std::vector<std::string> wanted_secrets() const;
+    /// What was given for an argument, with marks.
+    std::optional<Json> marked(size_t argument) const;
+    /// The mark of a secret by its number, from 1. No document holds such a value.
+    static Json mark_of_secret(size_t number) { return Json::binary(std::vector<uint8_t>(), number); }
+    /// @}
+
     /// What was given for an argument; none when nothing was, or null.
     const std::optional<Json> &given(size_t argument) const { return given_[argument]; }
 
@@ -74,6 +83,7 @@ private:
     static void join(std::optional<Json> &given, Json &more, const std::string &label);
     void check(const Target &target, const Json &value, Origin origin);
     static void set(Values &values, const Target &target, Json value);
+    static Json &at(Json &value, const Target &target);
 
     const QbobjOperation &operation_;
     StandardInput &input_;

@@ -9,6 +9,7 @@
 
 #include "completion.h"
 #include "describe.h"
+#include "emit.h"
 #include "failure.h"
 #include "qbobj.h"
 
@@ -79,6 +80,16 @@ std::string check_number(const std::string &text)
     return "a whole number from 0 to " + std::to_string(UINT32_MAX) + " is needed, not \"" + text + "\"";
 }
 
+std::string check_language(const std::string &text)
+{
+    std::string known;
+    for (const char *const *language = kLanguages; *language; language++) {
+        if (text == *language) return "";
+        known += std::string(known.empty() ? "" : ", ") + *language;
+    }
+    return "there is no language \"" + text + "\" (" + known + ")";
+}
+
 void add_options(CommandLine &line)
 {
     CLI::App &app = line.app;
@@ -96,6 +107,9 @@ void add_options(CommandLine &line)
     flag("--with-secrets", options.output.secrets, "Secrets in clear, into a file or pipe, to be written back");
     flag("--dry-run", options.dry_run, "Call the operation, print what it would change, and take it back");
     flag("--changes", options.changes, "Print what the operation changed as well");
+    app.add_option("--emit", options.emit, "Print the program that makes the call: c, c++, python, shell")
+        ->type_name("LANGUAGE")
+        ->check(check_language);
     app.add_option("--who", options.database.who,
                    "On whose behalf, for the journal; unless given, who runs the program")
         ->type_name("NAME");
@@ -167,6 +181,7 @@ std::vector<std::string> take_verbatim(CommandLine &line, std::vector<std::strin
 
 void parse_and_act(CommandLine &line, const std::vector<std::string> &words)
 {
+    line.words = words;
     set_up(line, words);
     std::vector<std::string> parsed = take_verbatim(line, words);
     std::reverse(parsed.begin(), parsed.end());  // as the parser takes them
@@ -255,6 +270,7 @@ CLI::App *add_command(CommandLine &line, const std::string &name, const std::str
     command->fallthrough();
     command->callback([&line, command, watching, act = std::move(act)] {
         refuse_surplus(line, *command);
+        if (!line.options.emit.empty()) throw Failure(command->get_name(), "--emit is for operations");
         if (watching == Watching::kNone) refuse_watching(line.options, *command);
         act();
     });

@@ -21,12 +21,14 @@ struct Options {
     bool trace = false;
     bool dry_run = false;  ///< An operation is called and taken back.
     bool changes = false;  ///< What an operation changes is printed.
+    std::string emit;      ///< The language of a program that makes the call; empty to make it.
 };
 
 /// The sub-commands find here what they share.
 struct CommandLine {
     CLI::App app;
     Options options;
+    std::vector<std::string> words;     ///< All of them, as they were given.
     std::vector<std::string> verbatim;  ///< An operation's words after "--".
     Status status = Status::kDone;      ///< Of a command that did not fail.
 };

@@ -8,6 +8,7 @@
 #include "changes.h"
 #include "command_line.h"
 #include "describe.h"
+#include "emit.h"
 #include "failure.h"
 
 namespace qbcli {
@@ -16,6 +17,36 @@ namespace {
 bool is_negative_number(const std::string &word)
 {
     return word.size() > 1 && word[0] == '-' && std::isdigit(static_cast<unsigned char>(word[1]));
+}
+
+/// The command line without --emit.
+std::vector<std::string> words_to_emit(const CommandLine &line)
+{
+    static constexpr std::string_view kOption = "--emit";
+    std::vector<std::string> words;
+    bool options = true;
+    for (size_t i = 0; i < line.words.size(); i++) {
+        const std::string_view word = line.words[i];
+        options = options && word != "--";
+        if (options && word == kOption) i++;
+        else if (!options || !word.starts_with("--emit=")) words.emplace_back(word);
+    }
+    return words;
+}
+
+void print_program(const CommandLine &line, const QbobjOperation &operation, const Arguments &arguments)
+{
+    const Options &options = line.options;
+    const auto language =
+        std::find(std::begin(kLanguages), std::end(kLanguages) - 1, options.emit) - std::begin(kLanguages);
+    const bool shell = static_cast<Language>(language) == Language::kShell;
+    if (!shell && (options.dry_run || options.changes || options.trace || options.output.secrets ||
+                   options.database.log_level != 0))
+        throw Failure(
+            "--emit: --dry-run, --changes, --with-secrets, --trace and --log-level are not part of a program");
+    Emitted what{operation, arguments, words_to_emit(line), options.database};
+    if (what.database.path.empty()) what.database.path = "appliance.db";
+    print_text(emit(static_cast<Language>(language), what));
 }
 
 void call(CommandLine &line, const QbobjOperation &operation)
@@ -32,6 +63,7 @@ void call(CommandLine &line, const QbobjOperation &operation)
     {
         const Call possible(operation, arguments);
     }
+    if (!options.emit.empty()) return print_program(line, operation, arguments);
     Database database = open_chosen_database(options);
     make_call(line, operation, arguments, database);
 }
