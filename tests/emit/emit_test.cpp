@@ -425,6 +425,26 @@ TEST_F(Equal, InCpp)
     });
 }
 
+TEST_F(Equal, InPython)
+{
+    for (size_t i = 0; i < all.size(); i++) file("program_" + std::to_string(i) + ".py", emitted("python", all[i]));
+    setenv("PYTHONPATH", test::source_path("python").c_str(), 1);
+    setenv("QBOBJ_LIBRARY", test::build_path("libqbobj.so").c_str(), 1);
+    setenv("PYTHONDONTWRITEBYTECODE", "1", 1);
+    // An interpreter without sanitizers can load a library with them when their runtime is there first, and behind it
+    // the library whose functions the runtime stands before.
+    const std::string runtime =
+        test::run("printf %s \"$(" + test::cxx_compiler() + " -print-file-name=libasan.so)\"").output;
+    const bool sanitized = std::string_view(QBOBJ_PROGRAM_FLAGS).find("address") != std::string_view::npos;
+    if (sanitized) setenv("QBOBJ_PRELOAD", (runtime + " libcrypt.so.1").c_str(), 1);
+    expect_the_same(false, [&](size_t i, const std::string &database) {
+        const std::string program = directory.path + "/program_" + std::to_string(i) + ".py";
+        return std::vector<std::string>{
+            "/bin/sh", "-c", "LD_PRELOAD=\"$QBOBJ_PRELOAD\" exec /usr/bin/python3 \"$0\" \"$1\"", program, database};
+    });
+    for (const char *name : {"PYTHONPATH", "QBOBJ_LIBRARY", "PYTHONDONTWRITEBYTECODE", "QBOBJ_PRELOAD"}) unsetenv(name);
+}
+
 TEST_F(Equal, InTheShell)
 {
     const std::string path_of_tool = test::build_path("tools/qbobj");
@@ -483,7 +503,8 @@ TEST_F(Emitted, WhatIsWrongIsRefused)
         {{"--emit", "c", "--dry-run", "truncateLog", "5"}, "not part of a program"},
         {{"--emit", "c", "addLog", "five"}, "a whole number"},
         {{"--emit", "c", "deleteLog"}, "nothing is given"},
-        {{"--emit", "python", "--who", "me", "truncateLog", "5"}, "nothing for --who"},
+        {{"--emit", "python", "--root", "/mnt", "truncateLog", "5"}, "nothing for --root"},
+        {{"--emit", "c", "edit", "modifyUser", "UserId=100", "IsLocked=1"}, "--emit is for operations"},
     };
     for (const auto &[words, message] : wrong) {
         const test::Result result = run(words);

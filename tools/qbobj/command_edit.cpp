@@ -102,6 +102,7 @@ void add_edit(CommandLine &line)
     command->callback([&line] {
         std::vector<std::string> words = words_of(line);
         if (words.empty()) throw Failure("edit: the OPERATION is missing; \"qbobj help edit\" says how it is called");
+        if (!line.options.emit.empty()) throw Failure("edit", "--emit is for operations");
         const QbobjOperation &operation = find_operation(words.front());
         words.erase(words.begin());
         try {

@@ -58,7 +58,7 @@ public:
             text += "    secret_" + std::to_string(i + 1) + " = read_secret(" + python_literal(values_.secrets()[i]) +
                     ")\n";
         text += "    try:\n        with qbobj.open(file" + std::string(database.read_only ? ", readonly=True" : "") +
-                timeout() + ") as db:\n            ";
+                timeout() + caller() + ") as db:\n            ";
         if (!outputs.empty()) text += "result = ";
         text += written_call() + "\n" + failures();
         return text + outputs + "    return " + status() + "\n\n\nif __name__ == \"__main__\":\n    sys.exit(main())\n";
@@ -73,6 +73,11 @@ private:
         std::string fraction = std::to_string(limit % kThousand);
         fraction.insert(0, 3 - fraction.size(), '0');
         return ", timeout=" + std::to_string(limit / kThousand) + "." + fraction;
+    }
+
+    std::string caller() const
+    {
+        return what_.database.who.empty() ? "" : ", caller=" + python_literal(what_.database.who);
     }
 
     std::string failures() const
@@ -186,8 +191,7 @@ private:
 
 std::string emit_python(const Emitted &what)
 {
-    if (!what.database.who.empty() || !what.database.root.empty())
-        throw Failure("--emit python: a program in Python has nothing for --who and --root");
+    if (!what.database.root.empty()) throw Failure("--emit python: a program in Python has nothing for --root");
     return Writer(what).program();
 }
 
