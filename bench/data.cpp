@@ -202,3 +202,4 @@ void write_database(const std::string &path, const Amount &amount)
 }
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

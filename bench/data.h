@@ -51,3 +51,4 @@ struct Data {
 void write_database(const std::string &path, const Amount &amount);
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

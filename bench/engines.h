@@ -145,3 +145,4 @@ private:
 };
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

@@ -119,3 +119,4 @@ int main(int argc, char **argv)
     }
     std::filesystem::remove_all(directory);
 }
+// SPDX-License-Identifier: Apache-2.0

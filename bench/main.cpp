@@ -557,3 +557,4 @@ int main(int argc, char **argv)
     }
     return run_all(quick, json);
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -67,3 +67,4 @@ def main():
 
 
 main()
+# SPDX-License-Identifier: Apache-2.0

@@ -498,3 +498,4 @@ struct ShareReader {
 };
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

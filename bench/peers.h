@@ -649,3 +649,4 @@ struct Peer {
 };
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

@@ -273,3 +273,4 @@ int main(int argc, char **argv)
     std::filesystem::remove_all(directory);
     return 0;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -74,3 +74,4 @@ bool RatioReporter::write_json(const std::string &path) const
 }
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

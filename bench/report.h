@@ -39,3 +39,4 @@ private:
 double median(std::vector<double> values);
 
 }  // namespace bench
+// SPDX-License-Identifier: Apache-2.0

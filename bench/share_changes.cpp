@@ -120,3 +120,4 @@ int main(int argc, char **argv)
         printf("%8d %11.0f us %10.2f %19.0f us\n", size->shares, median(size->ours),
                median(size->ours) / median(sizes[0]->ours), median(size->copies));
 }
+// SPDX-License-Identifier: Apache-2.0

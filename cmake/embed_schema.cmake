@@ -7,3 +7,4 @@ foreach(path IN LISTS FILES)
   string(APPEND rows "    {\"${name}\", R\"~sql~(${sql})~sql~\"},\n")
 endforeach()
 file(WRITE ${OUT} "#include \"schema.h\"\n\nnamespace qdb {\n\nconst SchemaFile kSchemaFiles[] = {\n${rows}    {nullptr, nullptr},\n};\n\n}  // namespace qdb\n")
+# SPDX-License-Identifier: Apache-2.0

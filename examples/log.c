@@ -38,3 +38,4 @@ int main(int argc, char **argv)
     qbdb_close(qbdb); /* everything that was returned goes away with the handle's pool */
     return failures == 0 && total == 1 ? 0 : 1;
 }
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -13,3 +13,4 @@ int main()
     std::printf("%d record types, %d operations\n", types, operations);
     return types == 110 && operations > 0 ? 0 : 1;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -46,3 +46,4 @@ int main(int argc, char **argv)
         qb::call<qbobj_getUID>(*db, "anna").and_then([&](int32_t id) { return qb::call<qbobj_getUserName>(*db, id); });
     return qb::text(name.value_or("")) == "anna" ? 0 : 1;
 }
+// SPDX-License-Identifier: Apache-2.0

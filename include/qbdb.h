@@ -735,3 +735,4 @@ QBDB_API int snapshot_get_path(const char *dir, const char *name, const char **r
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

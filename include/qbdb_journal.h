@@ -214,3 +214,4 @@ QBDB_API void qbdb_journal_call(qbdb_t *qbdb, sqlite3 *db, const char *operation
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

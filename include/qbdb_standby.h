@@ -45,3 +45,4 @@ QBDB_API int qbdb_journal_apply(qbdb_t *qbdb, sqlite3 *db, const qbdb_journal_en
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -19,3 +19,4 @@
 #include "qbobj/validate.h"
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

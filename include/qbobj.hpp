@@ -1009,3 +1009,4 @@ template <class T>
 inline constexpr bool std::ranges::enable_borrowed_range<qb::List<T>> = true;
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -104,3 +104,4 @@ CREATE TABLE service_upsd (
     enabled INTEGER,
     listen1 TEXT
 );
+-- SPDX-License-Identifier: Apache-2.0

@@ -162,3 +162,4 @@ CREATE TABLE _ads_importer (
     start_at    INTEGER,
     done_at     INTEGER
 );
+-- SPDX-License-Identifier: Apache-2.0

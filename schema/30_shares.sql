@@ -247,3 +247,4 @@ CREATE TABLE `$application_on_share` (
     PRIMARY KEY (zfs_name, app_name)
 );
 CREATE INDEX idx_application_on_share_app_name ON `$application_on_share` (app_name);
+-- SPDX-License-Identifier: Apache-2.0

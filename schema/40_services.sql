@@ -161,3 +161,4 @@ CREATE TABLE service_coffer (
     password   TEXT,
     defaultjob TEXT
 );
+-- SPDX-License-Identifier: Apache-2.0

@@ -247,3 +247,4 @@ CREATE TABLE volume_schedule (
 );
 CREATE INDEX idx_volume_schedule_job_id ON volume_schedule (job_id);
 CREATE INDEX idx_volume_schedule_volume_id ON volume_schedule (volume_id);
+-- SPDX-License-Identifier: Apache-2.0

@@ -67,3 +67,4 @@ CREATE TABLE usb_storage (
     usbpath     TEXT,
     mount_point TEXT
 );
+-- SPDX-License-Identifier: Apache-2.0

@@ -172,3 +172,4 @@ INSERT INTO backup_protocol (id, proto, readonly) VALUES
     (4, 'http', 1),
     (5, 'nfs', 0),
     (6, 'rsync', 0);
+-- SPDX-License-Identifier: Apache-2.0

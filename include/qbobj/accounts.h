@@ -956,3 +956,4 @@ QBOBJ_API uint32_t qbobj_setSmbUserNameMapSmbUserName(qbdb_t *qbdb, sqlite3 *db,
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

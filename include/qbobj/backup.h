@@ -226,3 +226,4 @@ QBOBJ_API uint32_t qbobj_setBackupButtonJobCollection(qbdb_t *qbdb, sqlite3 *db,
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -92,3 +92,4 @@ QBOBJ_API const char *qbobj_code_meaning(uint32_t code);
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

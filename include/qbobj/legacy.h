@@ -115,3 +115,4 @@ QBOBJ_API uint64_t get_tm_used_mb(const char *path);
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -215,3 +215,4 @@
     X(qbobj_setUpsInfo, CODE, CHANGES, "in")
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

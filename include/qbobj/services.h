@@ -477,3 +477,4 @@ QBOBJ_API uint32_t qbobj_setQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t sta
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

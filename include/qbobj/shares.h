@@ -765,3 +765,4 @@ QBOBJ_API uint32_t qbobj_copyShare(qbdb_t *qbdb, sqlite3 *db, const char *volume
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

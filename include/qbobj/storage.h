@@ -1139,3 +1139,4 @@ QBOBJ_API uint32_t qbobj_deleteIniFromLunGroupAccessList(qbdb_t *qbdb, sqlite3 *
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -292,3 +292,4 @@ QBOBJ_API uint32_t qbobj_setUpsInfo(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, E
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

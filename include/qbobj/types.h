@@ -450,3 +450,4 @@ QBOBJ_API extern const char *const masked_password;
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

@@ -123,3 +123,4 @@ QBOBJ_API int32_t qbobj_validate_db_sharename(qbdb_t *qbdb, sqlite3 *db, const c
 #endif
 
 #endif
+/* SPDX-License-Identifier: Apache-2.0 */

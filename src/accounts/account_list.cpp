@@ -10,3 +10,4 @@ void build_page(const AccountQuery *query, PageClause &clause)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -17,3 +17,4 @@ using PageClause = char[32];
 void build_page(const AccountQuery *query, PageClause &clause);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

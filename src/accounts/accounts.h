@@ -14,3 +14,4 @@ inline constexpr int32_t kAdminId = 98;
 inline constexpr int32_t kDefaultGroupId = 99;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -69,3 +69,4 @@ Failure count_maps(CallContext *ctx, sqlite3 *db, const char *unix_name, const c
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -24,3 +24,4 @@ uint32_t set_alias(CallContext *ctx, sqlite3 *db, const char *user_name, const c
 Failure count_maps(CallContext *ctx, sqlite3 *db, const char *unix_name, const char *type, int32_t &count);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -22,3 +22,4 @@ uint32_t read_no_sync_ads(CallContext *ctx, sqlite3 *db, int32_t *no_sync)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -13,3 +13,4 @@ uint32_t read_ads_mode(CallContext *ctx, sqlite3 *db, int32_t *ads);
 uint32_t read_no_sync_ads(CallContext *ctx, sqlite3 *db, int32_t *no_sync);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -31,3 +31,4 @@ uint32_t add_member(CallContext *ctx, sqlite3 *db, int32_t group_id, const User 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -16,3 +16,4 @@ uint32_t require_group(CallContext *ctx, sqlite3 *db, int32_t id);
 uint32_t add_member(CallContext *ctx, sqlite3 *db, int32_t group_id, const User *member);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

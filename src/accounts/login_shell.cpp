@@ -28,3 +28,4 @@ Failure refresh_shell(CallContext *ctx, sqlite3 *db, int32_t user_id)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -13,3 +13,4 @@ Failure find_login_shell(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t
 Failure refresh_shell(CallContext *ctx, sqlite3 *db, int32_t user_id);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -84,3 +84,4 @@ const char *no_row_text(CallContext *ctx, int32_t id)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -38,3 +38,4 @@ const char *name_of_unknown_id(CallContext *ctx, int32_t id);
 const char *no_row_text(CallContext *ctx, int32_t id);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

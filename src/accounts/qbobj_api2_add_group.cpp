@@ -91,3 +91,4 @@ uint32_t x_qbobj_addGroup(CallContext *ctx, sqlite3 *db, Group *group)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -57,3 +57,4 @@ uint32_t x_qbobj_addSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey *ke
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -289,3 +289,4 @@ uint32_t x_qbobj_addUserList(CallContext *ctx, sqlite3 *db, User *user)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -170,3 +170,4 @@ uint32_t x_qbobj_checkUserList(CallContext *ctx, sqlite3 *db, UserCollection *us
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -70,3 +70,4 @@ uint32_t x_qbobj_deleteGroup(CallContext *ctx, sqlite3 *db, Group *group)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

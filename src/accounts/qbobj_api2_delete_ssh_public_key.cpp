@@ -46,3 +46,4 @@ uint32_t x_qbobj_deleteSshPublicKey(CallContext *ctx, sqlite3 *db, SshPublicKey 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

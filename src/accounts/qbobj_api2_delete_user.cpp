@@ -97,3 +97,4 @@ uint32_t x_qbobj_deleteUserByName(CallContext *ctx, sqlite3 *db, User *user)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -25,3 +25,4 @@ uint32_t x_qbobj_getAccountDefault(CallContext *ctx, sqlite3 *db, AccountDefault
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -261,3 +261,4 @@ int32_t x_qbobj_isMemberOfGroup(CallContext *ctx, sqlite3 *db, const char *userN
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

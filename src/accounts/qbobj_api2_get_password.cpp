@@ -24,3 +24,4 @@ uint32_t x_qbobj_getAdminPassword(CallContext *ctx, sqlite3 *db, AdminPassword *
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -47,3 +47,4 @@ uint32_t x_qbobj_getSecurityAdsProgress(CallContext *ctx, sqlite3 *db, SecurityA
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -61,3 +61,4 @@ uint32_t x_qbobj_getSshPublicKeyCollection(CallContext *ctx, sqlite3 *db, SshPub
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

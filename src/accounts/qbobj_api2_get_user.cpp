@@ -212,3 +212,4 @@ uint32_t x_qbobj_getUserHomeFolderTotalConsumedInByte(CallContext *ctx, sqlite3 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -206,3 +206,4 @@ uint32_t x_qbobj_getUserCollection(CallContext *ctx, sqlite3 *db, UserCollection
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -84,3 +84,4 @@ uint32_t x_qbobj_modifyGroup(CallContext *ctx, sqlite3 *db, Group *group)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

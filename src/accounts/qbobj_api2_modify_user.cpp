@@ -317,3 +317,4 @@ uint32_t x_qbobj_modifyUserVisibleSnapFolder(CallContext *ctx, sqlite3 *db, int3
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -43,3 +43,4 @@ uint32_t x_qbobj_setAccountDefault(CallContext *ctx, sqlite3 *db, AccountDefault
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -79,3 +79,4 @@ uint32_t x_qbobj_setMyPassword(CallContext *ctx, sqlite3 *db, MyPassword *pw)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -55,3 +55,4 @@ uint32_t x_qbobj_setSecurityIdmapBackend(CallContext *ctx, sqlite3 *db, const ch
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -35,3 +35,4 @@ uint32_t x_qbobj_setSshPublicKeyById(CallContext *ctx, sqlite3 *db, SshPublicKey
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

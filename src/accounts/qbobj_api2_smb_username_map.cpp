@@ -94,3 +94,4 @@ uint32_t x_qbobj_setSmbUserNameMapSmbUserName(CallContext *ctx, sqlite3 *db, Smb
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

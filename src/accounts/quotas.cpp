@@ -69,3 +69,4 @@ int32_t limit_of(const Quota *quota)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

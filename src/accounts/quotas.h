@@ -22,3 +22,4 @@ uint32_t read_group_quotas(CallContext *ctx, sqlite3 *db, int32_t group_id, Quot
 int32_t limit_of(const Quota *quota);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

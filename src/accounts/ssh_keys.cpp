@@ -60,3 +60,4 @@ uint32_t refresh_owner_shell(CallContext *ctx, sqlite3 *db, int32_t user_id)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -34,3 +34,4 @@ uint32_t find_root_key(CallContext *ctx, sqlite3 *db, int32_t key_id, SshPublicK
 uint32_t refresh_owner_shell(CallContext *ctx, sqlite3 *db, int32_t user_id);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

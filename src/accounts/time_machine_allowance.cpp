@@ -62,3 +62,4 @@ uint32_t switch_afp_on(CallContext *ctx, sqlite3 *db)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -25,3 +25,4 @@ uint32_t too_many_allowances(CallContext *ctx, const char *user_name);
 uint32_t switch_afp_on(CallContext *ctx, sqlite3 *db);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

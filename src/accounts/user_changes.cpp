@@ -69,3 +69,4 @@ uint32_t read_stored_user(CallContext *ctx, sqlite3 *db, int32_t id, StoredUser 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -36,3 +36,4 @@ uint32_t require_user(CallContext *ctx, sqlite3 *db, int32_t id, const char *too
 uint32_t read_stored_user(CallContext *ctx, sqlite3 *db, int32_t id, StoredUser *stored);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -81,3 +81,4 @@ uint32_t take_user_details(CallContext *ctx, sqlite3 *db, UserRelations *related
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -51,3 +51,4 @@ struct UserRelations {
 uint32_t take_user_details(CallContext *ctx, sqlite3 *db, UserRelations *related, int32_t user_id, User *user);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

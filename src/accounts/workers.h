@@ -76,3 +76,4 @@ Worker<qbobj_setSmbUserNameMapUnixUserNameForAll> x_qbobj_setSmbUserNameMapUnixU
 Worker<qbobj_setSmbUserNameMapSmbUserName> x_qbobj_setSmbUserNameMapSmbUserName;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

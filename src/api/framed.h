@@ -36,3 +36,4 @@ uint32_t framed(Exported operation, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, A
 }
 
 }  // namespace qb::api
+// SPDX-License-Identifier: Apache-2.0

@@ -80,3 +80,4 @@ uint32_t qbobj_row_size(const char *row)
         if (strcmp(known.name, row) == 0) return known.size;
     return 0;
 }
+// SPDX-License-Identifier: Apache-2.0

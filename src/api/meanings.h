@@ -15,3 +15,4 @@ extern const Meaning kMeanings[];
 extern const size_t kMeaningCount;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

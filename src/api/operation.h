@@ -150,3 +150,4 @@ consteval QbobjOperation operation(const char *name, const char *family, int cha
 #define QB_OPERATION(verb, ...) operation<qbobj_##verb>("qbobj_" #verb, __VA_ARGS__)
 /// A row of an older entry point, whose name has no prefix.
 #define QB_LEGACY_OPERATION(function, ...) operation<function>(#function, "legacy", __VA_ARGS__)
+// SPDX-License-Identifier: Apache-2.0

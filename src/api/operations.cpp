@@ -27,3 +27,4 @@ const QbobjOperation *qbobj_find_operation(const char *name)
         if (strcmp(without_prefix(row->name), without_prefix(name)) == 0) return row;
     return nullptr;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -44,3 +44,4 @@ inline constexpr auto kOperations = joined(  //
     kUpsRows);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -1104,3 +1104,4 @@ uint32_t qbobj_setUpsInfo(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups, ErrorInfo *
 {
     return framed<x_qbobj_setUpsInfo>("qbobj_setUpsInfo", qbdb, db, err, ups);
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -163,3 +163,4 @@ inline constexpr QbobjOperation kAccountsRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

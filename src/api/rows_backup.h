@@ -35,3 +35,4 @@ inline constexpr QbobjOperation kBackupRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -27,3 +27,4 @@ inline constexpr QbobjOperation kHealthRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -53,3 +53,4 @@ inline constexpr QbobjOperation kIscsiRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

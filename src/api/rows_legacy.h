@@ -22,3 +22,4 @@ inline constexpr QbobjOperation kLegacyRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

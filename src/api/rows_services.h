@@ -65,3 +65,4 @@ inline constexpr QbobjOperation kServicesRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -102,3 +102,4 @@ inline constexpr QbobjOperation kSharesRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -68,3 +68,4 @@ inline constexpr QbobjOperation kSnapshotsRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

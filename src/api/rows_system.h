@@ -39,3 +39,4 @@ inline constexpr QbobjOperation kSystemRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

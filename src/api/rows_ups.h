@@ -26,3 +26,4 @@ inline constexpr QbobjOperation kUpsRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -54,3 +54,4 @@ inline constexpr QbobjOperation kVolumesRows[] = {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -26,3 +26,4 @@ Worker<qbobj_setBackupButtonJobCollection> x_qbobj_setBackupButtonJobCollection;
 Worker<qbobj_getBackupUSBSubType> x_qbobj_getBackupUSBSubType;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

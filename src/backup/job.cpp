@@ -101,3 +101,4 @@ const char *stored_path(CallContext *ctx, const Side *side)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -27,3 +27,4 @@ uint32_t check_timemachine(CallContext *ctx, sqlite3 *db, const BackupJob *job);
 const char *stored_path(CallContext *ctx, const BackupJob_SourceOrDestination *side);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

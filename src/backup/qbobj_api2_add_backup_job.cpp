@@ -64,3 +64,4 @@ uint32_t x_qbobj_addBackupJob(CallContext *ctx, sqlite3 *db, BackupJob *job)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

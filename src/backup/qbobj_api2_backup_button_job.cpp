@@ -41,3 +41,4 @@ uint32_t x_qbobj_setBackupButtonJobCollection(CallContext *ctx, sqlite3 *db, Bac
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

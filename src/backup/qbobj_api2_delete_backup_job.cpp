@@ -55,3 +55,4 @@ uint32_t delete_backup_jobs_of_share(CallContext *ctx, sqlite3 *db, int32_t shar
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -105,3 +105,4 @@ int32_t x_qbobj_hasBackupJob(CallContext *ctx, sqlite3 *db, int32_t jobId)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -99,3 +99,4 @@ uint32_t x_qbobj_getBackupUSBSubType(CallContext *ctx, sqlite3 *db, const char *
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -147,3 +147,4 @@ uint32_t x_qbobj_modifyBackupJob(CallContext *ctx, sqlite3 *db, BackupJob *job)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -14,3 +14,4 @@ int32_t addressed(const Record *record, int32_t Record::*own_id)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -28,3 +28,4 @@ const char *qbobj_code_meaning(uint32_t code)
         if (row->code == code) return row->meaning;
     return nullptr;
 }
+// SPDX-License-Identifier: Apache-2.0

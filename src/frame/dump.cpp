@@ -117,3 +117,4 @@ void qbobj_api2_dump_struct(FILE *stream, const char *name, const void *record)
     sink.write("*** Dump %s ***\n", name);
     if (const QbobjField *type = qbobj_find_type(name)) dump_object(sink, type, record, 0);
 }
+// SPDX-License-Identifier: Apache-2.0

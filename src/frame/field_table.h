@@ -119,3 +119,4 @@ consteval bool is_complete(const QbobjField (&table)[N])
 #define HEAD(m) field<decltype(R::m)>(#m, offsetof(R, m), QBOBJ_FIELD_HEAD)                // head of the record's list
 #define LIST(m) field<decltype(R::m)>(#m, offsetof(R, m), QBOBJ_FIELD_HEAD | QBOBJ_FIELD_OPTIONAL)  // may be empty
 #define SUB(m) F(m)                                                                        // sub-record or list
+// SPDX-License-Identifier: Apache-2.0

@@ -38,3 +38,4 @@ QB_RECORD(GroupCollection, 0, LIST(Group), F(Entries), F(TotalEntries))
 QB_RECORD(SmbUserNameMapCollection, 0, LIST(SmbUserNameMap))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -16,3 +16,4 @@ QB_RECORD(BackupButtonJob, 0, F(JobId), F(JobName))
 QB_RECORD(BackupButtonJobCollection, 0, LIST(Jobs))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

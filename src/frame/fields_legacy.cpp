@@ -5,3 +5,4 @@ namespace qb {
 QB_RECORD(FolderAttribute, 0, F(ShareFlags), F(MediaType), F(Comment), F(IsHome), F(IsSubfolder))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -35,3 +35,4 @@ QB_RECORD(ProtocolCollection, 0, LIST(Protocol))
 QB_RECORD(TivoOptions, 0, F(DLNAfolderlist), F(TIVOfolder), F(hour), F(minute), F(days), SUB(TIVOhostsAcl))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -49,3 +49,4 @@ QB_RECORD(SimpleShare, 0, F(ShareId), F(ShareName), F(CommonProtocolsCSV), SUB(U
 QB_RECORD(SimpleShareCollection, 0, LIST(SimpleShare))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -53,3 +53,4 @@ QB_RECORD(VolumeScheduleCollection, 0, LIST(VolumeSchedule))
 QB_RECORD(SubvolumeCollection, 0, LIST(Subvolume))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

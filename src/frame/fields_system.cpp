@@ -15,3 +15,4 @@ QB_RECORD(NetworkInterfaceCollection, 0, LIST(NetworkInterface))
 QB_RECORD(UpsConfigCollection, 0, LIST(UpsConfig))
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

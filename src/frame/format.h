@@ -102,3 +102,4 @@ template <class... Args>
 using FailureText = FailureFormat<std::type_identity_t<Args>...>;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

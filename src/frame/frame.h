@@ -99,3 +99,4 @@ uint32_t run_framed(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, Args..
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -138,3 +138,4 @@ void note_call(qbdb_t *qbdb, sqlite3 *db, const char *operation, const QbobjValu
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -34,3 +34,4 @@ void tell_journal(qbdb_t *qbdb, sqlite3 *db, const char *operation, Args... args
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

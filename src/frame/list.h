@@ -32,3 +32,4 @@ struct List {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -60,3 +60,4 @@ private:
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

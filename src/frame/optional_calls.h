@@ -9,3 +9,4 @@
 #pragma weak qbdb_statements_watched
 #pragma weak qbdb_journal_wants
 #pragma weak qbdb_journal_call
+// SPDX-License-Identifier: Apache-2.0

@@ -57,3 +57,4 @@ inline const char *or_empty(const char *text)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

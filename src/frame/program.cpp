@@ -70,3 +70,4 @@ Program::~Program()
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -34,3 +34,4 @@ private:
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

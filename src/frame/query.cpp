@@ -60,3 +60,4 @@ const char *Rows::word(CallContext *ctx, int row, int column) const
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -164,3 +164,4 @@ Failure select_uint64(CallContext *ctx, sqlite3 *db, uint64_t &value, Sql<Args..
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

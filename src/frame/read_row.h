@@ -96,3 +96,4 @@ void read_row(CallContext *ctx, const Rows &rows, int row, Fields &&...fields)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -48,3 +48,4 @@ const T &value_of(const QbobjField *field, const void *record)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

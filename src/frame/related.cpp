@@ -34,3 +34,4 @@ RowRange Related::of(int32_t wanted)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -79,3 +79,4 @@ private:
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -44,3 +44,4 @@ void assertion_failed(const char *text, const char *file, uint32_t line, const c
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

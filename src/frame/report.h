@@ -84,3 +84,4 @@ uint32_t set_error(CallContext *ctx, uint32_t code, const char *file, uint32_t l
         if (!(condition)) ::qb::assertion_failed(text, __FILE_NAME__, __LINE__, __func__);          \
     } while (0)
 #define QB_ASSERT(condition) QB_ASSERT_AS(condition, #condition)
+// SPDX-License-Identifier: Apache-2.0

@@ -15,3 +15,4 @@ uint32_t report_line(CallContext *ctx, uint32_t code, const char *file, uint32_t
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -13,3 +13,4 @@ uint32_t report_line(CallContext *ctx, uint32_t code, const char *file, uint32_t
 
 /// return REPORT_LINE(ctx, 5, "Failed to update user shell. uid: %d", id);
 #define REPORT_LINE(ctx, code, ...) ::qb::report_line((ctx), (code), __FILE_NAME__, __LINE__, __VA_ARGS__)
+// SPDX-License-Identifier: Apache-2.0

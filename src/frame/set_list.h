@@ -54,3 +54,4 @@ struct SetList : JoinedText<N> {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -21,3 +21,4 @@ TextFile open_text_file(const char *path)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -37,3 +37,4 @@ struct Line {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -97,3 +97,4 @@ const char *const QBLOG_SEVERITY_DEBUG = "debug";
 const char *const masked_password = "●●●●●●●●";
 
 }  // extern "C"
+// SPDX-License-Identifier: Apache-2.0

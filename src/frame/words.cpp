@@ -83,3 +83,4 @@ const char *const *qbobj_field_words(const QbobjField *type, const QbobjField *f
         if (strcmp(row.type, type->name) == 0 && strcmp(row.field, field->name) == 0) return row.words;
     return nullptr;
 }
+// SPDX-License-Identifier: Apache-2.0

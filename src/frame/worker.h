@@ -28,3 +28,4 @@ template <auto Operation, class Result = uint32_t>
 using Worker = typename WorkerOf<Operation, Result>::Type;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -43,3 +43,4 @@ uint32_t entry(Site site, qbdb_t *qbdb, sqlite3 *db, ErrorInfo *err, const char 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -198,3 +198,4 @@ uint32_t setRegistryEntry(qbdb_t *qbdb, sqlite3 *db, const char *key, const char
     ErrorInfo unread;
     return entry<x_setRegistryEntry, Access::changes>("setRegistryEntry", qbdb, db, err ? err : &unread, key, val);
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -91,3 +91,4 @@ uint64_t get_tm_used_mb(const char *path)
     if (!bands) return 0;
     return band_size * count_entries(bands.get()) / kMegabyte;
 }
+// SPDX-License-Identifier: Apache-2.0

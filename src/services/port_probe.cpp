@@ -84,3 +84,4 @@ int32_t probe_local_port(CallContext *ctx, int32_t port)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -15,3 +15,4 @@ inline constexpr int32_t kNoLocalHost = -3;
 int32_t probe_local_port(CallContext *ctx, int32_t port);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -30,3 +30,4 @@ uint32_t x_qbobj_getCofferSettings(CallContext *ctx, sqlite3 *db, Coffer *coffer
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

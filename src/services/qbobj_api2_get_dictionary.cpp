@@ -172,3 +172,4 @@ uint32_t x_qbobj_getTranslatedString(CallContext *ctx, sqlite3 *db, const char *
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -326,3 +326,4 @@ uint32_t x_qbobj_getHomeFolderOptions(CallContext *ctx, sqlite3 *db, HomeFolderO
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

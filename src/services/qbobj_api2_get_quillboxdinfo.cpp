@@ -24,3 +24,4 @@ uint32_t x_qbobj_getQuillboxdInfo(CallContext *ctx, sqlite3 *db, int32_t *starte
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -47,3 +47,4 @@ uint32_t x_qbobj_getTimemachine(CallContext *ctx, sqlite3 *db, Timemachine *tm)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

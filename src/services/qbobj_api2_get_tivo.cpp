@@ -67,3 +67,4 @@ uint32_t x_qbobj_getTIVOSettings(CallContext *ctx, sqlite3 *db, TivoOptions *tiv
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

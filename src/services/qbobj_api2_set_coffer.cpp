@@ -44,3 +44,4 @@ uint32_t x_qbobj_cleanCofferSettings(CallContext *ctx, sqlite3 *db)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -447,3 +447,4 @@ uint32_t x_qbobj_setHomeFolderOptions(CallContext *ctx, sqlite3 *db, HomeFolderO
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

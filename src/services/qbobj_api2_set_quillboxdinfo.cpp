@@ -32,3 +32,4 @@ uint32_t x_qbobj_setQuillboxdInfo(CallContext *ctx, sqlite3 *db, int32_t started
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -96,3 +96,4 @@ uint32_t x_qbobj_setTimemachineEnable(CallContext *ctx, sqlite3 *db, int32_t ena
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

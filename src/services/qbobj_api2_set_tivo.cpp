@@ -31,3 +31,4 @@ uint32_t x_qbobj_setTIVOMak(CallContext *ctx, sqlite3 *db, TivoMak *mak)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -37,3 +37,4 @@ Worker<qbobj_getQuillboxdInfo> x_qbobj_getQuillboxdInfo;
 Worker<qbobj_setQuillboxdInfo> x_qbobj_setQuillboxdInfo;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

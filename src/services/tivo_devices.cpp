@@ -134,3 +134,4 @@ uint32_t read_tivo_devices(CallContext *ctx, TIVOhostsAcl **devices)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

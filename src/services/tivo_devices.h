@@ -11,3 +11,4 @@ namespace qb {
 uint32_t read_tivo_devices(CallContext *ctx, TIVOhostsAcl **devices);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -416,3 +416,4 @@ uint32_t x_qbobj_addShareUsedBy(CallContext *ctx, sqlite3 *db, const char *zfsNa
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -79,3 +79,4 @@ uint32_t x_qbobj_copyShare(CallContext *ctx, sqlite3 *db, const char *volumeName
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

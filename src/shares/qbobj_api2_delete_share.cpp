@@ -102,3 +102,4 @@ uint32_t x_qbobj_deleteShareUsedBy(CallContext *ctx, sqlite3 *db, const char *zf
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -234,3 +234,4 @@ uint32_t x_qbobj_getShareProcess(CallContext *ctx, sqlite3 *db, const char *zfsN
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

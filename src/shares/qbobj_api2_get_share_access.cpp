@@ -269,3 +269,4 @@ uint32_t x_qbobj_getPathAccess(CallContext *ctx, sqlite3 *db, const char *path, 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -181,3 +181,4 @@ uint32_t x_qbobj_modifyShareUsedByExclusive(CallContext *ctx, sqlite3 *db, const
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -62,3 +62,4 @@ uint32_t change_snapshot_schedule(CallContext *ctx, sqlite3 *db, int32_t share_i
 uint32_t change_snapshot_policy(const ShareChange &change);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

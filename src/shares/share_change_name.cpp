@@ -90,3 +90,4 @@ uint32_t carry_share_name(const ShareChange &change)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -359,3 +359,4 @@ uint32_t change_share_protocols(const ShareChange &change)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

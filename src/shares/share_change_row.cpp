@@ -158,3 +158,4 @@ uint32_t change_share_attributes(const ShareChange &change)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

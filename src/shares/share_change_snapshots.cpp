@@ -61,3 +61,4 @@ uint32_t change_snapshot_policy(const ShareChange &change)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

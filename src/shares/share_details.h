@@ -27,3 +27,4 @@ uint32_t read_group_acl(CallContext *ctx, sqlite3 *db, int32_t ads, int32_t shar
                         GroupAcl **head);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -153,3 +153,4 @@ uint32_t read_folder(CallContext *ctx, sqlite3 *db, const char *path, const Stor
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -108,3 +108,4 @@ uint32_t read_group_acl(CallContext *ctx, sqlite3 *db, int32_t ads, int32_t shar
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -231,3 +231,4 @@ uint32_t append_used_by(CallContext *ctx, const Rows &rows, UsedBy **head)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

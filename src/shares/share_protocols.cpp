@@ -276,3 +276,4 @@ uint32_t read_protocols(CallContext *ctx, sqlite3 *db, const ShareSettings &sett
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

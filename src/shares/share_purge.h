@@ -12,3 +12,4 @@ uint32_t share_purge(CallContext *ctx, sqlite3 *db, int32_t share_id);
 uint32_t share_purge_volume(CallContext *ctx, sqlite3 *db, const char *volume_id);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

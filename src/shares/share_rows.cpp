@@ -60,3 +60,4 @@ bool ProtocolRows::operator==(const ProtocolRows &other) const
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -29,3 +29,4 @@ struct ProtocolRows {
 };
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -104,3 +104,4 @@ uint32_t choose_rights(CallContext *ctx, RightsMap map, const RightsWords &words
                        const Complaint (&complaints)[kRights], RightsMasks *masks);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

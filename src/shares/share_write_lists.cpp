@@ -295,3 +295,4 @@ uint32_t share_write_rsync_users(CallContext *ctx, sqlite3 *db, int32_t share_id
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -118,3 +118,4 @@ uint32_t share_write_used_by(CallContext *ctx, sqlite3 *db, int32_t share_id, co
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

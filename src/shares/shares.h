@@ -78,3 +78,4 @@ uint32_t read_used_by(CallContext *ctx, sqlite3 *db, const char *zfs_name, UsedB
 uint32_t append_used_by(CallContext *ctx, const Rows &rows, UsedBy **head);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -36,3 +36,4 @@ constexpr int32_t everyone_of(int32_t triplets)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

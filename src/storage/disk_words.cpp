@@ -36,3 +36,4 @@ int32_t disk_number(const char *id)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -18,3 +18,4 @@ Worker<qbobj_getUpsHealthCollection> x_qbobj_getUpsHealthCollection;
 Worker<qbobj_setUpsHealth> x_qbobj_setUpsHealth;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

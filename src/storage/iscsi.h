@@ -31,3 +31,4 @@ Worker<qbobj_deleteLunGroupAccessList> x_qbobj_deleteLunGroupAccessList;
 Worker<qbobj_deleteIniFromLunGroupAccessList> x_qbobj_deleteIniFromLunGroupAccessList;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

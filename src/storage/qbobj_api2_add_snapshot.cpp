@@ -83,3 +83,4 @@ uint32_t x_qbobj_addHfSnapshot(CallContext *ctx, sqlite3 *db, HfSnapshot *snapsh
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

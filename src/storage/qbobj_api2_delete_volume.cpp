@@ -43,3 +43,4 @@ uint32_t x_qbobj_deleteVolume(CallContext *ctx, sqlite3 *db, const char *volumeI
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -153,3 +153,4 @@ uint32_t x_qbobj_deleteDiskByDevname(CallContext *ctx, sqlite3 *db, Disk *disk)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -165,3 +165,4 @@ uint32_t x_qbobj_getDiskByDiskDiff(CallContext *ctx, sqlite3 *db, DiskDiff *diff
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -53,3 +53,4 @@ uint32_t x_qbobj_setDiskHealth(CallContext *ctx, sqlite3 *db, DiskHealth *health
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

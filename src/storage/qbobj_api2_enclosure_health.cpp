@@ -158,3 +158,4 @@ uint32_t x_qbobj_setEnclosureHealthForTest(CallContext *ctx, sqlite3 *db, const 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

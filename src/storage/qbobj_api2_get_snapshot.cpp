@@ -187,3 +187,4 @@ uint32_t x_qbobj_getHfSnapshotCollectionCount(CallContext *ctx, sqlite3 *db, con
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

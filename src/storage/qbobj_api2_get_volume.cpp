@@ -36,3 +36,4 @@ uint32_t x_qbobj_getVolumeCollection(CallContext *ctx, sqlite3 *db, VolumeCollec
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

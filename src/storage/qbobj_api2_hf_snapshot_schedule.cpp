@@ -89,3 +89,4 @@ uint32_t x_qbobj_modifyHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedul
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

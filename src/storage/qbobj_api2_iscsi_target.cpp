@@ -276,3 +276,4 @@ uint32_t x_qbobj_deleteIniFromLunGroupAccessList(CallContext *ctx, sqlite3 *db, 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -64,3 +64,4 @@ uint32_t x_qbobj_deleteSnapshotClone(CallContext *ctx, sqlite3 *db, const char *
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -135,3 +135,4 @@ uint32_t x_qbobj_getSubvolumeDataCollection(CallContext *ctx, sqlite3 * /*db*/, 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

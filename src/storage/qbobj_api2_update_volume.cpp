@@ -22,3 +22,4 @@ uint32_t x_qbobj_updateVolume(CallContext *ctx, sqlite3 *db, Volume *volume)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -43,3 +43,4 @@ uint32_t x_qbobj_setUpsHealth(CallContext *ctx, sqlite3 *db, UpsHealth *health)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

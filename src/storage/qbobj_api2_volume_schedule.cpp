@@ -105,3 +105,4 @@ uint32_t x_qbobj_deleteVolumeSchedule(CallContext *ctx, sqlite3 *db, VolumeSched
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

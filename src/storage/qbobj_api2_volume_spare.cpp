@@ -46,3 +46,4 @@ uint32_t x_qbobj_deleteVolumeSpare(CallContext *ctx, sqlite3 *db, const char *di
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

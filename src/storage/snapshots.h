@@ -53,3 +53,4 @@ void assign_schedule(SetList<512> *set, const Schedule &schedule);
 uint32_t read_subvolumes(CallContext *ctx, FILE *listing, const char *volume_name, List<Subvolume> &list);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -41,3 +41,4 @@ uint32_t find_disk(CallContext *ctx, sqlite3 *db, Disk *disk);
 int32_t disk_number(const char *id);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

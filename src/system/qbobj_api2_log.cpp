@@ -225,3 +225,4 @@ uint32_t x_qbobj_addLog(CallContext *ctx, sqlite3 *db, int32_t time, const char 
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

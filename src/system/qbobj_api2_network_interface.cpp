@@ -150,3 +150,4 @@ uint32_t x_qbobj_deleteNetworkInterface(CallContext *ctx, sqlite3 *db, const cha
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -300,3 +300,4 @@ uint32_t x_qbobj_deleteUpsConfig(CallContext *ctx, sqlite3 *db, const char *reso
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

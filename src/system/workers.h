@@ -25,3 +25,4 @@ Worker<qbobj_setUpsConfig> x_qbobj_setUpsConfig;
 Worker<qbobj_setUpsInfo> x_qbobj_setUpsInfo;
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -75,3 +75,4 @@ constexpr bool equal_nocase(const char *a, const char *b)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -103,3 +103,4 @@ int32_t check_mail_domain(const char *domain)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

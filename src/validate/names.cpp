@@ -275,3 +275,4 @@ int32_t check_sync_name(const char *name)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -54,3 +54,4 @@ bool verify_password(CallContext *ctx, const char *password, const char *hash)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -17,3 +17,4 @@ int32_t check_password(CallContext *ctx, const char *password, const char **hash
 bool verify_password(CallContext *ctx, const char *password, const char *hash);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -118,3 +118,4 @@ int32_t qbobj_validate_db_sharename(qbdb_t *qbdb, sqlite3 *db, const char *name,
     if (id && found) *id = row;
     return bad ? -1 : !found;
 }
+// SPDX-License-Identifier: Apache-2.0

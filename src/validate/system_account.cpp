@@ -64,3 +64,4 @@ int32_t check_system_account(const char *name, int32_t *uid)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -17,3 +17,4 @@ namespace qb {
 int32_t check_system_account(const char *name, int32_t *uid);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

@@ -308,3 +308,4 @@ int32_t check_host_or_network(const char *name, char (&buffer)[network_text_size
 /// @}
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

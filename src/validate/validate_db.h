@@ -48,3 +48,4 @@ Failure count_rsync_keys(CallContext *ctx, sqlite3 *db, int32_t user_id, int32_t
 Failure count_timemachine_quotas(CallContext *ctx, sqlite3 *db, int32_t &count);
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

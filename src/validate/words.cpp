@@ -244,3 +244,4 @@ bool is_password_mask(const char *password)
 }
 
 }  // namespace qb
+// SPDX-License-Identifier: Apache-2.0

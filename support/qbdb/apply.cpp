@@ -206,3 +206,4 @@ int apply_changes(qbdb_t *qbdb, sqlite3 *db, const Changeset &changes, Obstacles
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -30,3 +30,4 @@ struct Obstacles {
 int apply_changes(qbdb_t *qbdb, sqlite3 *db, const Changeset &changes, Obstacles *obstacles);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

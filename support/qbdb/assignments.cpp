@@ -91,3 +91,4 @@ int bind(sqlite3_stmt *stmt, int number, const Assignment &assignment)
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -36,3 +36,4 @@ struct Assignments {
 int bind(sqlite3_stmt *stmt, int number, const Assignment &assignment);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

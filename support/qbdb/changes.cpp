@@ -161,3 +161,4 @@ int qbdb_is_secret_column(const char *table, const char *column)
         if (!strcmp(secret.table, table) && !strcmp(secret.column, column)) return 1;
     return 0;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -29,3 +29,4 @@ int look_for_key(sqlite3 *db, const char *table, bool *found);
 int open_in_memory(sqlite3 **db);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -207,3 +207,4 @@ int qbdb_sql_delete_tables(qbdb_t *qbdb, sqlite3 *db, int flags, const char *con
         return qdb::is_copy_name(table, copy) ? qdb::drop(call, copy) : SQLITE_MISUSE;
     });
 }
+// SPDX-License-Identifier: Apache-2.0

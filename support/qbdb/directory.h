@@ -31,3 +31,4 @@ bool ask_name_service(int (*get)(Key, Entry *, char *, size_t, Entry **), Key ke
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

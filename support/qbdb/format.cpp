@@ -205,3 +205,4 @@ Plan *make_plan(const char *format)
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

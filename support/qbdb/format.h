@@ -57,3 +57,4 @@ struct Plan {
 Plan *make_plan(const char *format);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -108,3 +108,4 @@ void set_cache_bound(StatementCache *cache, uint32_t bound);
 void read_cache_statistics(const StatementCache *cache, qbdb_cache_statistics *statistics);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -207,3 +207,4 @@ int snapshot_get_path(const char *dir, const char *name, const char **result)
     }
     return -1;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -67,3 +67,4 @@ int qbdb_service_update_setting_by_share(qbdb_t *qbdb, sqlite3 *db, const char *
     if (qdb::is_trial(internal)) return 0;  // what it would read is taken back
     return internal->service_hook ? internal->service_hook(internal->service_context, qbdb, db, protocol) : 0;
 }
+// SPDX-License-Identifier: Apache-2.0

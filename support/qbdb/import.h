@@ -69,3 +69,4 @@ int import_disks(qbdb_t *qbdb, sqlite3 *db);
 int import_home_folders(qbdb_t *qbdb, sqlite3 *db);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

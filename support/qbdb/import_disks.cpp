@@ -401,3 +401,4 @@ int import_disks(qbdb_t *qbdb, sqlite3 *db)
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -317,3 +317,4 @@ int import_home_folders(qbdb_t *qbdb, sqlite3 *db)
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

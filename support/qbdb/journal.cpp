@@ -347,3 +347,4 @@ void qbdb_journal_call(qbdb_t *qbdb, sqlite3 *db, const char *operation, const c
                       replace_text(&journal->arguments, arguments) == SQLITE_OK;
     if (!told) recorder->failure = SQLITE_NOMEM;
 }
+// SPDX-License-Identifier: Apache-2.0

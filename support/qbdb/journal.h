@@ -38,3 +38,4 @@ int64_t mark_after(const qbdb_journal_entry &entry);
 int store_call(Journal *journal, sqlite3 *db, const qbdb_journal_entry &entry, const qbdb_journal_state &state);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -32,3 +32,4 @@ void qbdb_log(qbdb_t *qbdb, const char *file, uint32_t line, uint32_t level, uin
     }
     if (text != buffer) free(text);
 }
+// SPDX-License-Identifier: Apache-2.0

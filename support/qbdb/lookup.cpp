@@ -189,3 +189,4 @@ int qbdb_is_timemachine_path_valid(qbdb_t *qbdb, sqlite3 *db)
                                "SELECT 1 FROM account_default A INNER JOIN _volume V ON V.id=A.home_volume_id LIMIT 1");
     return found;
 }
+// SPDX-License-Identifier: Apache-2.0

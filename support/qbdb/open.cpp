@@ -410,3 +410,4 @@ void qbdb_get_cache_statistics(const qbdb_t *qbdb, qbdb_cache_statistics *statis
 {
     qdb::read_cache_statistics(qbdb->internal->cache, statistics);
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -292,3 +292,4 @@ int qbdb_sql_get_uint64_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
     va_end(args);
     return rc;
 }
+// SPDX-License-Identifier: Apache-2.0

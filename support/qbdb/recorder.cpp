@@ -150,3 +150,4 @@ int qbdb_changes_end(qbdb_t *qbdb, void **changes, int *size)
     *size = all.size;
     return SQLITE_OK;
 }
+// SPDX-License-Identifier: Apache-2.0

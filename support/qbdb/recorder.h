@@ -42,3 +42,4 @@ bool is_trial(const qbdb_private *internal);
 void destroy_recorder(qbdb_private *internal);
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -13,3 +13,4 @@ struct SchemaFile {
 extern const SchemaFile kSchemaFiles[];
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

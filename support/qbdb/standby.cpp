@@ -163,3 +163,4 @@ int qbdb_journal_apply(qbdb_t *qbdb, sqlite3 *db, const qbdb_journal_entry *entr
     qbdb_sql_rollback(qbdb, db, 0, __FILE__, __LINE__);
     return words.refuse_code(rc);
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -589,3 +589,4 @@ void read_cache_statistics(const StatementCache *cache, qbdb_cache_statistics *s
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

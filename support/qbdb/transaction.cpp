@@ -146,3 +146,4 @@ uint32_t qbdb_sql_rollback(qbdb_t *qbdb, sqlite3 *db, int flags, const char *fil
     qdb::ask_hook(call, "ROLLBACK");
     return static_cast<uint32_t>(roll_back(call));
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -136,3 +136,4 @@ void Twins::clear()
 }
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

@@ -30,3 +30,4 @@ private:
 };
 
 }  // namespace qdb
+// SPDX-License-Identifier: Apache-2.0

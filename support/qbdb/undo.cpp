@@ -283,3 +283,4 @@ int qbdb_journal_undo(qbdb_t *qbdb, sqlite3 *db, int64_t id, int64_t *undone, ch
     if (rc == SQLITE_OK && undone) *undone = undoing.id;
     return static_cast<int>(rc);
 }
+// SPDX-License-Identifier: Apache-2.0

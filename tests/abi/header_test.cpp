@@ -366,3 +366,4 @@ TEST(OperationTable, ListsTheCodesThatTheHeaderDoes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -139,3 +139,4 @@ TEST(Layout, WordsThatTheRulesPin)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

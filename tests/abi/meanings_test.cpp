@@ -117,3 +117,4 @@ TEST(Version, RowsAreAsLongAsHeadersSay)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -219,3 +219,4 @@ INSTANTIATE_TEST_SUITE_P(, Allocations,
                          });
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

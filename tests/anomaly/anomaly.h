@@ -242,3 +242,4 @@ private:
 
 /// Salts come from one place, so that two runs of a call leave the same database.
 extern "C" uint32_t __wrap_qbdb_rand(void);
+// SPDX-License-Identifier: Apache-2.0

@@ -61,3 +61,4 @@ TEST_F(Comparison, TakesAHundredTables)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

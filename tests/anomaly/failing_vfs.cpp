@@ -225,3 +225,4 @@ bool FailingFiles::refuses(Request request)
 }
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

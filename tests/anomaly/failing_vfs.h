@@ -56,3 +56,4 @@ private:
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

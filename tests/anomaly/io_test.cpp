@@ -712,3 +712,4 @@ INSTANTIATE_TEST_SUITE_P(, Opening, testing::ValuesIn(opening_troubles()),
                          [](const auto &info) { return info.param.name; });
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -55,3 +55,4 @@ TEST_F(LostTransaction, TheNextOneWorks)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

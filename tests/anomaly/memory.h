@@ -37,3 +37,4 @@ inline constexpr bool kHeapIsOurs = true;
 #endif
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

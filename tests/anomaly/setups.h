@@ -110,3 +110,4 @@ inline constexpr Family kFamilies[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

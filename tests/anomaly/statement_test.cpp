@@ -178,3 +178,4 @@ TEST(Trials, EveryOperationHasOne)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -50,3 +50,4 @@ struct Family {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -242,3 +242,4 @@ TEST_F(AddBackup, LookUpsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

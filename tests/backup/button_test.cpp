@@ -93,3 +93,4 @@ TEST_F(BackupButton, LookUpsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

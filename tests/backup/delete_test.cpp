@@ -147,3 +147,4 @@ TEST_F(DeleteBackup, JobsGoWithTheirShare)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

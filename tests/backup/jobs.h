@@ -154,3 +154,4 @@ inline constexpr Missing kMissing[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -291,3 +291,4 @@ TEST_F(ModifyBackup, OnlyTheCopyIsReadWhole)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -174,3 +174,4 @@ TEST_F(ReadBackup, OnlyTheListReadsAllJobs)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -171,3 +171,4 @@ TEST_F(BackupTargets, WhatIsReadWhole)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

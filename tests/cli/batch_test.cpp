@@ -175,3 +175,4 @@ TEST_F(Batch, AnswersBeforeTheNextLineIsThere)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -511,3 +511,4 @@ TEST_F(Calls, MessagesOfTheLibraryDoNotShowAGivenSecret)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -125,3 +125,4 @@ TEST_F(Completion, ZshAcceptsItsScript)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

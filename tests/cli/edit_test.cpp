@@ -104,3 +104,4 @@ TEST_F(Edit, Refusals)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -151,3 +151,4 @@ TEST_F(ImportUsers, IsForbiddenOnAReadOnlyDatabaseButForADryRun)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -676,3 +676,4 @@ TEST_F(Program, ExplainsItself)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -258,3 +258,4 @@ TEST_F(Records, NumbersOfTextAreChecked)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -186,3 +186,4 @@ struct Program : testing::Test {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

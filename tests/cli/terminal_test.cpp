@@ -210,3 +210,4 @@ TEST(Prompt, ReadsALineEachWhereThereIsNoTerminal)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -287,3 +287,4 @@ TEST(LayOut, NeverExceedsTheWidth)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -64,3 +64,4 @@ TEST_F(WriteBack, SecretsAreNotShown)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

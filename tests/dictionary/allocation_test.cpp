@@ -67,3 +67,4 @@ TEST_F(DictionaryMemory, EachLackOfLibxml2IsNoticedAndLeavesNothing)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

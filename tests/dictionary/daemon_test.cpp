@@ -89,3 +89,4 @@ TEST_F(Daemon, Failures)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -296,3 +296,4 @@ TEST_F(Dictionary, AFailedTranslationWritesNothing)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -283,3 +283,4 @@ TEST_F(DiskDiffs, OfAMachine)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -263,3 +263,4 @@ TEST_F(DisksDeathTest, NeedSomewhereToPutTheAnswer)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

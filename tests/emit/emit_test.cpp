@@ -530,3 +530,4 @@ TEST(Literal, IsReadBackAsItWas)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -38,3 +38,4 @@ TEST(AssertionDeathTest, Aborts)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

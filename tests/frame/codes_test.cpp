@@ -39,3 +39,4 @@ TEST(Codes, EveryCodeOfTheOperationsHasAMeaning)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -250,3 +250,4 @@ INSTANTIATE_TEST_SUITE_P(Of, OperationRows, testing::ValuesIn(kOperationRows),
                          [](const auto &each) { return each.param.name; });
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -439,3 +439,4 @@ TEST_F(DumpDeathTest, MissingStreamTableOrHandle)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -171,3 +171,4 @@ TEST(JoinedText, WritesNothingBehindItsEnd)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

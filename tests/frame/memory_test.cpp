@@ -113,3 +113,4 @@ TEST_F(LackOfMemory, EndsAWorkerThatAsks)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

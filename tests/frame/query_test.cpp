@@ -362,3 +362,4 @@ TEST_F(Query, CopiesOfTexts)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -156,3 +156,4 @@ TEST_F(ReadRow, AFailureThatIsNotTheCallersIsLogged)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -409,3 +409,4 @@ TEST(Constants, MaskIsEightBlackCircles)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

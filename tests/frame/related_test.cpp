@@ -91,3 +91,4 @@ TEST_F(RelatedRows, StatementsAreWatchedWhileAHookIsThere)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

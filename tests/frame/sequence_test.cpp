@@ -351,3 +351,4 @@ TEST_F(Sequence, NoListHeadIsDumpedAsAnEmptyList)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

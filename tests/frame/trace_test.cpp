@@ -487,3 +487,4 @@ TEST(Assertions, DoNotDependOnTheBuild)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -87,3 +87,4 @@ TEST(OperationRows, NameFieldsAndWordsThatThereAre)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -773,3 +773,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (++runs % 64 == 1) known.check_restored();
     return 0;
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -37,3 +37,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         fail("relation", broken);
     return 0;
 }
+// SPDX-License-Identifier: Apache-2.0

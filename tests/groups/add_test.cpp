@@ -254,3 +254,4 @@ TEST_F(AddGroup, TheSameNameTwiceInAChain)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

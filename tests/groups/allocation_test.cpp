@@ -75,3 +75,4 @@ TEST_F(GroupAllocations, Removing)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -146,3 +146,4 @@ TEST_F(DeleteGroup, OneFailureUndoesTheWholeChain)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

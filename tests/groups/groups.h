@@ -122,3 +122,4 @@ struct GroupDatabase : Database {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

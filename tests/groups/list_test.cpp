@@ -329,3 +329,4 @@ TEST_F(SingleGroup, AnIdIsRequired)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

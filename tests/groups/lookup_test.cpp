@@ -278,3 +278,4 @@ TEST_F(SystemGroupLookup, Failures)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -263,3 +263,4 @@ TEST_F(ModifyGroup, AListedGroupCanBeWrittenBack)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -131,3 +131,4 @@ TEST_F(DiskHealthTest, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -314,3 +314,4 @@ TEST_F(EnclosureHealthTest, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -114,3 +114,4 @@ TEST_F(UpsHealthTest, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -70,3 +70,4 @@ if grep -rlI -e "$build_dir" -e "$home/first" "$home/moved"; then exit 1; fi
 for library in "$libdir"/libqb*.so; do
   if strings -a "$library" | grep -e "$source_dir/"; then exit 1; fi
 done
+# SPDX-License-Identifier: Apache-2.0

@@ -432,3 +432,4 @@ TEST_F(Iscsi, OnlyListsAreReadWhole)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -372,3 +372,4 @@ TEST_F(ChangesOfTheProgram, AreForOperations)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

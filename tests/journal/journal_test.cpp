@@ -364,3 +364,4 @@ TEST_F(JournalOfTheProgram, RefusesWhatItDoesNotKnow)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

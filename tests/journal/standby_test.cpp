@@ -273,3 +273,4 @@ TEST(StandbyCrash, WhoeverIsKilledNoCallIsLostOrAppliedTwice)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

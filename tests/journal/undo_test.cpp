@@ -298,3 +298,4 @@ TEST_F(UndoOfTheProgram, UndoesShowsAndRefuses)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -504,3 +504,4 @@ TEST_F(EntryFrame, IsOneTransaction)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -103,3 +103,4 @@ TEST_F(Folders, CopiesTheCommentIntoThePool)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -71,3 +71,4 @@ TEST_F(LegacyOperations, CanBeCalledThroughTheTable)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -103,3 +103,4 @@ TEST(Examples, TheFormsOfAValue)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

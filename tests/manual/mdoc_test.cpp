@@ -100,3 +100,4 @@ TEST(Page, IsRenderedAsItWasMeant)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

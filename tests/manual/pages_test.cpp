@@ -216,3 +216,4 @@ TEST(Pages, OneInFull)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

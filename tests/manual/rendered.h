@@ -27,3 +27,4 @@ inline std::string rendered(const std::string &path)
 }
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

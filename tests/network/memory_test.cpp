@@ -47,3 +47,4 @@ TEST_F(NetworkMemory, IsMissedWhileTheListIsRead)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

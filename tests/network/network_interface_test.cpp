@@ -444,3 +444,4 @@ TEST_F(Network, KeepsEveryNameAndTextThatItAccepts)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -145,3 +145,4 @@ TEST_F(Defaults, MissingRecordsAbort)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -138,3 +138,4 @@ TEST_F(Hash, VerifiesHashesOfOtherKinds)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

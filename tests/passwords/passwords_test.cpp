@@ -308,3 +308,4 @@ TEST_F(Passwords, MissingRecordsAbort)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

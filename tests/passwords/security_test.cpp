@@ -348,3 +348,4 @@ TEST_F(Directory, MissingRecordsAbort)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -96,3 +96,4 @@ TEST_F(Shell, FailsWithEachOfItsStatements)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

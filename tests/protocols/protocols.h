@@ -66,3 +66,4 @@ struct Protocols : Database {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

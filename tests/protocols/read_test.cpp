@@ -330,3 +330,4 @@ TEST_F(HomeFolders, AScheduleThatDoesNotFitStaysAsItIs)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -159,3 +159,4 @@ TEST_F(WriteBack, EveryFieldThatIsChangedIsKept)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

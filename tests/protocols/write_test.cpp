@@ -541,3 +541,4 @@ TEST_F(ProtocolEnable, RefusesWhatIsNoService)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -268,3 +268,4 @@ TEST_F(Schema, APlanCheckFailsUnlessTheScanIsAllowed)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -144,3 +144,4 @@ private:
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -163,3 +163,4 @@ struct Player : Database {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

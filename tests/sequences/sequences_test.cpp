@@ -441,3 +441,4 @@ TEST_F(Sequences, EveryRuleSeesWhatItIsFor)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

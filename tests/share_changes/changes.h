@@ -125,3 +125,4 @@ struct ShareChanges : NewShares {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -111,3 +111,4 @@ TEST_F(RenameShare, LinksCarryTheNewNameWhenTheyAreWritten)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -337,3 +337,4 @@ TEST_F(ChangeProtocols, AllStatementsGoByAnIndex)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

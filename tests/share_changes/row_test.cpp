@@ -393,3 +393,4 @@ TEST_F(ChangeAspect, AllStatementsGoByAnIndex)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -137,3 +137,4 @@ TEST_F(WriteBackShare, ThroughTheProgramToo)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -236,3 +236,4 @@ TEST_F(CopyShare, EachStatementThatFailsEndsIt)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

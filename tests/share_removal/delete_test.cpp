@@ -311,3 +311,4 @@ TEST_F(DeleteShare, AnApplicationHasAName)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

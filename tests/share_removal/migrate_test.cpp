@@ -169,3 +169,4 @@ TEST_F(MigrateShare, ThePathIsReadOnlyWhenItIsAskedFor)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

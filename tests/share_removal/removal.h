@@ -45,3 +45,4 @@ struct Removal : Shares {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -315,3 +315,4 @@ TEST_F(AccessDeathTest, NeedTheirOutputs)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

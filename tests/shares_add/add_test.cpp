@@ -379,3 +379,4 @@ TEST_F(AddShare, Applications)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

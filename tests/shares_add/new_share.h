@@ -124,3 +124,4 @@ struct NewShares : Shares {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -531,3 +531,4 @@ TEST_F(AddProtocols, TheSameUserTwiceIsRefusedByTheTable)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -352,3 +352,4 @@ TEST_F(ShareListsDeathTest, NeedTheirRecords)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

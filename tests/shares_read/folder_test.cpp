@@ -167,3 +167,4 @@ TEST_F(ShareFolder, FailedLookUpsOfNamesAreReported)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

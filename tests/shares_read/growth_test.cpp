@@ -63,3 +63,4 @@ TEST_F(ShareGrowth, TimesAsManySharesCostTimesAsMuch)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -291,3 +291,4 @@ TEST_F(ShareLoad, LargeNumbers)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

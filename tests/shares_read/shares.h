@@ -144,3 +144,4 @@ inline std::vector<std::string> grants(const GroupAcl *head)
 }
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

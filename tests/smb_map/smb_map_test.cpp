@@ -272,3 +272,4 @@ TEST_F(Map, AQuietHandleLogsNothing)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

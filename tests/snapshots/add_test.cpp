@@ -139,3 +139,4 @@ TEST_F(AddHfSnapshot, Refusals)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

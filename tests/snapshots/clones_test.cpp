@@ -160,3 +160,4 @@ TEST_F(Clones, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -303,3 +303,4 @@ TEST_F(DeleteHfSnapshot, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

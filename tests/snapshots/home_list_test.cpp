@@ -143,3 +143,4 @@ TEST_F(HfSnapshotList, StatementsUseIndexes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

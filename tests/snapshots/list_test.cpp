@@ -253,3 +253,4 @@ TEST_F(SnapshotList, ATraceTellsTheNumberOfRows)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

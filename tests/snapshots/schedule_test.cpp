@@ -125,3 +125,4 @@ TEST_F(HfSchedule, WithoutMemoryTheRecordStaysAsItIs)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

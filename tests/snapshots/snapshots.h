@@ -74,3 +74,4 @@ struct Catalogue : test::Database {
 };
 
 }  // namespace snapshots
+// SPDX-License-Identifier: Apache-2.0

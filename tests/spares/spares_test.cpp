@@ -231,3 +231,4 @@ TEST_F(VolumeJobsDeathTest, NeedSomewhereToPutTheAnswer)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

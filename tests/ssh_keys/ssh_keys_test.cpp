@@ -582,3 +582,4 @@ TEST_F(SshKeys, MissingRecordsAbort)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

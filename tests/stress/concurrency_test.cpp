@@ -373,3 +373,4 @@ TEST(Concurrency, WaiterGoesOnSoonAfterTheCommit)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -492,3 +492,4 @@ TEST(Crash, KilledCreationCanBeRepeated)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

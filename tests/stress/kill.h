@@ -45,3 +45,4 @@ std::vector<Report> kill_after(int microseconds, const std::function<void(int)> 
 }
 
 }  // namespace stress
+// SPDX-License-Identifier: Apache-2.0

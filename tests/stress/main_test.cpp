@@ -17,3 +17,4 @@ int main(int argc, char **argv)
     }
     return RUN_ALL_TESTS();
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -167,3 +167,4 @@ TEST(Memory, MillionCallsDoNotGrowTheProcess)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

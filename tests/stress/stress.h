@@ -123,3 +123,4 @@ struct Random {
 };
 
 }  // namespace stress
+// SPDX-License-Identifier: Apache-2.0

@@ -114,3 +114,4 @@ TEST_F(Btrfs, AFolderOfAnotherFileSystemHasNoSubvolumes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -84,3 +84,4 @@ TEST_F(Listing, AnOverLongNameIsListedInPieces)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

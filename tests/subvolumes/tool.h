@@ -58,3 +58,4 @@ inline Paths filtered_by_shell(const std::string &command)
 }
 
 }  // namespace subvolumes
+// SPDX-License-Identifier: Apache-2.0

@@ -196,3 +196,4 @@ TEST_F(Tool, WithoutMemoryTheCallSaysSo)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -258,3 +258,4 @@ TEST_F(Copies, TheHookSeesTheirStatements)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

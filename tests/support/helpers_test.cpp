@@ -392,3 +392,4 @@ TEST_F(Helpers, ImportersAndServicesAreHooks)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -294,3 +294,4 @@ TEST_F(ImportDisks, ThisMachine)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

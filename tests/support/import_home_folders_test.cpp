@@ -273,3 +273,4 @@ TEST_F(ImportHomes, ASubvolumeUnderQuotaIsAskedOfBtrfs)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -263,3 +263,4 @@ TEST_F(Lookups, TimeMachine)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -223,3 +223,4 @@ TEST_F(OpenMemory, ForOpening)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

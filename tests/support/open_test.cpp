@@ -661,3 +661,4 @@ TEST_F(Open, RequestPool)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

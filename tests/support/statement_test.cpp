@@ -774,3 +774,4 @@ TEST_F(Statements, TheHookMayRunStatementsItself)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -352,3 +352,4 @@ TEST_F(Transactions, ManyProcessesTakeTurns)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

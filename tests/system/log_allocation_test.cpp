@@ -38,3 +38,4 @@ TEST_F(LogAllocations, AReportWithoutMemoryKeepsItsFormat)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -745,3 +745,4 @@ TEST_F(LogDeathTest, OutputsOfReadingAreRequired)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -111,3 +111,4 @@ TEST_F(CofferTest, IsForgotten)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -84,3 +84,4 @@ private:
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -204,3 +204,4 @@ TEST_F(TimeMachine, AFailedReadLeavesTheRecord)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -309,3 +309,4 @@ TEST_F(TivoDevices, WhoseFileGoesAwayMeanwhileAreNone)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

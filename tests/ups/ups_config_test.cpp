@@ -518,3 +518,4 @@ TEST_F(Ups, OnlyTheHandfulOfUnitsIsReadWhole)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -668,3 +668,4 @@ TEST_F(AddUserList, DirectoryModeResolvesItsOwnGroups)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

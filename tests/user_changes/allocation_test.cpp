@@ -125,3 +125,4 @@ TEST_F(Allocations, TheNameMap)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -79,3 +79,4 @@ inline bool verifies(const std::string &password, const std::string &hash)
 }
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

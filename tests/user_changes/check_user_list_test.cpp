@@ -293,3 +293,4 @@ TEST_F(CheckUserList, WhatWasCheckedCanBeImported)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

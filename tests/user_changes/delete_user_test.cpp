@@ -189,3 +189,4 @@ TEST_F(DeleteUser, AChainIsRemovedWholeOrNotAtAll)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

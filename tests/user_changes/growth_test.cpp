@@ -149,3 +149,4 @@ TEST_F(Growth, CreatingOneByOne)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -78,3 +78,4 @@ private:
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -696,3 +696,4 @@ TEST_F(NarrowChanges, TheSnapshotFolder)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

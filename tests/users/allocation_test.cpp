@@ -70,3 +70,4 @@ TEST_F(Allocations, Names)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -397,3 +397,4 @@ TEST_F(UserDetailsDeathTest, NeedsARecord)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

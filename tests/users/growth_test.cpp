@@ -58,3 +58,4 @@ TEST_F(Growth, DISABLED_List)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

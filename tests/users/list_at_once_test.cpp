@@ -214,3 +214,4 @@ TEST_F(ListAtOnce, ALackOfMemoryIsNoticed)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

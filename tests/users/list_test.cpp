@@ -398,3 +398,4 @@ TEST_F(UserListDeathTest, NeedsACollection)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

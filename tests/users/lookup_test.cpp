@@ -399,3 +399,4 @@ TEST_F(LookupsDeathTest, NeedSomewhereToPutTheAnswer)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -168,3 +168,4 @@ TEST_F(TimeMachine, ClosesWhatItOpens)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -107,3 +107,4 @@ inline void make_bundle(const std::string &path, uint64_t band_size, int bands)
 }
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

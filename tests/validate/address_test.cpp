@@ -134,3 +134,4 @@ TEST(Addresses, HostOrNetwork)
         {times(255, "h"), 0, times(255, "h")}, {times(256, "h"), 3},
     });
 }
+// SPDX-License-Identifier: Apache-2.0

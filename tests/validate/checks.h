@@ -294,3 +294,4 @@ inline const char *broken_relation(const char *text)
 }
 
 } // namespace checks
+// SPDX-License-Identifier: Apache-2.0

@@ -84,3 +84,4 @@ TEST(Mail, EveryByte)
         expect_row(named("mail domain"), {"a" + text + "z", in_domain ? 0 : 25});
     }
 }
+// SPDX-License-Identifier: Apache-2.0

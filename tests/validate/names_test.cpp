@@ -306,3 +306,4 @@ TEST(Names, TextEndsAtTheFirstNul)
     expect_row(named("share name"), {std::string("\0media", 6), -1});
     expect_row(named("share comment"), {std::string("a\0\n", 3), 0});
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -90,3 +90,4 @@ TEST(Relations, HoldForRandomTexts)
             ASSERT_EQ(broken, nullptr) << shown(text) << ": " << broken;
         }
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -69,3 +69,4 @@ inline std::string times(size_t count, const std::string &text)
 }
 
 } // namespace checks
+// SPDX-License-Identifier: Apache-2.0

@@ -232,3 +232,4 @@ TEST(Words, PasswordMask)
     });
     expect_row(named("password mask"), {masked_password, 1});
 }
+// SPDX-License-Identifier: Apache-2.0

@@ -364,3 +364,4 @@ TEST_F(ValidateDb, LooksSharesUpInsideATransactionOfTheCaller)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

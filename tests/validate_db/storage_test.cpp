@@ -98,3 +98,4 @@ TEST_F(Storage, KeepsAnyBytes)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

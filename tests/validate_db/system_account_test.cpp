@@ -217,3 +217,4 @@ TEST(SystemAccount, LeaksNoFiles)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

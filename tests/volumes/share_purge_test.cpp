@@ -149,3 +149,4 @@ TEST_F(SharePurge, TheFirstFailureEndsIt)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -198,3 +198,4 @@ TEST_F(VolumesDeathTest, NeedARecord)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -175,3 +175,4 @@ TEST(Operations, EachIsCalledAndTellsWhatTheTableTells)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -424,3 +424,4 @@ TEST(Compiler, WarnsOfNothing)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -295,3 +295,4 @@ std::string shell_example(const QbobjOperation &operation, const Json &arguments
 }
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

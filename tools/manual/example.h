@@ -17,3 +17,4 @@ std::string c_example(const QbobjOperation &operation, const qbcli::Json &argume
 std::string shell_example(const QbobjOperation &operation, const qbcli::Json &arguments);
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

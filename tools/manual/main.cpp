@@ -36,3 +36,4 @@ int main(int argc, char **argv)
         return 1;
     }
 }
+// SPDX-License-Identifier: Apache-2.0

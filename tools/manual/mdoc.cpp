@@ -179,3 +179,4 @@ Page &Page::references(std::vector<std::pair<std::string, int>> pages)
 }
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

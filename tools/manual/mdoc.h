@@ -45,3 +45,4 @@ private:
 };
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

@@ -374,3 +374,4 @@ std::map<std::string, std::string> all_pages(const Source &source)
 }
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

@@ -66,3 +66,4 @@ void write_members(Page &page, const std::vector<headers::Named> &members);
 void write_function(Page &page, const headers::Function &function);
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

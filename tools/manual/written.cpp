@@ -184,3 +184,4 @@ std::string written_page(const Source &source, const std::string &name)
 }
 
 }  // namespace manual
+// SPDX-License-Identifier: Apache-2.0

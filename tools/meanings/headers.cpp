@@ -228,3 +228,4 @@ Header read_header(const std::string &text)
 }
 
 }  // namespace headers
+// SPDX-License-Identifier: Apache-2.0

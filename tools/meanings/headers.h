@@ -54,3 +54,4 @@ Header read_header(const std::string &text);
 std::string trimmed(const std::string &text);
 
 }  // namespace headers
+// SPDX-License-Identifier: Apache-2.0

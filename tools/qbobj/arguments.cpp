@@ -429,3 +429,4 @@ std::optional<Json> Arguments::marked(size_t argument) const
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

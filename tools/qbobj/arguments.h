@@ -104,3 +104,4 @@ void refuse_empty_change(const QbobjOperation &operation);
 bool is_scalar(const QbobjArgument &argument);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

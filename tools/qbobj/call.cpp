@@ -214,3 +214,4 @@ Json Call::outcome(bool secrets) const
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

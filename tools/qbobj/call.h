@@ -70,3 +70,4 @@ private:
 bool returns_answer(const QbobjOperation &operation);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -153,3 +153,4 @@ void print_changes(const Json &outcome, const Json &changes, bool trial, const O
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

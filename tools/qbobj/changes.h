@@ -37,3 +37,4 @@ void print_changes(const Json &outcome, const Json &changes, bool trial, const O
 void print_change_table(const Json &changes, const std::string &title);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

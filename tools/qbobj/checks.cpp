@@ -149,3 +149,4 @@ std::string Checks::warning() const
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -42,3 +42,4 @@ private:
 };
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

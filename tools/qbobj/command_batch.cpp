@@ -167,3 +167,4 @@ void add_batch(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

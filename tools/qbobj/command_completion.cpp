@@ -24,3 +24,4 @@ void add_completion(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -43,3 +43,4 @@ void add_describe(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

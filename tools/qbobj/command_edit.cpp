@@ -121,3 +121,4 @@ void add_edit(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -238,3 +238,4 @@ void add_follow(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -250,3 +250,4 @@ void add_import_users(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -19,3 +19,4 @@ void add_init(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -244,3 +244,4 @@ void add_journal(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

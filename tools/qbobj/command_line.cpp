@@ -321,3 +321,4 @@ int run(const std::vector<std::string> &words)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -90,3 +90,4 @@ Database open_chosen_database(const Options &options);
 int run(const std::vector<std::string> &words);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -124,3 +124,4 @@ void add_operation(CommandLine &line, const std::string &name)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

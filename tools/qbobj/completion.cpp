@@ -225,3 +225,4 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -19,3 +19,4 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
 std::vector<std::string> plain_words(const CLI::App &app, const std::vector<std::string> &words);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -140,3 +140,4 @@ std::string redacted(std::string_view text, const std::vector<std::string_view> 
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -67,3 +67,4 @@ void create_database(const std::string &path, const std::string &volume);
 std::string redacted(std::string_view text, const std::vector<std::string_view> &secrets);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

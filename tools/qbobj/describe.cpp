@@ -449,3 +449,4 @@ Json description_json(const std::string &name)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -33,3 +33,4 @@ Json description_json(const std::string &name);
 /// @}
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

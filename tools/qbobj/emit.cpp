@@ -195,3 +195,4 @@ std::string emit(Language language, const Emitted &what)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

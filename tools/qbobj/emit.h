@@ -76,3 +76,4 @@ std::string emit_shell(const Emitted &what);
 /// @}
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

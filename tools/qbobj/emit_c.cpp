@@ -362,3 +362,4 @@ std::string emit_c(const Emitted &what)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -342,3 +342,4 @@ std::string emit_cpp(const Emitted &what)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -196,3 +196,4 @@ std::string emit_python(const Emitted &what)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -15,3 +15,4 @@ Status status_of(uint32_t code)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

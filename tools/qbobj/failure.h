@@ -56,3 +56,4 @@ struct Failure : std::runtime_error {
 };
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

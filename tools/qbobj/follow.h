@@ -19,3 +19,4 @@ void stream_journal(const CommandLine &line, int64_t after, bool on);
 void apply_stream(const CommandLine &line);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

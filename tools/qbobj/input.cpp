@@ -140,3 +140,4 @@ PrivateText StandardInput::secret(const std::string &name, bool confirmed)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -25,3 +25,4 @@ private:
 };
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

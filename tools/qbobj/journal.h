@@ -22,3 +22,4 @@ int64_t number_of_call(const std::string &text);
 qbdb_journal_state state_of(const Database &database);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

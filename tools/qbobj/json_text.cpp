@@ -91,3 +91,4 @@ std::string brief(const Json &value)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -28,3 +28,4 @@ void wipe(Json &value);
 std::string brief(const Json &value);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -4,3 +4,4 @@ int main(int argc, char **argv)
 {
     return qbcli::run({argv + 1, argv + argc});
 }
+// SPDX-License-Identifier: Apache-2.0

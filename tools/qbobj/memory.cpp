@@ -58,3 +58,4 @@ const char *Arena::copy_secret(std::string_view text)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

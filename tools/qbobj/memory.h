@@ -39,3 +39,4 @@ private:
 };
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -35,3 +35,4 @@ void print_warning(const std::string &operation, const std::string &message);
 /// @}
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

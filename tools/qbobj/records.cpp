@@ -316,3 +316,4 @@ const void *next_element(const void *element)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -62,3 +62,4 @@ Json list_to_json(const QbobjField *type, const void *first, bool secrets = fals
 const void *next_element(const void *element);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -190,3 +190,4 @@ std::string did_you_mean_operation(std::string_view wrong, const Names &names)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -312,3 +312,4 @@ std::string lay_out(const Json &value, size_t width)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

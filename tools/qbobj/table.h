@@ -14,3 +14,4 @@ namespace qbcli {
 std::string lay_out(const Json &value, size_t width);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

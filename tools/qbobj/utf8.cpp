@@ -124,3 +124,4 @@ std::string printable(std::string_view text)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

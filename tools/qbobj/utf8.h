@@ -30,3 +30,4 @@ std::string fit(std::string_view text, size_t columns);
 std::string printable(std::string_view text);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

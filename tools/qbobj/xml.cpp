@@ -30,3 +30,4 @@ void free_xml(void *node)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -11,3 +11,4 @@ std::string xml_text(void *node);
 void free_xml(void *node);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

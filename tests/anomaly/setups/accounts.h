@@ -152,3 +152,4 @@ inline constexpr Trial kAccountsTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -63,3 +63,4 @@ inline constexpr MemoryException kBackupMemoryExceptions[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -43,3 +43,4 @@ inline constexpr Trial kIscsiTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -34,3 +34,4 @@ inline constexpr Trial kLegacyTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -91,3 +91,4 @@ inline constexpr Trial kServicesTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -94,3 +94,4 @@ inline constexpr Trial kShareChangesTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -37,3 +37,4 @@ inline constexpr Trial kShareMigrationTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

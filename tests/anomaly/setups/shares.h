@@ -120,3 +120,4 @@ inline constexpr Trial kSharesTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

@@ -114,3 +114,4 @@ inline constexpr Trial kSnapshotsTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

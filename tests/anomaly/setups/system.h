@@ -31,3 +31,4 @@ inline constexpr Trial kSystemTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

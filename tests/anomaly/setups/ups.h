@@ -40,3 +40,4 @@ inline constexpr Trial kUpsTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0

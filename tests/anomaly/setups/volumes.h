@@ -82,3 +82,4 @@ inline constexpr Trial kVolumesTrials[] = {
 };
 
 }  // namespace test
+// SPDX-License-Identifier: Apache-2.0
