@@ -106,7 +106,7 @@ TEST_F(Batch, RefusesLinesThatAreNoCalls)
     EXPECT_EQ(refusal("{\"call\":7}"), "call: the name of an operation is needed");
     EXPECT_EQ(refusal("{\"call\":\"addLog\",\"args\":7}"), "args: an object or an array is needed");
     EXPECT_EQ(refusal("{\"call\":\"addLog\",\"arguments\":{}}"),
-              "a line has no member arguments; it has call, args and id");
+              "a line has no member arguments; it has call, args, fields and id");
     EXPECT_EQ(refusal("{\"call\":\"addLgo\"}"), "there is no operation addLgo (did you mean addLog?)");
     EXPECT_THAT(refusal("{\"call\":\"deleteLog\"}"), HasSubstr("it changes the database, and nothing is given"));
     EXPECT_THAT(refusal("{\"call\":\"addLog\",\"args\":{\"time\":\"x\"}}"), HasSubstr("time"));
@@ -146,6 +146,26 @@ TEST_F(Batch, ADryRunTellsWhatEachCallWouldChange)
     EXPECT_EQ(all[0]["changes"][0]["table"], "$log");
     EXPECT_EQ(all[0], all[1]);
     EXPECT_EQ(count(), "0");
+}
+
+TEST_F(Batch, GivesTheFieldsThatAreWanted)
+{
+    const Result result = batch(
+        "{\"call\":\"addLog\",\"args\":{\"time\":7,\"msgTag\":\"LOGMSG_ONE\"}}\n"
+        "{\"call\":\"getLog\",\"fields\":[\"MessageTag\",\"LogId\",\"total\"]}\n"
+        "{\"call\":\"getLog\",\"fields\":[\"LogId\"],\"args\":{\"limit\":1}}\n");
+    EXPECT_EQ(result.out,
+              "{\"result\":null}\n"
+              "{\"result\":{\"entries\":[{\"MessageTag\":\"LOGMSG_ONE\",\"LogId\":1}],\"total\":1}}\n"
+              "{\"result\":{\"entries\":[{\"LogId\":1}]}}\n");
+    EXPECT_EQ(refusal("{\"call\":\"getLog\",\"fields\":[\"LgoId\"]}"),
+              "there is no field LgoId in what it returns (did you mean LogId?)");
+    EXPECT_EQ(refusal("{\"call\":\"truncateLog\",\"args\":{\"keep\":0},\"fields\":[\"LogId\"]}"),
+              "it returns nothing of which fields could be chosen");
+    EXPECT_EQ(count(), "1") << "refused before the call";
+    for (const char *fields : {"\"LogId\"", "[]", "[1]", "null", "{\"a\":\"b\"}"})
+        EXPECT_EQ(refusal(std::string("{\"call\":\"getLog\",\"fields\":") + fields + "}"),
+                  "fields: an array of names is needed");
 }
 
 TEST_F(Batch, ReadsAFile)

@@ -196,21 +196,30 @@ Json Call::argument_to_json(size_t index, bool secrets) const
     return chain ? list_to_json(argument.type, cell.p, secrets) : record_to_json(argument.type, cell.p, secrets);
 }
 
-Json Call::outcome(bool secrets) const
+Outputs Call::outputs(bool secrets) const
 {
-    Json object = Json::object();
-    bool alone = !returns_answer(operation_);
+    Outputs outputs;
+    outputs.alone = !returns_answer(operation_);
     for (size_t i = 0; i < operation_.count; i++) {
         const QbobjArgument &argument = operation_.arguments[i];
         if (argument.direction == QBOBJ_IN) continue;
         const bool nothing_given = argument.direction == QBOBJ_INOUT && argument.optional && !cells_[i].p;
         if (nothing_given && argument.kind == QBOBJ_KIND_RECORD && !cells_[i].array) continue;
-        object[argument.name] = argument_to_json(i, secrets);
-        if (is_scalar(argument) || argument.kind == QBOBJ_KIND_XML) alone = false;
+        outputs.values.emplace_back(argument.name, argument_to_json(i, secrets));
+        if (is_scalar(argument) || argument.kind == QBOBJ_KIND_XML) outputs.alone = false;
     }
-    if (returns_answer(operation_)) object["result"] = static_cast<int32_t>(returned_);
-    if (object.empty()) return Json(Json::value_t::discarded);
-    return alone && object.size() == 1 ? std::move(object.front()) : object;
+    if (returns_answer(operation_)) outputs.values.emplace_back(kReturned, static_cast<int32_t>(returned_));
+    outputs.alone = outputs.alone && outputs.values.size() == 1;
+    return outputs;
+}
+
+Json Outputs::joined() &&
+{
+    if (values.empty()) return Json(Json::value_t::discarded);
+    if (alone) return std::move(values.front().second);
+    Json object = Json::object();
+    for (auto &[name, value] : values) object[name] = std::move(value);
+    return object;
 }
 
 }  // namespace qbcli

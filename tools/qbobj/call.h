@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "arguments.h"
@@ -12,6 +13,19 @@
 #include "records.h"
 
 namespace qbcli {
+
+/// What came out of a call: its out arguments, those that it completed, and the answer that it returned.
+struct Outputs {
+    std::vector<std::pair<std::string, Json>> values;
+    bool alone = false;  ///< One record or list, which needs no name.
+
+    /// One record or list stands alone, anything else is an object with a member for each output. Discarded when there
+    /// is none.
+    Json joined() &&;
+};
+
+/// The name of the returned value among the outputs.
+inline constexpr const char *kReturned = "result";
 
 class Call {
 public:
@@ -25,10 +39,10 @@ public:
     /// @return A warning: what the operation reported although it succeeded; empty as a rule.
     std::string run(Database &database, uint32_t timeout_ms);
 
-    /// What came out: one record or list stands alone, anything else is an object with a member for each
-    /// out argument and "result" for the returned value. Discarded when the operation gives nothing.
+    /// What came out.
     /// @param secrets In clear, not masked.
-    Json outcome(bool secrets = false) const;
+    Outputs outputs(bool secrets = false) const;
+    Json outcome(bool secrets = false) const { return outputs(secrets).joined(); }
 
     /// kDone, or kNotFound for the answer "no".
     Status status() const;

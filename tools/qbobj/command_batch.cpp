@@ -11,6 +11,7 @@
 #include "describe.h"
 #include "failure.h"
 #include "input.h"
+#include "selection.h"
 
 namespace qbcli {
 namespace {
@@ -75,7 +76,19 @@ struct Order {
     std::optional<Json> id;
     std::string call;
     std::optional<Json> arguments;
+    std::optional<std::vector<std::string>> fields;
 };
+
+/// The names of fields in a line.
+std::vector<std::string> names_in(const Json &value)
+{
+    std::vector<std::string> names;
+    if (value.is_array())
+        for (const Json &name : value)
+            if (name.is_string()) names.push_back(name.get<std::string>());
+    if (names.empty() || names.size() != value.size()) throw Failure("fields", "an array of names is needed");
+    return names;
+}
 
 /// Takes a line apart as far as it goes: the id first, so that a refusal can carry it.
 void read_order(std::string_view line, Order &order)
@@ -88,9 +101,10 @@ void read_order(std::string_view line, Order &order)
         if (name == "call" && value.is_string()) order.call = value.get_ref<std::string &>();
         else if (name == "args" && value.is_structured()) order.arguments = std::move(value);
         else if (name == "args" && value.is_null()) order.arguments.reset();
+        else if (name == "fields") order.fields = names_in(value);
         else if (name == "args") throw Failure("args", "an object or an array is needed");
         else if (name == "call") throw Failure("call", "the name of an operation is needed");
-        else throw Failure("a line has no member " + name + "; it has call, args and id");
+        else throw Failure("a line has no member " + name + "; it has call, args, fields and id");
     }
     if (order.call.empty()) throw Failure("the line names no call");
 }
@@ -107,8 +121,11 @@ Json answer_of(Database &database, const Options &options, Order &order)
         else refuse_empty_change(operation);
         arguments.judge();
         arguments.checks().refuse_useless();
+        std::optional<Selection> selection;
+        if (order.fields) selection.emplace(operation, *order.fields);
         Performed done = perform(options, operation, arguments, database);
-        Json answer = {{"result", done.outcome ? std::move(*done.outcome) : Json(nullptr)}};
+        Json result = selected(selection, std::move(done.outputs));
+        Json answer = {{"result", result.is_discarded() ? Json(nullptr) : std::move(result)}};
         if (done.changes) answer["changes"] = std::move(*done.changes);
         if (!done.warnings.empty()) answer["warnings"] = std::move(done.warnings);
         return answer;
@@ -162,7 +179,8 @@ void add_batch(CommandLine &line)
     command->footer(
         "A line is {\"call\": OPERATION, \"args\": …}: args as the operation takes them in a JSON argument. Its "
         "answer\n"
-        "is one line, {\"result\": …} or {\"error\": …}, written before the next line is read. An \"id\" comes back.\n"
+        "is one line, {\"result\": …} or {\"error\": …}, written before the next line is read. An \"id\" comes back;\n"
+        "\"fields\", an array of names, are what is wanted of the result.\n"
         "Each call is a transaction of its own. The exit status is 0, or that of the first call that failed.");
 }
 

@@ -16,9 +16,9 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list,   add_describe, add_completion,
-                                                add_import_users, add_batch,  add_edit,     add_journal,
-                                                add_undo,         add_follow, add_help,     add_version};
+constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list,  add_describe, add_schema,  add_completion,
+                                                add_import_users, add_batch, add_edit,     add_journal, add_undo,
+                                                add_follow,       add_help,  add_version};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"
@@ -104,6 +104,11 @@ void add_options(CommandLine &line)
     flag("-j,--json", options.output.json, "JSON, on a terminal, too; failures as JSON on standard error");
     flag("--table", options.output.table, "A table, into a file or pipe, too");
     flag("--compact", options.output.compact, "JSON in one line");
+    flag("--tsv", options.output.tsv, "Rows with tabs between their cells, below a line of names");
+    flag("--csv", options.output.csv, "Rows with commas between their cells, below a line of names");
+    app.add_option("--fields", options.output.fields, "Nothing but these fields of what is returned, in this order")
+        ->type_name("A,B.C")
+        ->check([](const std::string &text) { return std::string(text.empty() ? "names are needed" : ""); });
     flag("--with-secrets", options.output.secrets, "Secrets in clear, into a file or pipe, to be written back");
     flag("--dry-run", options.dry_run, "Call the operation, print what it would change, and take it back");
     flag("--changes", options.changes, "Print what the operation changed as well");
@@ -120,9 +125,14 @@ void add_options(CommandLine &line)
         ->type_name("DIR");
     flag("--trace", options.trace, "The library's log lines on standard error, all of them");
     number("--log-level", options.database.log_level, "N", "Those up to a level: 2 errors, 4 calls, 5 details");
-    app.parse_complete_callback([&options = options.output] {
+    app.parse_complete_callback([&options = options.output, &given = options] {
         if (options.table && (options.json || options.compact))
             throw Failure("a table or JSON? --table excludes the other");
+        if ((options.tsv || options.csv) &&
+            (options.table || options.json || options.compact || options.tsv == options.csv))
+            throw Failure("in which form? --tsv and --csv exclude each other, JSON and the table");
+        if ((options.tsv || options.csv) && (given.changes || given.dry_run))
+            throw Failure(std::string("changes are no rows of ") + (options.tsv ? "--tsv" : "--csv"));
         if (options.secrets && (options.table || isatty(STDOUT_FILENO)))
             throw Failure("--with-secrets: not on a terminal and not in a table, where people would read them");
     });
@@ -207,6 +217,14 @@ void refuse_surplus(const CommandLine &line, const CLI::App &command)
     }
 }
 
+/// Fields are chosen of what operations return.
+void refuse_rows(const OutputOptions &output, const CLI::App &command)
+{
+    if (!output.tsv && !output.csv && output.fields.empty()) return;
+    const std::string option = output.tsv ? "--tsv" : output.csv ? "--csv" : "--fields";
+    throw Failure(command.get_name(), option + " is for operations");
+}
+
 /// What changes is shown of calls; a command that has a trial of its own takes the same option itself.
 void refuse_watching(const Options &options, const CLI::App &command)
 {
@@ -271,6 +289,7 @@ CLI::App *add_command(CommandLine &line, const std::string &name, const std::str
     command->callback([&line, command, watching, act = std::move(act)] {
         refuse_surplus(line, *command);
         if (!line.options.emit.empty()) throw Failure(command->get_name(), "--emit is for operations");
+        refuse_rows(line.options.output, *command);
         if (watching == Watching::kNone) refuse_watching(line.options, *command);
         act();
     });

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "arguments.h"
+#include "call.h"
 #include "database.h"
 #include "failure.h"
 #include "output.h"
@@ -37,6 +38,7 @@ struct CommandLine {
 void add_init(CommandLine &line);
 void add_list(CommandLine &line);
 void add_describe(CommandLine &line);
+void add_schema(CommandLine &line);
 void add_completion(CommandLine &line);
 void add_import_users(CommandLine &line);
 void add_batch(CommandLine &line);
@@ -63,7 +65,7 @@ std::vector<std::string> words_of(const CommandLine &line);
 
 /// What came out of a call.
 struct Performed {
-    std::optional<Json> outcome;        ///< Absent when the operation gives nothing.
+    Outputs outputs;
     std::optional<Json> changes;        ///< Where the options ask for them.
     std::vector<std::string> warnings;  ///< Of what went well all the same.
     Status status;

@@ -10,6 +10,7 @@
 #include "describe.h"
 #include "emit.h"
 #include "failure.h"
+#include "selection.h"
 
 namespace qbcli {
 namespace {
@@ -89,7 +90,7 @@ Performed perform(const Options &options, const QbobjOperation &operation, const
     Performed done;
     for (const std::string &warning : {call.run(database, options.database.timeout_ms), arguments.checks().warning()})
         if (!warning.empty()) done.warnings.push_back(warning);
-    if (Json outcome = call.outcome(options.output.secrets); !outcome.is_discarded()) done.outcome = std::move(outcome);
+    done.outputs = call.outputs(options.output.secrets);
     if (watch) done.changes = watch->finish(options.output.secrets);
     done.status = call.status();
     return done;
@@ -98,12 +99,13 @@ Performed perform(const Options &options, const QbobjOperation &operation, const
 void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &arguments, Database &database)
 {
     const Options &options = line.options;
+    const std::optional<Selection> selection = selection_of(operation, options.output);
     arguments.ask_for_secrets();
-    const Performed done = perform(options, operation, arguments, database);
+    Performed done = perform(options, operation, arguments, database);
     for (const std::string &warning : done.warnings) print_warning(short_name(operation), warning);
-    const Json outcome = done.outcome.value_or(Json(Json::value_t::discarded));
-    if (done.changes) print_changes(outcome, *done.changes, options.dry_run, options.output);
-    else print_outcome(outcome, options.output);
+    if (!done.changes) print_outputs(selection, std::move(done.outputs), options.output);
+    else
+        print_changes(selected(selection, std::move(done.outputs)), *done.changes, options.dry_run, options.output);
     line.status = done.status;
 }
 

@@ -167,13 +167,6 @@ const char *return_words(const QbobjOperation &operation)
     }
 }
 
-std::vector<uint32_t> codes_of(const QbobjOperation &operation)
-{
-    std::vector<uint32_t> codes;
-    for (const std::string &code : names_in(operation.codes)) codes.push_back(static_cast<uint32_t>(std::stoul(code)));
-    return codes;
-}
-
 /// How a call is written: "addLog time=NUMBER [severity=TEXT]".
 std::string usage(const QbobjOperation &operation)
 {
@@ -360,6 +353,13 @@ Json type_json(const QbobjField *type)
 }
 
 }  // namespace
+
+std::vector<uint32_t> codes_of(const QbobjOperation &operation)
+{
+    std::vector<uint32_t> codes;
+    for (const std::string &code : names_in(operation.codes)) codes.push_back(static_cast<uint32_t>(std::stoul(code)));
+    return codes;
+}
 
 const std::vector<const QbobjField *> &all_types()
 {

@@ -1,6 +1,7 @@
 // What there is: operations and types, listed and described from the library's own tables.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace qbcli {
 
 Names operation_names();
 Names type_names();
+/// The codes that an operation fails with.
+std::vector<uint32_t> codes_of(const QbobjOperation &operation);
 
 /// The types of the type-name table, then those that only arguments have.
 const std::vector<const QbobjField *> &all_types();

@@ -13,6 +13,9 @@ struct OutputOptions {
     bool table = false;    ///< Asked for by name.
     bool compact = false;  ///< JSON in one line.
     bool secrets = false;  ///< Secrets in clear, for a file or a pipe.
+    bool tsv = false;      ///< Rows with tabs between their cells.
+    bool csv = false;      ///< Rows with commas between their cells.
+    std::string fields;    ///< The fields that are wanted, with commas between them; empty for all.
 };
 
 /// Whether results are printed as JSON.

@@ -79,9 +79,9 @@ bool shows_key_word(const Json &rows)
 
 class Table {
 public:
-    explicit Table(const Json &rows)
+    Table(const Json &rows, bool chosen)
     {
-        const bool with_key_word = shows_key_word(rows);
+        const bool with_key_word = chosen || shows_key_word(rows);
         for (const Json &row : rows) {
             if (row.is_object()) {
                 for (const auto &[name, value] : row.items())
@@ -92,6 +92,7 @@ public:
             height_++;
         }
         for (Column &column : columns_) column.cells.resize(height_);
+        if (chosen) return;
         std::erase_if(columns_, [](const Column &column) { return column.empty(); });
         std::stable_sort(columns_.begin(), columns_.end(),
                          [](const Column &a, const Column &b) { return a.order() < b.order(); });
@@ -212,15 +213,15 @@ std::string title(const Json &record, size_t i)
 
 class Layout {
 public:
-    explicit Layout(size_t width) : width_(width) {}
+    Layout(size_t width, bool chosen) : width_(width), chosen_(chosen) {}
 
     void add(const Json &value, size_t indent)
     {
         if (value.is_object()) return add_record(value, indent);
         if (value.is_array() && value.size() == 1) return add(value.front(), indent);
         if (value.is_array() && !value.empty()) {
-            if (reads_as_sections(value)) return add_sections(value, indent);
-            text_ += Table(value).text(indent, width_);
+            if (!chosen_ && reads_as_sections(value)) return add_sections(value, indent);
+            text_ += Table(value, chosen_ && indent == 0).text(indent, width_);
             return;
         }
         text_ += std::string(indent, ' ') + (is_empty(value) ? kNothing : cell_text(value)) + "\n";
@@ -266,6 +267,7 @@ private:
     {
         const bool with_empty_lists = indent == 0 && is_counted_list(record);
         const auto shown = [&](const std::string &name, const Json &value) {
+            if (chosen_ && indent == 0) return true;
             if (name == kKeyWord && repeats_a_field(record)) return false;
             return !is_empty(value) || (value.is_array() && with_empty_lists);
         };
@@ -299,14 +301,15 @@ private:
     }
 
     const size_t width_;
+    const bool chosen_;
     std::string text_;
 };
 
 }  // namespace
 
-std::string lay_out(const Json &value, size_t width)
+std::string lay_out(const Json &value, size_t width, bool chosen)
 {
-    Layout layout(width);
+    Layout layout(width, chosen);
     layout.add(value, 0);
     return layout.take();
 }

@@ -82,6 +82,19 @@ bool is_utf8(std::string_view text)
     return true;
 }
 
+std::string well_formed(std::string_view text)
+{
+    if (is_utf8(text)) return std::string(text);
+    std::string whole;
+    while (!text.empty()) {
+        const Character character = first_character(text);
+        if (character.valid) whole += text.substr(0, character.size);
+        else whole += kReplacementText;
+        text.remove_prefix(character.size);
+    }
+    return whole;
+}
+
 size_t display_width(std::string_view text)
 {
     size_t columns = 0;

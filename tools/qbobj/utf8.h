@@ -19,6 +19,9 @@ Character first_character(std::string_view text);
 
 bool is_utf8(std::string_view text);
 
+/// The text with U+FFFD in place of ill-formed bytes.
+std::string well_formed(std::string_view text);
+
 /// Columns that a text takes on a terminal.
 size_t display_width(std::string_view text);
 
