@@ -1,4 +1,6 @@
 // qbobj completion: the scripts, and the candidates that they ask for.
+#include <unistd.h>
+
 #include <memory>
 
 #include "command_line.h"
@@ -17,6 +19,8 @@ void add_completion(CommandLine &line)
 
     CLI::App *candidates = line.app.add_subcommand("complete", "Candidates for the words after --")->group("");
     candidates->callback([&line] {
+        constexpr unsigned kPatience = 5;  // seconds
+        alarm(kPatience);                  // whatever a file system does: nobody waits for candidates
         std::string text;
         for (const std::string &candidate : completion_candidates(line.app, line.verbatim)) text += candidate + "\n";
         print_text(text);

@@ -104,8 +104,7 @@ void make_call(CommandLine &line, const QbobjOperation &operation, Arguments &ar
     Performed done = perform(options, operation, arguments, database);
     for (const std::string &warning : done.warnings) print_warning(short_name(operation), warning);
     if (!done.changes) print_outputs(selection, std::move(done.outputs), options.output);
-    else
-        print_changes(selected(selection, std::move(done.outputs)), *done.changes, options.dry_run, options.output);
+    else print_changes(selected(selection, std::move(done.outputs)), *done.changes, options.dry_run, options.output);
     line.status = done.status;
 }
 

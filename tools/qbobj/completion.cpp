@@ -1,11 +1,15 @@
 #include "completion.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <set>
 
 #include "arguments.h"
 #include "describe.h"
 #include "records.h"
+#include "selection.h"
+#include "stored_names.h"
 
 namespace qbcli {
 namespace {
@@ -14,7 +18,7 @@ constexpr const char *kBashScript =
     R"script(# bash completion for qbobj: source it, or put it in bash's completion directory.
 _qbobj() {
     local -a words
-    local current previous= candidate prefix=
+    local current previous= candidate prefix= plain= rest quoted
     # bash takes words apart at "="; here a word ends at a blank.
     read -ra words <<< "${COMP_LINE:0:COMP_POINT}"
     [[ ${COMP_LINE:0:COMP_POINT} == *[[:space:]] ]] && words+=("")
@@ -34,8 +38,20 @@ _qbobj() {
         @*) mapfile -t COMPREPLY < <(compgen -P @ -f -- "${current#@}"); return ;;
         *=@*) mapfile -t COMPREPLY < <(compgen -P "$prefix@" -f -- "${current#*=@}"); return ;;
         *=*)
-            while read -r candidate; do
-                [[ $candidate == "$current"* ]] && COMPREPLY+=("$prefix${candidate#*=}")
+            # A name may hold what the shell has a meaning for: it is compared without backslashes, offered with them.
+            rest=$current
+            while [[ $rest == *\\?* ]]; do
+                plain+=${rest%%\\*}
+                rest=${rest#*\\}
+                plain+=${rest:0:1}
+                rest=${rest:1}
+            done
+            plain+=$rest
+            words[-1]=$plain
+            while IFS= read -r candidate; do
+                [[ $candidate == "$plain"* ]] || continue
+                printf -v quoted %q "${candidate#*=}"
+                COMPREPLY+=("$prefix$quoted")
             done < <("${words[0]}" complete -- "${words[@]:1}" 2> /dev/null)
             return ;;
     esac
@@ -58,7 +74,7 @@ _qbobj() {
         @*) compset -P @; _files; return ;;
         *=@*) compset -P '*=@'; _files; return ;;
     esac
-    candidates=(${(f)"$(${words[1]} complete -- "${(@)words[2,CURRENT]}" 2> /dev/null)"})
+    candidates=(${(f)"$(${words[1]} complete -- "${(@Q)words[2,CURRENT]}" 2> /dev/null)"})
     if [[ ${words[CURRENT]} == *=* ]]; then
         candidates=("${(@)candidates#*=}")
         compset -P '*='
@@ -114,15 +130,20 @@ std::vector<std::string> argument_candidates(const QbobjOperation &operation, co
     return candidates;
 }
 
-/// The words that a name may hold, for a word "severity=" or "query.severity=e".
-std::vector<std::string> value_candidates(const QbobjOperation &operation, const std::string &current)
-{
-    const std::string name = current.substr(0, current.find('='));
+/// What a value may be: words of the tables, or names of the database.
+struct Values {
     const char *const *words = nullptr;
-    for (uint32_t i = 0; i < operation.count && !words; i++) {
+    const char *statement = nullptr;
+};
+
+/// The values of a name: "severity" or "query.severity".
+Values values_of(const QbobjOperation &operation, const std::string &name)
+{
+    for (uint32_t i = 0; i < operation.count; i++) {
         const QbobjArgument &argument = operation.arguments[i];
         if (!is_input(argument)) continue;
-        if (name == argument.name) words = argument.words;
+        if (is_scalar(argument) && name == argument.name)
+            return {argument.words, names_statement(operation.family, name)};
         if (!argument.type) continue;
         std::string_view path = name;
         if (const std::string qualified = std::string(argument.name) + "."; path.starts_with(qualified))
@@ -130,10 +151,58 @@ std::vector<std::string> value_candidates(const QbobjOperation &operation, const
         const size_t inner = path.rfind('.') + 1;  // 0 when there is no dot
         const QbobjField *type = type_inside(argument.type, path.substr(0, inner));
         const QbobjField *field = type ? find_field(type, path.substr(inner)) : nullptr;
-        if (field) words = qbobj_field_words(type, field);
+        if (field) return {qbobj_field_words(type, field), names_statement(type->name, field->name)};
     }
+    return {};
+}
+
+/// The database that the options before the last word name.
+std::string chosen_database(const CLI::App &app, const std::vector<std::string> &words)
+{
+    const CLI::Option *option = app.get_option_no_throw("--database");
+    const char *usual = getenv("QBOBJ_DB");
+    std::string path = usual ? usual : "";
+    for (size_t i = 0; i + 1 < words.size(); i++) {
+        const std::string &word = words[i];
+        if (word == "--") break;
+        if (app.get_option_no_throw(word) == option && i + 2 < words.size()) path = words[i + 1];
+        else if (word.starts_with("--database=")) path = word.substr(strlen("--database="));
+        else if (word.starts_with("-d") && word.size() > 2) path = word.substr(2);
+    }
+    const char *home = getenv("HOME");
+    return path.starts_with("~/") && home ? home + path.substr(1) : path;
+}
+
+/// What can stand behind the "=" of a word.
+std::vector<std::string> value_candidates(const CLI::App &app, const QbobjOperation &operation,
+                                          const std::vector<std::string> &words)
+{
+    const std::string &current = words.back();
+    const size_t end = current.find('=');
+    const std::string name = current.substr(0, end);
+    const Values values = values_of(operation, name);
     std::vector<std::string> candidates;
-    for (; words && *words; words++) candidates.push_back(name + "=" + *words);
+    for (const char *const *word = values.words; word && *word; word++) candidates.push_back(name + "=" + *word);
+    if (values.statement)
+        for (const std::string &stored :
+             stored_names(chosen_database(app, words), values.statement, current.substr(end + 1)))
+            candidates.push_back(name + "=" + stored);
+    return candidates;
+}
+
+/// The fields that --fields can name next, behind those that it names already.
+std::vector<std::string> field_candidates(const QbobjOperation &operation, const std::string &current)
+{
+    const size_t start = current.find_last_of(",=") + 1;  // 0 when there is neither
+    const std::string before = current.substr(0, start);
+    const size_t inner = current.rfind('.');
+    const size_t depth = inner == std::string::npos || inner < start ? start : inner + 1;
+    std::vector<std::string> candidates;
+    for (const std::string &name : returned_fields(operation)) {
+        const bool deeper = name.find('.', depth - start) != std::string::npos;
+        if (!deeper && std::find(candidates.begin(), candidates.end(), before + name) == candidates.end())
+            candidates.push_back(before + name);
+    }
     return candidates;
 }
 
@@ -195,6 +264,9 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
     const std::string current = words.empty() ? "" : words.back();
     const std::vector<std::string> plain =
         plain_words(app, {words.begin(), words.empty() ? words.end() : words.end() - 1});
+    const QbobjOperation *operation = plain.empty() ? nullptr : qbobj_find_operation(plain[0].c_str());
+    const bool fields = current.starts_with("--fields=") || (words.size() > 1 && words[words.size() - 2] == "--fields");
+    if (fields && operation) return field_candidates(*operation, current);
     std::vector<std::string> candidates;
     if (current.starts_with('-')) {
         add_options(candidates, app);
@@ -212,8 +284,8 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
     if (plain[0] == "help") candidates = command_candidates(app);
     if (plain[0] == "describe") append(candidates, operation_names());
     if (plain[0] == "describe" || plain[0] == "help") append(candidates, type_names());
-    if (const QbobjOperation *operation = qbobj_find_operation(plain[0].c_str())) {
-        if (current.find('=') != std::string::npos) return value_candidates(*operation, current);
+    if (operation) {
+        if (current.find('=') != std::string::npos) return value_candidates(app, *operation, words);
         candidates = argument_candidates(*operation, current);
         const std::set<std::string> given(plain.begin() + 1, plain.end());
         std::erase_if(candidates, [&](const std::string &candidate) {

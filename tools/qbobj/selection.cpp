@@ -257,7 +257,7 @@ void Selection::refuse(const std::vector<std::string> &fields, const std::vector
         if (std::any_of(branches.begin(), branches.end(), has_it)) continue;
         const std::vector<std::string> known = returned_fields(operation_);
         throw Failure("there is no field " + name + " in what it returns" +
-                                      did_you_mean(name, Names(known.begin(), known.end())));
+                      did_you_mean(name, Names(known.begin(), known.end())));
     }
     const std::string example = fields.empty() ? "…" : fields.front().substr(fields.front().rfind('.') + 1);
     const size_t level = branches[0][1].step == branches[1][1].step ? 2 : 1;
