@@ -186,7 +186,7 @@ std::vector<std::string> value_candidates(const CLI::App &app, const QbobjOperat
     if (values.statement)
         for (const std::string &stored :
              stored_names(chosen_database(app, words), values.statement, current.substr(end + 1)))
-            candidates.push_back(name + "=" + stored);
+            candidates.push_back(std::string(name).append("=").append(stored));
     return candidates;
 }
 

@@ -262,6 +262,7 @@ void Selection::refuse(const std::vector<std::string> &fields, const std::vector
     const std::string example = fields.empty() ? "…" : fields.front().substr(fields.front().rfind('.') + 1);
     const size_t level = branches[0][1].step == branches[1][1].step ? 2 : 1;
     std::vector<std::string> ways;
+    ways.reserve(branches.size());
     for (const Branch &branch : branches) ways.push_back(branch[level].step + "." + example);
     throw Failure("it returns several lists: name the fields of one, as in " + listed(ways));
 }
@@ -308,7 +309,7 @@ void Selection::expand(Json &rows, size_t level, const Json &value, std::vector<
     rows.push_back(std::move(row));
 }
 
-Outputs Selection::limited(Outputs outputs) const
+Outputs Selection::limited(Outputs &&outputs) const
 {
     std::vector<Wanted> wanted;
     for (const Column &column : columns_) want(wanted, address(branch_, column));

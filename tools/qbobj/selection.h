@@ -29,7 +29,7 @@ public:
     /// or record is named.
     Json rows(const Outputs &outputs) const;
     /// The outputs with nothing but the named fields in them, in the named order.
-    Outputs limited(Outputs outputs) const;
+    Outputs limited(Outputs &&outputs) const;
 
 private:
     using Path = std::vector<std::string>;
