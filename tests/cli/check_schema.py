@@ -132,3 +132,4 @@ def main():
 
 
 main()
+# SPDX-License-Identifier: Apache-2.0

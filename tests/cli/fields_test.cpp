@@ -234,3 +234,4 @@ TEST(Selected, EveryOperationThatReturnsAnythingHasColumns)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -163,3 +163,4 @@ TEST_F(Schema, IsPrintedInOneForm)
 }
 
 }  // namespace
+// SPDX-License-Identifier: Apache-2.0

@@ -22,3 +22,4 @@ void add_schema(CommandLine &line)
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

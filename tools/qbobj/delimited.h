@@ -21,3 +21,4 @@ std::string csv_text(const std::vector<std::string> &columns, const Json &rows, 
 /// @}
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

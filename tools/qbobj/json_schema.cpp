@@ -283,3 +283,4 @@ Json json_schema()
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -42,3 +42,4 @@ Json json_schema();
 Json openapi();
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

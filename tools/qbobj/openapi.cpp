@@ -81,3 +81,4 @@ Json openapi()
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -359,3 +359,4 @@ void print_outputs(const std::optional<Selection> &selection, Outputs outputs, c
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

@@ -75,3 +75,4 @@ Json selected(const std::optional<Selection> &selection, Outputs outputs);
 void print_outputs(const std::optional<Selection> &selection, Outputs outputs, const OutputOptions &options);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

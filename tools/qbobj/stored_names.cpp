@@ -107,3 +107,4 @@ std::vector<std::string> stored_names(const std::string &path, const char *state
 }
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0

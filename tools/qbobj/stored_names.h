@@ -21,3 +21,4 @@ const char *names_statement(std::string_view of, std::string_view name);
 std::vector<std::string> stored_names(const std::string &path, const char *statement, const std::string &beginning);
 
 }  // namespace qbcli
+// SPDX-License-Identifier: Apache-2.0
