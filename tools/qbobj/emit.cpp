@@ -156,7 +156,7 @@ void EmittedValues::hide(const QbobjField *type, Json &value, const std::string 
     for (auto &[name, part] : value.get_ref<Json::object_t &>()) {
         const QbobjField *field = find_field(type, name);
         if (!field) continue;
-        const std::string inside = where + "." + name;
+        const std::string inside = joined({where, ".", name});
         if (field->kind == 'o') hide(field->subtype, part, inside);
         const bool shown = !part.is_string() || part == "" || part == masked_password;
         if (shown || !qbobj_is_secret(type, field)) continue;

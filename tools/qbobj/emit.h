@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,7 +36,15 @@ std::string python_literal(std::string_view text);
 std::string shell_word(std::string_view text);
 /// @}
 
-/// The type of an optional number's indicator field.
+/// Parts of a text, put together.
+inline std::string joined(std::initializer_list<std::string_view> parts)
+{
+    std::string whole;
+    for (const std::string_view part : parts) whole += part;
+    return whole;
+}
+
+/// The name of an optional number's indicator; empty for any other field.
 std::string indicator_of(const QbobjField *field);
 
 /// The values of a call with a number in place of each secret, and what the secrets are called.

@@ -104,13 +104,13 @@ private:
             const std::string indicator = indicator_of(field);
             const auto given = members.find(field->name);
             if (!indicator.empty() && (given == members.end() || given->is_null()))
-                line(name + "." + indicator + " = 1; /* not given */");
+                line(joined({name, ".", indicator, " = 1; /* not given */"}));
         }
         for (const auto &[member, part] : members.items()) {
             if (part.is_null()) continue;
             const QbobjField *field = find_field(type, member);
-            const std::string place = name + "." + member;
-            if (field && field->kind == 'o') inside(field->subtype, part, name + "_" + member, place);
+            const std::string place = joined({name, ".", member});
+            if (field && field->kind == 'o') inside(field->subtype, part, joined({name, "_", member}), place);
             else line(place + " = " + (field && is_number(field) ? number(field->kind, part) : text(part)) + ";");
         }
     }
@@ -130,7 +130,7 @@ private:
         for (size_t i = 0; i < value.size(); i++) {
             const std::string own = i == 0 ? name : name + "_" + std::to_string(i + 1);
             record(type, value[i], own);
-            if (i > 0) line(before + ".next = &" + own + ";");
+            if (i > 0) line(joined({before, ".next = &", own, ";"}));
             before = own;
         }
     }
@@ -265,7 +265,7 @@ private:
     {
         const std::string name = field->name;
         if (field->kind == 's') return text_line(name, qbobj_is_secret(type, field));
-        if (field->kind == 'o') {
+        if (field->subtype) {
             const std::string part = field->subtype->name;
             const std::string print = "print_" + part + "(indent, \"" + name + "\", ";
             if (!is_list(field->subtype)) return "    if (record->" + name + ") " + print + "record->" + name + ");\n";

@@ -83,13 +83,13 @@ private:
         for (const auto &[member, part] : members.items()) {
             if (part.is_null()) continue;
             const QbobjField *field = find_field(type, member);
-            std::string place = name + "." + member;
+            std::string place = joined({name, ".", member});
             if (field && field->kind == 'o') {
-                inside(field->subtype, part, name + "_" + member, place);
+                inside(field->subtype, part, joined({name, "_", member}), place);
                 continue;
             }
             if (field && !indicator_of(field).empty())
-                place = "qb::maybe(" + place + ", " + name + "." + indicator_of(field) + ")";
+                place = joined({"qb::maybe(", place, ", ", name, ".", indicator_of(field), ")"});
             line(place + " = " + (field && is_number(field) ? number(field->kind, part) : text(part)) + ";");
         }
     }
@@ -108,7 +108,7 @@ private:
         for (size_t i = 0; i < value.size(); i++) {
             const std::string own = i == 0 ? name : name + "_" + std::to_string(i + 1);
             record(type, value[i], own);
-            if (i > 0) line(before + ".next = &" + own + ";");
+            if (i > 0) line(joined({before, ".next = &", own, ";"}));
             before = own;
         }
     }
@@ -257,7 +257,7 @@ private:
         const std::string value = "record." + name;
         if (field->kind == 's') return text_line(name, qbobj_is_secret(type, field));
         const std::string print = "print(indent, \"" + name + "\", ";
-        if (field->kind == 'o') {
+        if (field->subtype) {
             if (!is_list(field->subtype)) return "    if (" + value + ") " + print + "*" + value + ");\n";
             return "    for (const " + std::string(field->subtype->name) + " &each : qb::List(" + value + ")) " +
                    print + "each);\n";

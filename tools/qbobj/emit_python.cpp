@@ -124,7 +124,7 @@ private:
             else if (is_number(field)) shown = part.dump();
             else if (is_list(field->subtype)) shown = list(field->subtype, part, depth + 1);
             else shown = record(field->subtype, part, depth + 1);
-            parts.push_back(member + "=" + shown);
+            parts.push_back(joined({member, "=", shown}));
         }
         return std::string("qbobj.") + type->name + in_brackets("(", parts, ")", depth);
     }
@@ -154,7 +154,7 @@ private:
         const std::string space = "\n" + std::string(depth * kIndent, ' ');
         for (const std::string &part : parts) {
             line += (line.empty() ? "" : ", ") + part;
-            lines += space + std::string(kIndent, ' ') + part + ",";
+            lines += joined({space, std::string(kIndent, ' '), part, ","});
         }
         const bool fits = depth * kIndent + line.size() < kColumns && line.find('\n') == std::string::npos;
         return fits ? open + line + close : open + lines + space + close;
