@@ -38,7 +38,7 @@ TEST(Operations, ListEqualsTheTable)
         text += line + (last ? "\n" : std::string(width - line.size(), ' ') + " \\\n");
     }
     const std::string before = test::read_file(test::source_path(kFile));
-    test::expect_golden(kFile, before.substr(0, before.find(kDefine)) + text + "\n#endif\n");
+    test::expect_golden(kFile, before.substr(0, before.find(kDefine)) + text + before.substr(before.find("\n#endif")));
 }
 
 // ---- Calls
