@@ -12,7 +12,9 @@ namespace {
 int is_recorded(void *context, const char *table)
 {
     auto *recorder = static_cast<Recorder *>(context);
-    if (belongs_to_journal(table) || recorder->failure != SQLITE_OK || recorder->twins.has(table)) return 0;
+    // A twin of one of SQLite's own tables cannot be made. The counters of AUTOINCREMENT are not turned back anyway.
+    const bool own = sqlite3_strnicmp(table, "sqlite_", 7) == 0;
+    if (own || belongs_to_journal(table) || recorder->failure != SQLITE_OK || recorder->twins.has(table)) return 0;
     bool keyed = false;
     recorder->failure = look_for_key(recorder->twins.source, table, &keyed);
     if (recorder->failure == SQLITE_OK && !keyed) recorder->failure = recorder->twins.add(table);
