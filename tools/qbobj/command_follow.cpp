@@ -115,26 +115,6 @@ void follow(const CommandLine &line, const std::string &original, const std::str
     print_outcome({{"applied", progress.calls}, {"last", state_of(to).last}}, line.options.output);
 }
 
-int digit(char c)
-{
-    if (c >= '0' && c <= '9') return c - '0';
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
-/// The bytes that a text of hexadecimal digits stands for; false when it is none.
-bool from_hexadecimal(const std::string &text, std::string &bytes)
-{
-    if (text.size() % 2) return false;
-    bytes.clear();
-    for (size_t i = 0; i < text.size(); i += 2) {
-        const int high = digit(text[i]);
-        const int low = digit(text[i + 1]);
-        if (high < 0 || low < 0) return false;
-        bytes += static_cast<char>(high << 4 | low);
-    }
-    return true;
-}
-
 /// Applies one line of a stream.
 void apply_line(Progress &progress, const std::string &text, int64_t number)
 {

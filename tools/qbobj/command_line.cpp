@@ -16,9 +16,9 @@
 namespace qbcli {
 namespace {
 
-constexpr void (*kCommands[])(CommandLine &) = {add_init,         add_list,  add_describe, add_schema,  add_completion,
-                                                add_import_users, add_batch, add_edit,     add_journal, add_undo,
-                                                add_follow,       add_help,  add_version};
+constexpr void (*kCommands[])(CommandLine &) = {
+    add_init,    add_list, add_describe, add_schema, add_completion, add_import_users, add_batch, add_edit,
+    add_journal, add_undo, add_follow,   add_export, add_import,     add_diff,         add_help,  add_version};
 
 constexpr const char *kDescription =
     "qbobj reads and changes the configuration database of the appliance: shares, accounts, services,\n"

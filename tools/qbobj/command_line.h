@@ -46,6 +46,9 @@ void add_edit(CommandLine &line);
 void add_journal(CommandLine &line);
 void add_undo(CommandLine &line);
 void add_follow(CommandLine &line);
+void add_export(CommandLine &line);
+void add_import(CommandLine &line);
+void add_diff(CommandLine &line);
 void add_help(CommandLine &line);
 void add_version(CommandLine &line);
 /// @}

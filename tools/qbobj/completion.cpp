@@ -26,7 +26,7 @@ _qbobj() {
     (( ${#words[@]} > 1 )) && previous=${words[-2]}
     COMPREPLY=()
     case $previous in
-        -d|--database|--root|init|importUsers|batch)
+        -d|--database|--root|init|importUsers|batch|export|import|diff)
             if [[ $current != -* ]]; then
                 mapfile -t COMPREPLY < <(compgen -f -- "$current")
                 return
@@ -68,7 +68,7 @@ constexpr const char *kZshScript = R"script(#compdef qbobj
 _qbobj() {
     local -a candidates open closed
     case ${words[CURRENT-1]} in
-        -d|--database|--root|init|importUsers|batch) [[ ${words[CURRENT]} == -* ]] || { _files; return } ;;
+        -d|--database|--root|init|importUsers|batch|export|import|diff) [[ ${words[CURRENT]} == -* ]] || { _files; return } ;;
     esac
     case ${words[CURRENT]} in
         @*) compset -P @; _files; return ;;

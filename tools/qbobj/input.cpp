@@ -3,12 +3,14 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 
+#include "descriptor.h"
 #include "failure.h"
 
 namespace qbcli {
@@ -92,16 +94,19 @@ private:
 
 PrivateText read_file(const std::string &path)
 {
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) throw Failure(path, strerror(errno));
-    try {
-        PrivateText text = read_all(fd, path);
-        close(fd);
-        return text;
-    } catch (...) {
-        close(fd);
-        throw;
-    }
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.fd < 0) throw Failure(path, strerror(errno));
+    return read_all(file.fd, path);
+}
+
+PrivateText read_regular_file(const std::string &path)
+{
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file.fd < 0) throw Failure(path, strerror(errno));
+    struct stat status;
+    if (fstat(file.fd, &status) != 0) throw Failure(path, strerror(errno));
+    if (!S_ISREG(status.st_mode)) throw Failure(path, "is not a file");
+    return read_all(file.fd, path);
 }
 
 PrivateText StandardInput::document()

@@ -9,6 +9,8 @@ namespace qbcli {
 
 /// A whole file.
 PrivateText read_file(const std::string &path);
+/// The same of a file and nothing else: what is no file is refused without waiting for it.
+PrivateText read_regular_file(const std::string &path);
 
 /// Standard input, which can be used up only once.
 class StandardInput {

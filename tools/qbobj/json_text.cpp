@@ -47,6 +47,12 @@ std::string reason(const std::string &what)
     return text.substr(0, text.find("; last read"));
 }
 
+int digit(char c)
+{
+    if (c >= '0' && c <= '9') return c - '0';
+    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+}
+
 }  // namespace
 
 Json parse_json(std::string_view text, const std::string &origin)
@@ -75,6 +81,19 @@ std::string hexadecimal(const void *bytes, size_t size)
         text += kDigits[at[i] & 0xF];
     }
     return text;
+}
+
+bool from_hexadecimal(const std::string &text, std::string &bytes)
+{
+    if (text.size() % 2) return false;
+    bytes.clear();
+    for (size_t i = 0; i < text.size(); i += 2) {
+        const int high = digit(text[i]);
+        const int low = digit(text[i + 1]);
+        if (high < 0 || low < 0) return false;
+        bytes += static_cast<char>(high << 4 | low);
+    }
+    return true;
 }
 
 void wipe(Json &value)

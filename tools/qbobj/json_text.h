@@ -20,6 +20,8 @@ Json parse_json(std::string_view text, const std::string &origin);
 
 /// Bytes as hexadecimal digits.
 std::string hexadecimal(const void *bytes, size_t size);
+/// The bytes that a text of hexadecimal digits stands for; false when it is none.
+bool from_hexadecimal(const std::string &text, std::string &bytes);
 
 /// Overwrites every text in a value.
 void wipe(Json &value);

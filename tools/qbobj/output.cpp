@@ -39,7 +39,7 @@ bool prints_json(const OutputOptions &options)
     return options.json || options.compact || (!options.table && !isatty(STDOUT_FILENO));
 }
 
-void print_text(const std::string &text)
+void print_text(std::string_view text)
 {
     const bool written = fwrite(text.data(), 1, text.size(), stdout) == text.size() && fflush(stdout) == 0;
     if (!written) throw Failure(std::string("the result cannot be written: ") + strerror(errno), Status::kFailed);

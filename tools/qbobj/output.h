@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "failure.h"
 #include "json_text.h"
@@ -28,7 +29,7 @@ void print_outcome(const Json &outcome, const OutputOptions &options);
 /// Prints a value as JSON.
 void print_json(const Json &value, const OutputOptions &options);
 /// Prints a text as it is.
-void print_text(const std::string &text);
+void print_text(std::string_view text);
 
 /// A failure as a JSON object.
 Json failure_to_json(const Failure &failure);
