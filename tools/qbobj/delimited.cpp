@@ -31,7 +31,7 @@ std::string tsv_cell(const Json &value)
 
 std::string csv_cell(const Json &value)
 {
-    const std::string text = plain(value);
+    std::string text = plain(value);
     const bool quoted = text.find_first_of(",\"\r\n") != std::string::npos || (value.is_string() && text.empty());
     if (!quoted) return text;
     std::string cell = "\"";

@@ -179,7 +179,7 @@ void check_head(const Json &document, const Database &database, const std::strin
     for (const auto &[name, value] : document.get_ref<const Json::object_t &>()) {
         const auto known = [&name = name](const Member &member) { return name == member.name; };
         if (std::none_of(std::begin(kMembers), std::end(kMembers), known))
-            throw Failure(origin + ": " + name, "there is no such member");
+            throw Failure(std::string(origin).append(": ").append(name), "there is no such member");
     }
     for (const Member &member : kMembers) {
         if (!document.contains(member.name)) throw Failure(origin, std::string(member.name) + " is missing");
