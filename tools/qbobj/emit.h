@@ -27,6 +27,9 @@ struct Emitted {
 
 /// Writes the program. A secret is never part of it: it reads a line of its standard input for each.
 std::string emit(Language language, const Emitted &what);
+/// The part of a program in C that makes the call: a function that takes the open database and the secrets, and prints
+/// of each record that comes back the field that tells most. It stands for itself.
+std::string emit_c_call(const Emitted &what);
 
 /// @name Texts as literals of a language: one line, in quotes. Control characters and what turns the direction of
 /// writing are escaped. @{

@@ -1,9 +1,5 @@
 // The program in C.
-#include <cstdint>
-#include <limits>
-#include <set>
-
-#include "emit.h"
+#include "emit_program.h"
 
 namespace qbcli {
 namespace {
@@ -67,129 +63,93 @@ const char *format_of_number(char kind)
     }
 }
 
-class Writer {
+constexpr Dialect kDialect = {"NULL", "qbdb", " = {0}", "char *", ""};
+
+/// What it means that an operation returns less than 0 and reports nothing.
+struct Loss {
+    const char *words;
+    int status;
+};
+
+Loss loss_of(const QbobjOperation &operation)
+{
+    switch (operation.returns) {
+        case QBOBJ_RETURNS_COUNT: return {"an argument is malformed", 1};
+        case QBOBJ_RETURNS_ANSWER: return {"there is no answer", 4};
+        default: return {"not found", 3};
+    }
+}
+
+std::string print_number(const char *before, const std::string &name, char kind, const std::string &values)
+{
+    return joined({"printf(\"", before, name, ": %\" ", format_of_number(kind), " \"\\n\", ", values, ");\n"});
+}
+
+class Writer : public ProgramWriter {
 public:
-    explicit Writer(const Emitted &what) : what_(what), operation_(what.operation), values_(what) {}
+    /// @param alone Only the function that makes the call is wanted, and has to do without the others.
+    Writer(const Emitted &what, bool alone) : ProgramWriter(what, kDialect), alone_(alone) {}
+
+    std::string call_alone()
+    {
+        const std::string function = call_function();
+        return includes() + "\n" + function;
+    }
 
     std::string program()
     {
-        const std::string call = written_call();
-        const std::string outputs = written_outputs();
-        const bool xml = prints_xml_;
+        const std::string function = call_function();
         std::string text = "/* cc program.c -o program $(pkg-config --cflags --libs qbobj" +
-                           std::string(xml ? " libxml-2.0" : "") + ") */\n#include <inttypes.h>\n";
-        if (xml) text += "#include <libxml/tree.h>\n";
-        text += "#include <qbdb.h>\n";
-        if (!what_.database.who.empty()) text += "#include <qbdb_journal.h>\n";
-        text += "#include <qbobj.h>\n#include <stdio.h>\n";
-        if (!values_.secrets().empty()) text += "#include <stdlib.h>\n#include <sys/types.h>\n";
-        text += "\n";
+                           std::string(prints_xml_ ? " libxml-2.0" : "") + ") */\n" + includes() + "\n";
         if (operation_.returns != QBOBJ_RETURNS_TRUTH) text += replaced(kFailed, "%OPERATION%", short_name(operation_));
-        if (!values_.secrets().empty()) text += kReadSecret;
+        if (has_secrets()) text += kReadSecret;
         if (prints_text_) text += kPrintText;
-        return text + printers_ + main_function(call, outputs);
+        return text + printers_ + function + "\n" + main_function();
     }
 
 private:
     // ---- What is given
 
-    void line(const std::string &text) { body_ += "    " + text + "\n"; }
-
-    /// A record, with everything in it, as a variable.
-    void record(const QbobjField *type, const Json &value, const std::string &name)
+    void declare(const QbobjField *type, const Json &members, const std::string &name) override
     {
         line(std::string(type->name) + " " + name + " = {0};");
-        const Json members = value.is_array() ? Json{{type[1].name, value}} : value;
         for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
             const std::string indicator = indicator_of(field);
             const auto given = members.find(field->name);
             if (!indicator.empty() && (given == members.end() || given->is_null()))
                 line(joined({name, ".", indicator, " = 1; /* not given */"}));
         }
-        for (const auto &[member, part] : members.items()) {
-            if (part.is_null()) continue;
-            const QbobjField *field = find_field(type, member);
-            const std::string place = joined({name, ".", member});
-            if (field && field->kind == 'o') inside(field->subtype, part, joined({name, "_", member}), place);
-            else line(place + " = " + (field && is_number(field) ? number(field->kind, part) : text(part)) + ";");
-        }
     }
 
-    /// A record or list inside a record.
-    void inside(const QbobjField *type, const Json &value, const std::string &name, const std::string &place)
+    std::string target(const QbobjField *, const std::string &record, const std::string &member) const override
     {
-        if (is_list(type) && value.is_array()) records(type, value, name);
-        else record(type, value, name);
-        if (!value.is_array() || !value.empty() || !is_list(type)) line(place + " = &" + name + ";");
+        return joined({record, ".", member});
     }
 
-    /// The elements of a list, the first by the name of the list.
-    void records(const QbobjField *type, const Json &value, const std::string &name)
-    {
-        std::string before;
-        for (size_t i = 0; i < value.size(); i++) {
-            const std::string own = i == 0 ? name : name + "_" + std::to_string(i + 1);
-            record(type, value[i], own);
-            if (i > 0) line(joined({before, ".next = &", own, ";"}));
-            before = own;
-        }
-    }
+    std::string passed(const QbobjArgument &argument) const override { return std::string("&") + argument.name; }
 
-    static std::string number(char kind, const Json &value)
+    /// What is passed for an argument that is only filled.
+    std::string filled(const QbobjArgument &argument)
     {
-        const std::string digits = value.dump();
-        switch (kind) {
-            case 'u': return "UINT32_C(" + digits + ")";
-            case 'n': return "UINT64_C(" + digits + ")";
-            case 'l': return value == std::numeric_limits<int64_t>::min() ? "INT64_MIN" : "INT64_C(" + digits + ")";
-            default: return value == std::numeric_limits<int32_t>::min() ? "INT32_MIN" : digits;
-        }
-    }
-
-    static std::string text(const Json &value)
-    {
-        if (const size_t secret = EmittedValues::secret_of(value)) return "secret_" + std::to_string(secret);
-        const auto &given = value.get_ref<const std::string &>();
-        return given == masked_password ? "masked_password" : c_literal(given);
-    }
-
-    /// What is passed for an argument; what it needs is declared.
-    std::string passed(size_t index)
-    {
-        const QbobjArgument &argument = operation_.arguments[index];
-        const std::optional<Json> &given = values_.given(index);
         const std::string name = argument.name;
-        const bool given_value = given && !given->is_null();
         switch (argument.kind) {
-            case QBOBJ_KIND_INT32: return scalar(argument, "int32_t ", "0", given_value ? number('i', *given) : "0");
-            case QBOBJ_KIND_UINT64: return scalar(argument, "uint64_t ", "0", given_value ? number('n', *given) : "0");
-            case QBOBJ_KIND_STRING:
-                return scalar(argument, "const char *", "NULL", given_value ? text(*given) : "NULL");
-            case QBOBJ_KIND_LIST: line(std::string(argument.type->name) + " *" + name + " = NULL;"); return "&" + name;
-            case QBOBJ_KIND_XML: line("struct _xmlNode *" + name + " = NULL;"); return "&" + name;
-            default: break;
-        }
-        switch (passing_of(argument, given)) {
-            case Passing::kNull: return "NULL";
-            case Passing::kRecords: records(argument.type, *given, name); break;
-            case Passing::kFilled: line(std::string(argument.type->name) + " " + name + " = {0};"); break;
-            default: record(argument.type, given_value ? *given : Json::object(), name);
+            case QBOBJ_KIND_INT32: line("int32_t " + name + " = 0;"); break;
+            case QBOBJ_KIND_UINT64: line("uint64_t " + name + " = 0;"); break;
+            case QBOBJ_KIND_STRING: line("const char *" + name + " = NULL;"); break;
+            case QBOBJ_KIND_LIST: line(std::string(argument.type->name) + " *" + name + " = NULL;"); break;
+            case QBOBJ_KIND_XML: line("struct _xmlNode *" + name + " = NULL;"); break;
+            default: line(std::string(argument.type->name) + " " + name + " = {0};");
         }
         return "&" + name;
-    }
-
-    std::string scalar(const QbobjArgument &argument, const std::string &type, const std::string &nothing,
-                       const std::string &value)
-    {
-        if (argument.direction == QBOBJ_IN) return value;
-        line(type + argument.name + " = " + nothing + ";");
-        return std::string("&") + argument.name;
     }
 
     std::string written_call()
     {
         std::string call = std::string(operation_.name) + "(qbdb, db, ";
-        for (size_t i = 0; i < operation_.count; i++) call += passed(i) + ", ";
+        for (size_t i = 0; i < operation_.count; i++) {
+            const QbobjArgument &argument = operation_.arguments[i];
+            call += (argument.direction == QBOBJ_OUT ? filled(argument) : given(i)) + ", ";
+        }
         return call + "&err)";
     }
 
@@ -206,54 +166,75 @@ private:
     std::string output(const QbobjArgument &argument)
     {
         const std::string name = argument.name;
-        const std::string print = "        printf(\"" + name + ": ";
         switch (argument.kind) {
-            case QBOBJ_KIND_INT32: return print + "%\" PRId32 \"\\n\", " + name + ");\n";
-            case QBOBJ_KIND_UINT64: return print + "%\" PRIu64 \"\\n\", " + name + ");\n";
-            case QBOBJ_KIND_STRING:
-                prints_text_ = true;
-                return "        print_text(0, \"" + name + "\", " + name + ");\n";
-            case QBOBJ_KIND_XML: prints_xml_ = true; return xml_output(name);
+            case QBOBJ_KIND_INT32: return "    " + print_number("", name, 'i', name);
+            case QBOBJ_KIND_UINT64: return "    " + print_number("", name, 'n', name);
+            case QBOBJ_KIND_STRING: return "    " + print_text(name, name);
+            case QBOBJ_KIND_XML: return xml_output(name);
             default: break;
         }
-        add_printer(argument.type);
-        const std::string type = argument.type->name;
-        const std::string call = "print_" + type + "(0, \"" + name + "\", ";
-        if (!is_list(argument.type)) return "        " + call + "&" + name + ");\n";
-        const std::string first = argument.kind == QBOBJ_KIND_LIST ? name : "&" + name;
-        return "        for (const " + type + " *each = " + first + "; each; each = each->next)\n            " + call +
-               "each);\n";
+        const QbobjField *head = argument.type + 1;
+        if (alone_ && head->subtype && is_list(head->subtype))
+            return list_output(head->subtype, head->name, name + "." + head->name);
+        if (argument.kind == QBOBJ_KIND_LIST) return list_output(argument.type, name, name);
+        if (is_list(argument.type)) return list_output(argument.type, name, "&" + name);
+        const std::string print = print_record(argument.type, name, "&" + name, name + ".");
+        return print.empty() ? "" : "    " + print;
     }
 
-    static std::string xml_output(const std::string &name)
+    std::string list_output(const QbobjField *type, const std::string &name, const std::string &first)
     {
-        return "        xmlBufferPtr buffer = xmlBufferCreate();\n"
-               "        xmlNodeDump(buffer, NULL, " +
-               name +
-               ", 0, 1);\n"
-               "        printf(\"" +
-               name +
-               ": %s\\n\", (const char *)xmlBufferContent(buffer));\n"
-               "        xmlBufferFree(buffer);\n"
-               "        xmlFreeNode(" +
-               name + ");\n";
+        const std::string print = print_record(type, name, "each", "each->");
+        return print.empty() ? ""
+                             : joined({"    for (const ", type->name, " *each = ", first,
+                                       "; each; each = each->next)\n        ", print});
     }
 
-    /// The function that prints a type, after those of the types in it.
-    void add_printer(const QbobjField *type)
+    /// Prints a record by the function that prints its type, or, where there is none, the field that tells most: the
+    /// first that is no secret and no record.
+    std::string print_record(const QbobjField *type, const std::string &name, const std::string &address,
+                             const std::string &member)
     {
-        if (!printed_.insert(type).second) return;
-        for (const QbobjField *field = type + 1; field->kind != '.'; field++)
-            if (field->subtype) add_printer(field->subtype);
-        const std::string name = type->name;
-        std::string text = "static void print_" + name + "(int indent, const char *name, const " + name +
-                           " *record)\n{\n    printf(\"%*s%s:\\n\", indent, \"\", name);\n    indent += 2;\n";
-        if (has_key_word(type) && !find_field(type, kKeyWord)) text += text_line(kKeyWord, false);
-        for (const QbobjField *field = type + 1; field->kind != '.'; field++) text += field_line(type, field);
-        printers_ += text + "}\n\n";
+        if (!alone_) {
+            add_printer(type);
+            return joined({"print_", type->name, "(0, \"", name, "\", ", address, ");\n"});
+        }
+        for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
+            if (field->subtype || qbobj_is_secret(type, field)) continue;
+            const std::string value = member + field->name;
+            if (field->kind == 's') return print_text(field->name, value);
+            const std::string indicator = indicator_of(field);
+            return (indicator.empty() ? "" : "if (!" + member + indicator + ") ") +
+                   print_number("", field->name, field->kind, value);
+        }
+        return "";
     }
 
-    std::string text_line(const std::string &name, bool secret)
+    std::string print_text(const std::string &name, const std::string &value)
+    {
+        if (alone_) return joined({"if (", value, ") printf(\"", name, ": %s\\n\", ", value, ");\n"});
+        prints_text_ = true;
+        return joined({"print_text(0, \"", name, "\", ", value, ");\n"});
+    }
+
+    std::string xml_output(const std::string &name)
+    {
+        if (alone_) return "    /* " + name + " is freed with xmlFreeNode(). */\n";
+        prints_xml_ = true;
+        return joined({"    xmlBufferPtr buffer = xmlBufferCreate();\n    xmlNodeDump(buffer, NULL, ", name,
+                       ", 0, 1);\n    printf(\"", name,
+                       ": %s\\n\", (const char *)xmlBufferContent(buffer));\n    xmlBufferFree(buffer);\n"
+                       "    xmlFreeNode(",
+                       name, ");\n"});
+    }
+
+    std::string printer_head(const std::string &type) const override
+    {
+        return "static void print_" + type + "(int indent, const char *name, const " + type +
+               " *record)\n{\n    printf(\"%*s%s:\\n\", indent, \"\", name);\n    indent += 2;\n";
+    }
+
+    std::string text_line(const std::string &name, bool secret) override
     {
         prints_text_ = true;
         const std::string value = "record->" + name;
@@ -261,10 +242,9 @@ private:
                (secret ? value + " && *" + value + " ? masked_password : " + value : value) + ");\n";
     }
 
-    std::string field_line(const QbobjField *type, const QbobjField *field)
+    std::string field_line(const QbobjField *field) override
     {
         const std::string name = field->name;
-        if (field->kind == 's') return text_line(name, qbobj_is_secret(type, field));
         if (field->subtype) {
             const std::string part = field->subtype->name;
             const std::string print = "print_" + part + "(indent, \"" + name + "\", ";
@@ -273,92 +253,101 @@ private:
                    print + "each);\n";
         }
         const std::string indicator = indicator_of(field);
-        return (indicator.empty() ? "    " : "    if (!record->" + indicator + ") ") + "printf(\"%*s" + name +
-               ": %\" " + format_of_number(field->kind) + " \"\\n\", indent, \"\", record->" + name + ");\n";
+        return (indicator.empty() ? "    " : "    if (!record->" + indicator + ") ") +
+               print_number("%*s", name, field->kind, "indent, \"\", record->" + name);
     }
 
-    // ---- The whole
+    // ---- The function that makes the call
 
-    std::string main_function(const std::string &call, const std::string &outputs)
+    std::string includes() const
     {
-        const DatabaseOptions &database = what_.database;
-        std::string text = "int main(int argc, char **argv)\n{\n    const char *file = argc > 1 ? argv[1] : " +
-                           c_literal(database.path) +
-                           ";\n    qbdb_t *qbdb = NULL;\n    sqlite3 *db = NULL;\n    ErrorInfo err = {0};\n"
-                           "    char why[256] = \"\";\n    int status = 0;\n";
+        std::string text = "#include <inttypes.h>\n";
+        if (prints_xml_) text += "#include <libxml/tree.h>\n";
+        text += "#include <qbdb.h>\n";
+        if (!what_.database.who.empty()) text += "#include <qbdb_journal.h>\n";
+        text += "#include <qbobj.h>\n#include <stdio.h>\n";
+        return text + (has_secrets() && !alone_ ? "#include <stdlib.h>\n#include <sys/types.h>\n" : "");
+    }
+
+    std::string call_function()
+    {
+        const std::string call = written_call();
+        const std::string outputs = written_outputs();
+        std::string secrets;
         for (size_t i = 0; i < values_.secrets().size(); i++)
-            text += "    const char *secret_" + std::to_string(i + 1) + " = read_secret(" +
-                    c_literal(values_.secrets()[i]) + ");\n";
-        text += std::string("\n    if (qbdb_open(file, ") +
-                (database.read_only ? "QBDB_OPEN_READONLY" : "QBDB_OPEN_EXISTING") +
-                ", NULL, &qbdb, &db, why, sizeof why) != 0) {\n        fprintf(stderr, \"%s\\n\", why);\n"
-                "        return 4;\n    }\n";
-        text += "    qbdb->log_level = 0; /* what fails is said below */\n" + settings();
-        text +=
-            "    if (qbdb_request_begin(qbdb) != 0) { /* the pool of what is returned */\n"
-            "        qbdb_close(qbdb);\n        return 5;\n    }\n\n" +
-            body_ + "\n";
-        return text + judged(call, outputs) +
-               "    qbdb_close(qbdb); /* and all that was returned */\n    return status;\n}\n";
+            secrets += ", const char *secret_" + std::to_string(i + 1);
+        return joined({"static int call_", short_name(operation_), "(qbdb_t *qbdb, sqlite3 *db", secrets, ")\n{\n",
+                       body_, "    ErrorInfo err = {0};\n\n", judged(call), outputs, ended(), "}\n"});
     }
 
-    std::string settings() const
+    /// The call, and what it means that it failed.
+    std::string judged(const std::string &call) const
+    {
+        const std::string name = short_name(operation_);
+        if (operation_.returns == QBOBJ_RETURNS_CODE) {
+            const std::string made = "    const uint32_t code = " + call + ";\n    if (code != 0) ";
+            if (!alone_)
+                return made +
+                       "return failed(code, &err);\n"
+                       "    if (err.code != 0) fprintf(stderr, \"warning: %s\\n\", err.message);\n";
+            return made + "{\n        fprintf(stderr, \"" + name +
+                   ": %\" PRIu32 \" %s\\n\", code, err.message ? err.message : \"\");\n        return 1;\n    }\n";
+        }
+        const std::string made = "    const int32_t result = (int32_t)" + call + ";\n";
+        if (operation_.returns == QBOBJ_RETURNS_TRUTH) return made;
+        const Loss loss = loss_of(operation_);
+        return joined({made, "    if (result < 0) {\n",
+                       alone_ ? "" : "        if (err.code != 0) return failed(err.code, &err);\n",
+                       "        fprintf(stderr, \"", name, ": ", loss.words, "\\n\");\n        return ",
+                       std::to_string(loss.status), ";\n    }\n"});
+    }
+
+    /// The returned value, where it is no code, and what it means.
+    std::string ended() const
+    {
+        const std::string print = "    " + print_number("", "result", 'i', "result");
+        switch (operation_.returns) {
+            case QBOBJ_RETURNS_ID:
+            case QBOBJ_RETURNS_COUNT: return print + "    return 0;\n";
+            case QBOBJ_RETURNS_ANSWER: return print + "    return result == 0 ? 0 : 3; /* no */\n";
+            case QBOBJ_RETURNS_TRUTH: return print + "    return result != 0 ? 0 : 3; /* no */\n";
+            default: return "    return 0;\n";
+        }
+    }
+
+    // ---- The function that opens the database
+
+    std::string main_function() const
     {
         const DatabaseOptions &database = what_.database;
-        std::string text;
-        if (database.timeout_ms != QBDB_DEFAULT_TIMEOUT_MS)
-            text += "    qbdb_set_timeout(qbdb, " + std::to_string(database.timeout_ms) + ");\n";
-        if (!database.who.empty()) text += "    qbdb_set_caller(qbdb, " + c_literal(database.who) + ");\n";
-        if (!database.root.empty())
-            text += "    qbdb_import_options import = {0};\n    import.root = " + c_literal(database.root) +
-                    ";\n    qbdb_set_import_options(qbdb, &import);\n";
-        return text;
+        std::string call = "call_" + short_name(operation_) + "(qbdb, db";
+        for (size_t i = 0; i < values_.secrets().size(); i++) call += ", secret_" + std::to_string(i + 1);
+        return joined({"int main(int argc, char **argv)\n{\n    const char *file = argc > 1 ? argv[1] : ",
+                       c_literal(database.path), ";\n", secrets(),
+                       "    qbdb_t *qbdb = NULL;\n    sqlite3 *db = NULL;\n    char why[256] = \"\";\n\n"
+                       "    if (qbdb_open(file, ",
+                       database.read_only ? "QBDB_OPEN_READONLY" : "QBDB_OPEN_EXISTING",
+                       ", NULL, &qbdb, &db, why, sizeof why) != 0) {\n        fprintf(stderr, \"%s\\n\", why);\n"
+                       "        return 4;\n    }\n    qbdb->log_level = 0; /* what fails is said above */\n",
+                       settings(),
+                       "    if (qbdb_request_begin(qbdb) != 0) { /* the pool of what is returned */\n"
+                       "        qbdb_close(qbdb);\n        return 5;\n    }\n    const int status = ",
+                       call, ");\n    qbdb_close(qbdb); /* and all that was returned */\n    return status;\n}\n"});
     }
 
-    /// The call, and what each of its ends means.
-    std::string judged(const std::string &call, const std::string &outputs) const
-    {
-        const std::string minus_one = "    if (result < 0) {\n        status = err.code ? failed(err.code, &err) : ";
-        const auto lost = [&](const char *words, const char *status) {
-            return minus_one + status + ";\n        if (!err.code) fprintf(stderr, \"" + short_name(operation_) + ": " +
-                   words + "\\n\");\n    }";
-        };
-        const std::string signed_result = "    const int32_t result = (int32_t)" + call + ";\n";
-        const std::string print_result = "        printf(\"result: %\" PRId32 \"\\n\", result);\n";
-        const auto otherwise = [](const std::string &text) { return " else {\n" + text + "    }\n"; };
-        switch (operation_.returns) {
-            case QBOBJ_RETURNS_FOUND: return signed_result + lost("not found", "3") + otherwise(outputs);
-            case QBOBJ_RETURNS_ID: return signed_result + lost("not found", "3") + otherwise(print_result);
-            case QBOBJ_RETURNS_COUNT:
-                return signed_result + lost("an argument is malformed", "1") + otherwise(print_result);
-            case QBOBJ_RETURNS_ANSWER:
-                return signed_result + lost("there is no answer", "4") +
-                       otherwise(print_result + "        status = result == 0 ? 0 : 3; /* no */\n");
-            case QBOBJ_RETURNS_TRUTH:
-                return signed_result + print_result.substr(4) + "    status = result != 0 ? 0 : 3; /* no */\n";
-            default: break;
-        }
-        std::string text = "    const uint32_t code = " + call +
-                           ";\n    if (code != 0) {\n        status = failed(code, &err);\n    }";
-        text += outputs.empty() ? "\n" : otherwise(outputs);
-        return text + "    if (code == 0 && err.code != 0) fprintf(stderr, \"warning: %s\\n\", err.message);\n";
-    }
-
-    const Emitted &what_;
-    const QbobjOperation &operation_;
-    EmittedValues values_;
-    std::string body_;      // declarations of what is given
-    std::string printers_;  // functions that print records
-    std::set<const QbobjField *> printed_;
-    bool prints_text_ = false;
-    bool prints_xml_ = false;
+    const bool alone_;
 };
 
 }  // namespace
 
 std::string emit_c(const Emitted &what)
 {
-    return Writer(what).program();
+    return Writer(what, false).program();
+}
+
+std::string emit_c_call(const Emitted &what)
+{
+    return Writer(what, true).call_alone();
 }
 
 }  // namespace qbcli

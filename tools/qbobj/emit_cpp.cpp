@@ -1,9 +1,5 @@
 // The program in C++, over qbobj.hpp.
-#include <cstdint>
-#include <limits>
-#include <set>
-
-#include "emit.h"
+#include "emit_program.h"
 
 namespace qbcli {
 namespace {
@@ -50,9 +46,11 @@ constexpr const char *kPrintText = R"(void print(int indent, const char *name, c
 
 )";
 
-class Writer {
+constexpr Dialect kDialect = {"nullptr", "db->handle()", "{}", "std::string ", ".c_str()"};
+
+class Writer : public ProgramWriter {
 public:
-    explicit Writer(const Emitted &what) : what_(what), operation_(what.operation), values_(what) {}
+    explicit Writer(const Emitted &what) : ProgramWriter(what, kDialect) {}
 
     std::string program()
     {
@@ -60,12 +58,12 @@ public:
         const std::string outputs = written_outputs();
         std::string text = "// c++ -std=c++20 program.cpp -o program $(pkg-config --cflags --libs qbobj" +
                            std::string(prints_xml_ ? " libxml-2.0" : "") + ")\n";
-        text += values_.secrets().empty() ? "" : "#include <cstdlib>\n";
+        text += has_secrets() ? "#include <cstdlib>\n" : "";
         text += "#include <iomanip>\n#include <iostream>\n";
         if (prints_xml_) text += "#include <libxml/tree.h>\n";
         text += "#include <qbobj.hpp>\n#include <string>\n\nnamespace {\n\n";
         text += kFailed;
-        if (!values_.secrets().empty()) text += kReadSecret;
+        if (has_secrets()) text += kReadSecret;
         if (prints_number_) text += kPrintNumber;
         if (prints_text_) text += kPrintText;
         return text + printers_ + "}  // namespace\n\n" + main_function(call, outputs);
@@ -74,84 +72,21 @@ public:
 private:
     // ---- What is given
 
-    void line(const std::string &text) { body_ += "    " + text + "\n"; }
-
-    void record(const QbobjField *type, const Json &value, const std::string &name)
+    void declare(const QbobjField *type, const Json &, const std::string &name) override
     {
         line("auto " + name + " = qb::absent<" + type->name + ">();");
-        const Json members = value.is_array() ? Json{{type[1].name, value}} : value;
-        for (const auto &[member, part] : members.items()) {
-            if (part.is_null()) continue;
-            const QbobjField *field = find_field(type, member);
-            std::string place = joined({name, ".", member});
-            if (field && field->kind == 'o') {
-                inside(field->subtype, part, joined({name, "_", member}), place);
-                continue;
-            }
-            if (field && !indicator_of(field).empty())
-                place = joined({"qb::maybe(", place, ", ", name, ".", indicator_of(field), ")"});
-            line(place + " = " + (field && is_number(field) ? number(field->kind, part) : text(part)) + ";");
-        }
     }
 
-    void inside(const QbobjField *type, const Json &value, const std::string &name, const std::string &place)
+    std::string target(const QbobjField *field, const std::string &record, const std::string &member) const override
     {
-        const bool list = is_list(type) && value.is_array();
-        if (list) records(type, value, name);
-        else record(type, value, name);
-        if (!list || !value.empty()) line(place + " = &" + name + ";");
+        const std::string place = joined({record, ".", member});
+        const std::string indicator = field ? indicator_of(field) : "";
+        return indicator.empty() ? place : joined({"qb::maybe(", place, ", ", record, ".", indicator, ")"});
     }
 
-    void records(const QbobjField *type, const Json &value, const std::string &name)
+    /// What is completed is completed where it is: the operation may make a chain of it.
+    std::string passed(const QbobjArgument &argument) const override
     {
-        std::string before;
-        for (size_t i = 0; i < value.size(); i++) {
-            const std::string own = i == 0 ? name : name + "_" + std::to_string(i + 1);
-            record(type, value[i], own);
-            if (i > 0) line(joined({before, ".next = &", own, ";"}));
-            before = own;
-        }
-    }
-
-    static std::string number(char kind, const Json &value)
-    {
-        const std::string digits = value.dump();
-        switch (kind) {
-            case 'u': return digits + "U";
-            case 'n': return "UINT64_C(" + digits + ")";
-            case 'l': return value == std::numeric_limits<int64_t>::min() ? "INT64_MIN" : "INT64_C(" + digits + ")";
-            default: return value == std::numeric_limits<int32_t>::min() ? "INT32_MIN" : digits;
-        }
-    }
-
-    static std::string text(const Json &value)
-    {
-        if (const size_t secret = EmittedValues::secret_of(value))
-            return "secret_" + std::to_string(secret) + ".c_str()";
-        const auto &given = value.get_ref<const std::string &>();
-        return given == masked_password ? "masked_password" : c_literal(given);
-    }
-
-    /// What is given for an argument that is not merely filled; what it needs is declared.
-    std::string passed(size_t index)
-    {
-        const QbobjArgument &argument = operation_.arguments[index];
-        const std::optional<Json> &given = values_.given(index);
-        const bool given_value = given && !given->is_null();
-        switch (argument.kind) {
-            case QBOBJ_KIND_INT32: return given_value ? number('i', *given) : "0";
-            case QBOBJ_KIND_UINT64: return given_value ? number('n', *given) : "UINT64_C(0)";
-            case QBOBJ_KIND_STRING: return given_value ? text(*given) : "nullptr";
-            default: break;
-        }
-        switch (passing_of(argument, given)) {
-            case Passing::kNull: return "nullptr";
-            case Passing::kRecords:
-                records(argument.type, *given, argument.name);
-                return std::string("&") + argument.name;
-            default: record(argument.type, given_value ? *given : Json::object(), argument.name);
-        }
-        // What is completed is completed where it is: the operation may make a chain of it.
         return (argument.direction == QBOBJ_INOUT ? "&" : "") + std::string(argument.name);
     }
 
@@ -159,7 +94,7 @@ private:
     {
         std::string call = std::string("qb::call<") + operation_.name + ">(*db";
         for (size_t i = 0; i < operation_.count; i++)
-            if (operation_.arguments[i].direction != QBOBJ_OUT) call += ", " + passed(i);
+            if (operation_.arguments[i].direction != QBOBJ_OUT) call += ", " + given(i);
         return call + ")";
     }
 
@@ -220,30 +155,19 @@ private:
 
     static std::string xml_output(const std::string &name)
     {
-        return "    xmlBufferPtr buffer = xmlBufferCreate();\n"
-               "    xmlNodeDump(buffer, nullptr, " +
-               name +
-               ".get(), 0, 1);\n"
-               "    std::cout << \"" +
-               name +
-               ": \" << reinterpret_cast<const char *>(xmlBufferContent(buffer)) << '\\n';\n"
-               "    xmlBufferFree(buffer);\n";
+        return joined({"    xmlBufferPtr buffer = xmlBufferCreate();\n    xmlNodeDump(buffer, nullptr, ", name,
+                       ".get(), 0, 1);\n    std::cout << \"", name,
+                       ": \" << reinterpret_cast<const char *>(xmlBufferContent(buffer)) << '\\n';\n"
+                       "    xmlBufferFree(buffer);\n"});
     }
 
-    void add_printer(const QbobjField *type)
+    std::string printer_head(const std::string &type) const override
     {
-        if (!printed_.insert(type).second) return;
-        for (const QbobjField *field = type + 1; field->kind != '.'; field++)
-            if (field->subtype) add_printer(field->subtype);
-        std::string text =
-            "void print(int indent, const char *name, const " + std::string(type->name) +
-            " &record)\n{\n    std::cout << std::setw(indent) << \"\" << name << \":\\n\";\n    indent += 2;\n";
-        if (has_key_word(type) && !find_field(type, kKeyWord)) text += text_line(kKeyWord, false);
-        for (const QbobjField *field = type + 1; field->kind != '.'; field++) text += field_line(type, field);
-        printers_ += text + "}\n\n";
+        return "void print(int indent, const char *name, const " + type +
+               " &record)\n{\n    std::cout << std::setw(indent) << \"\" << name << \":\\n\";\n    indent += 2;\n";
     }
 
-    std::string text_line(const std::string &name, bool secret)
+    std::string text_line(const std::string &name, bool secret) override
     {
         prints_text_ = true;
         const std::string value = "record." + name;
@@ -251,11 +175,10 @@ private:
                (secret ? "qb::text(" + value + ").empty() ? " + value + " : masked_password" : value) + ");\n";
     }
 
-    std::string field_line(const QbobjField *type, const QbobjField *field)
+    std::string field_line(const QbobjField *field) override
     {
         const std::string name = field->name;
         const std::string value = "record." + name;
-        if (field->kind == 's') return text_line(name, qbobj_is_secret(type, field));
         const std::string print = "print(indent, \"" + name + "\", ";
         if (field->subtype) {
             if (!is_list(field->subtype)) return "    if (" + value + ") " + print + "*" + value + ");\n";
@@ -274,10 +197,7 @@ private:
     std::string main_function(const std::string &call, const std::string &outputs)
     {
         const DatabaseOptions &database = what_.database;
-        std::string text = "int main(int argc, char **argv)\n{\n";
-        for (size_t i = 0; i < values_.secrets().size(); i++)
-            text += "    const std::string secret_" + std::to_string(i + 1) + " = read_secret(" +
-                    c_literal(values_.secrets()[i]) + ");\n";
+        std::string text = "int main(int argc, char **argv)\n{\n" + secrets();
         text += "    const auto db = qb::Database::open(argc > 1 ? argv[1] : " + c_literal(database.path) +
                 (database.read_only ? ", qb::Open::readonly" : "") +
                 ");\n    if (!db) {\n        std::cerr << db.error().message << '\\n';\n        return 4;\n    }\n";
@@ -289,29 +209,17 @@ private:
         return text + judged(call) + outputs + status();
     }
 
-    std::string settings() const
-    {
-        const DatabaseOptions &database = what_.database;
-        std::string text;
-        if (database.timeout_ms != QBDB_DEFAULT_TIMEOUT_MS)
-            text += "    db->set_timeout(std::chrono::milliseconds(" + std::to_string(database.timeout_ms) + "));\n";
-        if (!database.who.empty()) text += "    qbdb_set_caller(db->handle(), " + c_literal(database.who) + ");\n";
-        if (!database.root.empty())
-            text += "    qbdb_import_options import{};\n    import.root = " + c_literal(database.root) +
-                    ";\n    qbdb_set_import_options(db->handle(), &import);\n";
-        return text;
-    }
-
     std::string judged(const std::string &call) const
     {
         std::string text = "    const auto outcome = " + call + ";\n";
-        const bool own = operation_.returns == QBOBJ_RETURNS_ANSWER || operation_.returns == QBOBJ_RETURNS_COUNT;
-        if (!own) text += "    if (!outcome) return failed(outcome.error());\n";
+        const bool answer = operation_.returns == QBOBJ_RETURNS_ANSWER;
+        if (!answer && operation_.returns != QBOBJ_RETURNS_COUNT)
+            text += "    if (!outcome) return failed(outcome.error());\n";
         else
             text +=
-                "    if (!outcome) {\n        const int status = failed(outcome.error());\n"
-                "        return outcome.error().code == -1 ? " +
-                std::string(operation_.returns == QBOBJ_RETURNS_ANSWER ? "4" : "1") + " : status;\n    }\n";
+                joined({"    if (!outcome) {\n        const int status = failed(outcome.error());\n"
+                        "        return outcome.error().code == -1 ? ",
+                        answer ? "4" : "1", " : status;\n    }\n"});
         if (operation_.returns == QBOBJ_RETURNS_CODE)
             text += "    if (outcome.warning()) std::cerr << \"warning: \" << outcome.warning()->message << '\\n';\n";
         return text;
@@ -323,15 +231,7 @@ private:
         return answer ? "    return *outcome ? 0 : 3;\n}\n" : "    return 0;\n}\n";
     }
 
-    const Emitted &what_;
-    const QbobjOperation &operation_;
-    EmittedValues values_;
-    std::string body_;
-    std::string printers_;
-    std::set<const QbobjField *> printed_;
     bool prints_number_ = false;
-    bool prints_text_ = false;
-    bool prints_xml_ = false;
 };
 
 }  // namespace
