@@ -229,6 +229,17 @@ TEST_F(Completion, OffersTheFieldsThatAnOperationReturns)
     EXPECT_THAT(candidates({"schema", "--"}), AllOf(Contains("--json-schema"), Contains("--openapi")));
 }
 
+TEST_F(Completion, OffersTheLanguagesOfAProgram)
+{
+    EXPECT_THAT(candidates({"--emit", ""}), ElementsAre("c", "c++", "python", "shell"));
+    EXPECT_THAT(candidates({"getLog", "limit=1", "--emit", "py"}), Contains("python"));
+    EXPECT_THAT(candidates({"--emit=c"}), ElementsAre("--emit=c", "--emit=c++", "--emit=python", "--emit=shell"));
+    EXPECT_THAT(candidates({"--emit", "c", "getLog", "lim"}), Contains("limit="));
+    EXPECT_THAT(complete(" --emit c"), ElementsAre("c", "c++"));
+    EXPECT_THAT(complete(" --emit=py"), ElementsAre("python"));
+    EXPECT_THAT(complete(" --emit=py", "COMP_WORDBREAKS=' '"), ElementsAre("--emit=python"));
+}
+
 TEST_F(Completion, ZshAcceptsItsScript)
 {
     const test::Result result = run({"completion", "zsh"});
@@ -256,6 +267,8 @@ TEST_F(Completion, ZshAcceptsItsScript)
     EXPECT_THAT(offered("modifyUser UserName=an"), ElementsAre("anna", "anne smith"));
     EXPECT_THAT(offered("modifyUser 'UserName=anne\\ s'"), ElementsAre("anne smith"));
     EXPECT_THAT(offered("getLog --fields Lo"), Contains("LogId"));
+    EXPECT_THAT(offered("--emit ''"), ElementsAre("c", "c++", "python", "shell"));
+    EXPECT_THAT(offered("--emit="), ElementsAre("c", "c++", "python", "shell"));
 }
 
 }  // namespace

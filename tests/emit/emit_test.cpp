@@ -495,12 +495,25 @@ TEST_F(Emitted, NothingIsOpenedOrCalled)
     EXPECT_EQ(run({"-d", "/no/such.db", "--emit", "c", "addLog", "5"}).status, 0);
 }
 
+TEST_F(Emitted, TheShellsLineHasTheFieldsAndTheForm)
+{
+    const test::Result result = run({"--emit", "shell", "--csv", "--fields", "LogId,Severity", "getLog", "limit=1"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "qbobj --csv --fields LogId,Severity getLog limit=1\n");
+}
+
 TEST_F(Emitted, WhatIsWrongIsRefused)
 {
     const std::pair<std::vector<std::string>, const char *> wrong[] = {
         {{"--emit", "cobol", "getLog"}, "there is no language \"cobol\" (c, c++, python, shell)"},
         {{"--emit", "c", "list"}, "--emit is for operations"},
         {{"--emit", "c", "--dry-run", "truncateLog", "5"}, "not part of a program"},
+        {{"--emit", "c", "--fields", "LogId", "getLog"},
+         "--fields, --tsv, --csv, --dry-run, --changes, --with-secrets, "
+         "--trace and --log-level are not part of a program"},
+        {{"--emit", "c++", "--tsv", "getLog"}, "not part of a program"},
+        {{"--emit", "python", "--csv", "getLog"}, "not part of a program"},
+        {{"--emit", "shell", "--fields", "LogIt", "getLog"}, "LogIt"},
         {{"--emit", "c", "addLog", "five"}, "a whole number"},
         {{"--emit", "c", "deleteLog"}, "nothing is given"},
         {{"--emit", "python", "--root", "/mnt", "truncateLog", "5"}, "nothing for --root"},

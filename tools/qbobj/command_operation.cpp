@@ -40,11 +40,16 @@ void print_program(const CommandLine &line, const QbobjOperation &operation, con
     const Options &options = line.options;
     const auto language =
         std::find(std::begin(kLanguages), std::end(kLanguages) - 1, options.emit) - std::begin(kLanguages);
+    const OutputOptions &output = options.output;
+    const bool rows = output.tsv || output.csv || !output.fields.empty();
     const bool shell = static_cast<Language>(language) == Language::kShell;
-    if (!shell && (options.dry_run || options.changes || options.trace || options.output.secrets ||
+    if (!shell && (rows || options.dry_run || options.changes || options.trace || output.secrets ||
                    options.database.log_level != 0))
         throw Failure(
-            "--emit: --dry-run, --changes, --with-secrets, --trace and --log-level are not part of a program");
+            "--emit: --fields, --tsv, --csv, --dry-run, --changes, --with-secrets, --trace and --log-level are not "
+            "part "
+            "of a program");
+    (void)selection_of(operation, output);  // of the shell's line the fields are right as well
     Emitted what{operation, arguments, words_to_emit(line), options.database};
     if (what.database.path.empty()) what.database.path = "appliance.db";
     print_text(emit(static_cast<Language>(language), what));

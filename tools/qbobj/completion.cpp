@@ -7,6 +7,7 @@
 
 #include "arguments.h"
 #include "describe.h"
+#include "emit.h"
 #include "records.h"
 #include "selection.h"
 #include "stored_names.h"
@@ -206,6 +207,14 @@ std::vector<std::string> field_candidates(const QbobjOperation &operation, const
     return candidates;
 }
 
+/// The languages of --emit, behind what stands before them.
+std::vector<std::string> languages(const std::string &before)
+{
+    std::vector<std::string> candidates;
+    for (const char *const *language = kLanguages; *language; language++) candidates.push_back(before + *language);
+    return candidates;
+}
+
 void add_options(std::vector<std::string> &candidates, const CLI::App &app)
 {
     for (const CLI::Option *option : app.get_options())
@@ -267,6 +276,8 @@ std::vector<std::string> completion_candidates(const CLI::App &app, const std::v
     const QbobjOperation *operation = plain.empty() ? nullptr : qbobj_find_operation(plain[0].c_str());
     const bool fields = current.starts_with("--fields=") || (words.size() > 1 && words[words.size() - 2] == "--fields");
     if (fields && operation) return field_candidates(*operation, current);
+    if (current.starts_with("--emit=")) return languages("--emit=");
+    if (words.size() > 1 && words[words.size() - 2] == "--emit") return languages("");
     std::vector<std::string> candidates;
     if (current.starts_with('-')) {
         add_options(candidates, app);
