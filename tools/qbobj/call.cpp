@@ -141,12 +141,8 @@ void Call::judge(uint32_t rc, const ErrorInfo &err, const Database &database, ui
     bool failed = rc == kMinusOne;
     if (operation_.returns == QBOBJ_RETURNS_CODE) failed = rc != 0;
     if (operation_.returns == QBOBJ_RETURNS_TRUTH) failed = rc == 0 && database.statement_failed();
-    if (rc != 0 && err.code == 0 && !database.got_past_begin()) {
-        std::string why = sqlite3_errstr(static_cast<int>(rc));
-        if (rc == SQLITE_BUSY)
-            why += " by another process (waited " + std::to_string(timeout_ms) + " ms; see --timeout)";
-        fail(rc, err, why, Status::kFailed);
-    }
+    if (rc != 0 && err.code == 0 && !database.got_past_begin())
+        fail(rc, err, why_not_begun(rc, timeout_ms), Status::kFailed);
     if (failed && err.code != 0)
         fail(err.code, err, redacted(err.message ? err.message : "", secrets()), status_of(err.code));
     if (failed) fail_without_report(rc, err, database);

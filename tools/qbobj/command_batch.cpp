@@ -177,10 +177,9 @@ void add_batch(CommandLine &line)
     command->add_option("FILE", given->path, "The lines; standard input without it, or as -");
     command->add_flag("--stop-on-error", given->stop_on_error, "End with the first call that fails");
     command->footer(
-        "A line is {\"call\": OPERATION, \"args\": …}: args as the operation takes them in a JSON argument. Its "
-        "answer\n"
-        "is one line, {\"result\": …} or {\"error\": …}, written before the next line is read. An \"id\" comes back;\n"
-        "\"fields\", an array of names, are what is wanted of the result.\n"
+        "A line is {\"call\": OPERATION, \"args\": …}: args as the operation takes them in a JSON argument. Its\n"
+        "answer is one line, {\"result\": …} or {\"error\": …}, written before the next line is read. An \"id\" comes\n"
+        "back; \"fields\", an array of names, are what is wanted of the result.\n"
         "Each call is a transaction of its own. The exit status is 0, or that of the first call that failed.");
 }
 

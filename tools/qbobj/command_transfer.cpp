@@ -17,11 +17,9 @@ void export_configuration(const Options &options, const std::string &path, bool 
 {
     if (path == "-" && secrets && isatty(STDOUT_FILENO))
         throw Failure("export", "secrets are not shown on a terminal: name a file, or write into a pipe");
-    DatabaseOptions reading = options.database;
-    reading.read_only = true;
-    Options chosen = options;
-    chosen.database = reading;
-    const Database database = open_chosen_database(chosen);
+    Options reading = options;
+    reading.database.read_only = true;
+    const Database database = open_chosen_database(reading);
     const PrivateText document = document_of(database, secrets);
     if (path == "-") print_text(document);
     else write_new_file(path, document);
@@ -70,9 +68,8 @@ void add_export(CommandLine &line)
     command->add_option("FILE", given->path, "Where to write it; standard output without it, or as -");
     command->add_flag("--secrets", given->secrets, "Password hashes, keys and other secrets as well, in clear");
     command->footer(
-        "The file is its owner's alone (mode 0600), and is there whole or not at all. Without --secrets the secrets "
-        "are\n"
-        "left out. The journal is not part of it.");
+        "The file is its owner's alone (mode 0600), and is there whole or not at all. Without --secrets the\n"
+        "secrets are left out. The journal is not part of it.");
 }
 
 void add_import(CommandLine &line)
@@ -83,9 +80,8 @@ void add_import(CommandLine &line)
         [&line, path] { import_configuration(line.options, *path); }, Watching::kOfItsCalls);
     command->add_option("FILE", *path, "The document; - for standard input")->required();
     command->footer(
-        "The database is one that \"qbobj init\" made and that nothing was entered into. It is imported whole or not "
-        "at\n"
-        "all, with all ids. With --dry-run everything is checked, written and taken back.");
+        "The database is one that \"qbobj init\" made and that nothing was entered into. It is imported whole or\n"
+        "not at all, with all ids. With --dry-run everything is checked, written and taken back.");
 }
 
 }  // namespace qbcli

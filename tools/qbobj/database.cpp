@@ -113,6 +113,13 @@ int Database::see_statement(void *self, const char *sql, const char *, uint32_t,
     return 0;
 }
 
+std::string why_not_begun(uint32_t rc, uint32_t timeout_ms)
+{
+    const std::string why = sqlite3_errstr(static_cast<int>(rc));
+    if (rc != SQLITE_BUSY) return why;
+    return why + " by another process (waited " + std::to_string(timeout_ms) + " ms; see --timeout)";
+}
+
 void create_database(const std::string &path, const std::string &volume)
 {
     qbdb_t *qbdb = nullptr;

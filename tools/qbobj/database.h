@@ -59,6 +59,11 @@ private:
     bool trial_ = false;
 };
 
+/// Why a transaction could not begin.
+/// @param rc         What SQLite returned.
+/// @param timeout_ms How long another process's lock was waited for.
+std::string why_not_begun(uint32_t rc, uint32_t timeout_ms);
+
 /// Creates a fresh appliance database, with a first volume unless the name is empty.
 void create_database(const std::string &path, const std::string &volume);
 

@@ -1,13 +1,12 @@
 #include "stored_names.h"
 
-#include <sqlite3.h>
 #include <strings.h>
 
 #include <algorithm>
 #include <exception>
-#include <memory>
 
 #include "database.h"
+#include "tables.h"
 #include "utf8.h"
 
 namespace qbcli {
@@ -69,14 +68,10 @@ std::vector<std::string> read_names(const Database &database, const char *statem
 {
     constexpr size_t kMost = 500;
     std::vector<std::string> names;
-    sqlite3_stmt *prepared = nullptr;
-    sqlite3_prepare_v2(database.connection(), statement, -1, &prepared, nullptr);
-    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> owned(prepared, sqlite3_finalize);
-    while (prepared && names.size() < kMost && sqlite3_step(prepared) == SQLITE_ROW) {
-        const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(prepared, 0));
-        if (!text) continue;
-        const std::string_view name(text, static_cast<size_t>(sqlite3_column_bytes(prepared, 0)));
-        if (!name.empty() && name.starts_with(beginning) && printable(name) == name) names.emplace_back(name);
+    Statement rows(database, statement);
+    while (names.size() < kMost && rows.next()) {
+        const std::string name = rows.text(0);
+        if (!name.empty() && name.starts_with(beginning) && printable(name) == name) names.push_back(name);
     }
     std::sort(names.begin(), names.end());
     return names;

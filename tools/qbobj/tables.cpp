@@ -185,7 +185,8 @@ Json value_to_json(const Value &value, Storage storage)
         if (!is_utf8(*text)) return tagged("bytes", hexadecimal(text->data(), text->size()));
         return storage == Storage::text ? Json(*text) : tagged("text", *text);
     }
-    if (const auto *blob = std::get_if<Blob>(&value)) return tagged("blob", hexadecimal(blob->bytes.data(), blob->bytes.size()));
+    if (const auto *blob = std::get_if<Blob>(&value))
+        return tagged("blob", hexadecimal(blob->bytes.data(), blob->bytes.size()));
     return nullptr;
 }
 
@@ -251,7 +252,7 @@ Value Statement::value(int column) const
 std::string Statement::text(int column) const
 {
     const auto *text = reinterpret_cast<const char *>(sqlite3_column_text(stmt_, column));
-    return text ? text : "";
+    return text ? std::string(text, static_cast<size_t>(sqlite3_column_bytes(stmt_, column))) : "";
 }
 
 Snapshot::Snapshot(const Database &database) : db_(database.connection())
@@ -267,11 +268,7 @@ Snapshot::~Snapshot()
 Transaction::Transaction(const Database &database, uint32_t timeout_ms) : database_(database)
 {
     const uint32_t rc = qbdb_sql_begin(database.handle(), database.connection(), 0, kSource, __LINE__);
-    if (rc == SQLITE_OK) return;
-    const std::string why = sqlite3_errstr(static_cast<int>(rc));
-    if (rc != SQLITE_BUSY) throw Failure(why, Status::kFailed);
-    throw Failure(why + " by another process (waited " + std::to_string(timeout_ms) + " ms; see --timeout)",
-                  Status::kFailed);
+    if (rc != SQLITE_OK) throw Failure(why_not_begun(rc, timeout_ms), Status::kFailed);
 }
 
 Transaction::~Transaction()

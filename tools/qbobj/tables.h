@@ -56,9 +56,8 @@ using Value = std::variant<std::monostate, int64_t, double, std::string, Blob>;
 
 /// @name Values as JSON
 /// Null, the whole numbers of a column of whole numbers, the texts of a column of texts stand as they are. Anything
-/// else is an object with the kind for its member: {"integer": 5}, {"real": 1.5}, {"real": "Infinity"}, {"text":
-/// "five"},
-/// {"blob": "00ff"}, and {"bytes": "80"} for a text that is not UTF-8. @{
+/// else is an object with the kind for its member: {"integer": 5}, {"real": 1.5}, {"real": "Infinity"},
+/// {"text": "five"}, {"blob": "00ff"}, and {"bytes": "80"} for a text that is not UTF-8. @{
 Json value_to_json(const Value &value, Storage storage);
 /// @param where Names the place in messages, which do not quote the value.
 Value value_from_json(const Json &json, Storage storage, const std::string &where);
