@@ -4,6 +4,7 @@
 
 #include "anomaly/setups.h"
 #include "arguments.h"
+#include "emit.h"
 #include "example.h"
 #include "fixture/files.h"
 #include "manual/rendered.h"
@@ -44,28 +45,69 @@ TEST(Examples, AreCallsThatTheTestsMake)
     test::expect_golden("examples/calls.jsonl", calls);
 }
 
+std::string example_of(const QbobjOperation &operation)
+{
+    return manual::c_example(operation, arguments_of(operation));
+}
+
+const std::string &flags()
+{
+    static const std::string all =
+        "-std=c11 -Wall -Wextra -pedantic -Werror -I" + test::source_path("include") + " " + test::compile_flags();
+    return all;
+}
+
 TEST(Examples, CompileAsPrograms)
 {
+    std::string includes;
     std::string program;
-    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        program += "static " +
-                   manual::c_example(*row, arguments_of(*row))
-                       .substr(std::string("#include <qbdb.h>\n#include <qbobj.h>\n#include <stdio.h>\n\n").size());
-    const std::string flags = "-std=c11 -Wall -Wextra -pedantic -Werror -Wno-unused-function -I" +
-                              test::source_path("include") + " " + test::compile_flags();
-    const test::Outcome outcome = test::compile(
-        test::c_compiler(), "c", flags, "#include <qbdb.h>\n#include <qbobj.h>\n#include <stdio.h>\n" + program);
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        const std::string example = example_of(*row);
+        const size_t end = example.find("\n\n") + 1;
+        if (includes.empty()) includes = example.substr(0, end);
+        EXPECT_EQ(example.substr(0, end), includes) << row->name;
+        program += example.substr(end);
+    }
+    const test::Outcome outcome =
+        test::compile(test::c_compiler(), "c", flags() + " -Wno-unused-function", includes + program);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
 }
 
 TEST(Examples, OneStandsAloneAsAFile)
 {
-    const QbobjOperation &add = *qbobj_find_operation("addUser");
-    const std::string flags =
-        "-std=c11 -Wall -Wextra -pedantic -Werror -I" + test::source_path("include") + " " + test::compile_flags();
+    const std::string use = "int (*const used)(qbdb_t *, sqlite3 *, const char *) = call_addUser;\n";
     const test::Outcome outcome =
-        test::compile(test::c_compiler(), "c", flags, manual::c_example(add, arguments_of(add)));
+        test::compile(test::c_compiler(), "c", flags(), example_of(*qbobj_find_operation("addUser")) + use);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
+}
+
+/// What a page shows up to the call is what the command line prints.
+TEST(Examples, ArePartsOfThePrograms)
+{
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++) {
+        const std::string example = example_of(*row);
+        const size_t begin = example.find("static int call_");
+        const size_t end = example.find("&err);\n");
+        ASSERT_TRUE(begin < end && end != std::string::npos) << row->name;
+        qbcli::StandardInput nothing;
+        qbcli::Arguments arguments(*row, nothing);
+        arguments.take(arguments_of(*row));
+        const std::string program = qbcli::emit(qbcli::Language::kC, {*row, arguments, {}, {}});
+        EXPECT_THAT(program, testing::HasSubstr(example.substr(begin, end - begin)));
+    }
+}
+
+TEST(Examples, HoldNoSecret)
+{
+    const QbobjOperation &password = *qbobj_find_operation("setUserPassword");
+    const Json arguments = {{"pw", {{"UserId", 100}, {"Password", "opensesame"}}}};
+    EXPECT_THAT(
+        manual::c_example(password, arguments),
+        testing::AllOf(testing::HasSubstr("call_setUserPassword(qbdb_t *qbdb, sqlite3 *db, const char *secret_1)"),
+                       testing::HasSubstr("    pw.Password = secret_1;\n"),
+                       testing::Not(testing::HasSubstr("opensesame"))));
+    EXPECT_EQ(manual::shell_example(password, arguments),
+              "qbobj -d appliance.db setUserPassword UserId=100 Password=-\n");
 }
 
 /// Everything that is wrong with what was given is found before the database is opened, and this one is not there.
@@ -92,14 +134,11 @@ TEST(Examples, TheFormsOfAValue)
     const QbobjOperation &log = *qbobj_find_operation("addLog");
     EXPECT_EQ(
         manual::shell_example(log, Json{{"time", 7}, {"severity", "it's"}, {"category", nullptr}, {"msgTag", ""}}),
-        "qbobj -d appliance.db addLog time=7 severity='it'\\''s' msgTag=''\n");
-    const QbobjOperation &password = *qbobj_find_operation("setUserPassword");
-    EXPECT_EQ(manual::shell_example(password, Json{{"pw", {{"UserId", 100}, {"Password", "secret"}}}}),
-              "qbobj -d appliance.db setUserPassword UserId=100 Password=-\n");
+        "qbobj -d appliance.db addLog time=7 'severity=it'\\''s' msgTag=\n");
     const QbobjOperation &empty = *qbobj_find_operation("deleteLog");
     EXPECT_EQ(manual::shell_example(empty, Json::object()), "qbobj -d appliance.db deleteLog null\n");
-    EXPECT_THAT(manual::c_example(password, Json{{"pw", {{"Password", "a\"b\\c\n"}}}}),
-                testing::HasSubstr("        .Password = \"a\\\"b\\\\c\\n\",\n"));
+    EXPECT_THAT(manual::c_example(log, Json{{"time", 7}, {"argsXml", "a\"b\\c\n"}}),
+                testing::HasSubstr("qbobj_addLog(qbdb, db, 7, NULL, NULL, NULL, \"a\\\"b\\\\c\\n\", &err);\n"));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace manual {
 
-/// A C function "example_<operation>" that makes the call and says what came out.
+/// A C function that makes the call and says what came out: a part of the program that "qbobj --emit c" prints.
 /// @param arguments As the command line takes them in JSON.
 std::string c_example(const QbobjOperation &operation, const qbcli::Json &arguments);
 

@@ -287,6 +287,7 @@ std::string operation_page(const Source &source, const QbobjOperation &operation
     const Json arguments = source.call(operation);
     page.section("EXAMPLES").display(c_example(operation, arguments));
     page.paragraph().line("The same from a shell:").display(shell_example(operation, arguments));
+    page.paragraph().line("With --emit c, --emit c++ or --emit python that command prints a whole program.");
     write_errors(page, operation, told);
     return page.section("SEE ALSO").references(relatives_of(operation)).source();
 }

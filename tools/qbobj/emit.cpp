@@ -121,6 +121,21 @@ std::string shell_word(std::string_view text)
     return word + "'";
 }
 
+std::string shell_command(const std::vector<std::string> &words, size_t columns)
+{
+    std::string text;
+    size_t start = 0;  // of the line
+    for (const std::string &word : words) {
+        const std::string shown = shell_word(word);
+        if (text.size() - start + 1 + shown.size() > columns) {
+            text += " \\\n   ";
+            start = text.size() - 3;
+        }
+        text += (text.empty() ? "" : " ") + shown;
+    }
+    return text;
+}
+
 std::string indicator_of(const QbobjField *field)
 {
     const bool number = is_number(field);
@@ -184,9 +199,9 @@ bool comes_back(const QbobjArgument &argument, const std::optional<Json> &given)
 
 std::string emit_shell(const Emitted &what)
 {
-    std::string line = "qbobj";
-    for (const std::string &word : what.words) line += " " + shell_word(word);
-    return line + "\n";
+    std::vector<std::string> words = what.words;
+    words.insert(words.begin(), "qbobj");
+    return shell_command(words) + "\n";
 }
 
 std::string emit(Language language, const Emitted &what)

@@ -38,6 +38,8 @@ std::string python_literal(std::string_view text);
 /// A word of a POSIX shell (2024), bash or zsh; only quoted where it has to be.
 std::string shell_word(std::string_view text);
 /// @}
+/// Words as a shell's command, in one line, or in several that are no wider than they have to be.
+std::string shell_command(const std::vector<std::string> &words, size_t columns = std::string::npos);
 
 /// Parts of a text, put together.
 inline std::string joined(std::initializer_list<std::string_view> parts)

@@ -204,8 +204,8 @@ private:
             const std::string value = member + field->name;
             if (field->kind == 's') return print_text(field->name, value);
             const std::string indicator = indicator_of(field);
-            return (indicator.empty() ? "" : "if (!" + member + indicator + ") ") +
-                   print_number("", field->name, field->kind, value);
+            const std::string condition = indicator.empty() ? "" : joined({"if (!", member, indicator, ") "});
+            return condition + print_number("", field->name, field->kind, value);
         }
         return "";
     }
@@ -223,9 +223,8 @@ private:
         prints_xml_ = true;
         return joined({"    xmlBufferPtr buffer = xmlBufferCreate();\n    xmlNodeDump(buffer, NULL, ", name,
                        ", 0, 1);\n    printf(\"", name,
-                       ": %s\\n\", (const char *)xmlBufferContent(buffer));\n    xmlBufferFree(buffer);\n"
-                       "    xmlFreeNode(",
-                       name, ");\n"});
+                       ": %s\\n\", (const char *)xmlBufferContent(buffer));\n    xmlBufferFree(buffer);\n",
+                       "    xmlFreeNode(", name, ");\n"});
     }
 
     std::string printer_head(const std::string &type) const override
@@ -293,7 +292,7 @@ private:
             return made + "{\n        fprintf(stderr, \"" + name +
                    ": %\" PRIu32 \" %s\\n\", code, err.message ? err.message : \"\");\n        return 1;\n    }\n";
         }
-        const std::string made = "    const int32_t result = (int32_t)" + call + ";\n";
+        std::string made = "    const int32_t result = (int32_t)" + call + ";\n";
         if (operation_.returns == QBOBJ_RETURNS_TRUTH) return made;
         const Loss loss = loss_of(operation_);
         return joined({made, "    if (result < 0) {\n",
@@ -324,15 +323,13 @@ private:
         for (size_t i = 0; i < values_.secrets().size(); i++) call += ", secret_" + std::to_string(i + 1);
         return joined({"int main(int argc, char **argv)\n{\n    const char *file = argc > 1 ? argv[1] : ",
                        c_literal(database.path), ";\n", secrets(),
-                       "    qbdb_t *qbdb = NULL;\n    sqlite3 *db = NULL;\n    char why[256] = \"\";\n\n"
-                       "    if (qbdb_open(file, ",
-                       database.read_only ? "QBDB_OPEN_READONLY" : "QBDB_OPEN_EXISTING",
-                       ", NULL, &qbdb, &db, why, sizeof why) != 0) {\n        fprintf(stderr, \"%s\\n\", why);\n"
+                       "    qbdb_t *qbdb = NULL;\n    sqlite3 *db = NULL;\n    char why[256] = \"\";\n\n",
+                       "    if (qbdb_open(file, ", database.read_only ? "QBDB_OPEN_READONLY" : "QBDB_OPEN_EXISTING",
+                       ", NULL, &qbdb, &db, why, sizeof why) != 0) {\n        fprintf(stderr, \"%s\\n\", why);\n",
                        "        return 4;\n    }\n    qbdb->log_level = 0; /* what fails is said above */\n",
-                       settings(),
-                       "    if (qbdb_request_begin(qbdb) != 0) { /* the pool of what is returned */\n"
-                       "        qbdb_close(qbdb);\n        return 5;\n    }\n    const int status = ",
-                       call, ");\n    qbdb_close(qbdb); /* and all that was returned */\n    return status;\n}\n"});
+                       settings(), "    if (qbdb_request_begin(qbdb) != 0) { /* the pool of what is returned */\n",
+                       "        qbdb_close(qbdb);\n        return 5;\n    }\n    const int status = ", call,
+                       ");\n    qbdb_close(qbdb); /* and all that was returned */\n    return status;\n}\n"});
     }
 
     const bool alone_;

@@ -157,7 +157,7 @@ private:
     {
         return joined({"    xmlBufferPtr buffer = xmlBufferCreate();\n    xmlNodeDump(buffer, nullptr, ", name,
                        ".get(), 0, 1);\n    std::cout << \"", name,
-                       ": \" << reinterpret_cast<const char *>(xmlBufferContent(buffer)) << '\\n';\n"
+                       ": \" << reinterpret_cast<const char *>(xmlBufferContent(buffer)) << '\\n';\n",
                        "    xmlBufferFree(buffer);\n"});
     }
 
@@ -216,10 +216,8 @@ private:
         if (!answer && operation_.returns != QBOBJ_RETURNS_COUNT)
             text += "    if (!outcome) return failed(outcome.error());\n";
         else
-            text +=
-                joined({"    if (!outcome) {\n        const int status = failed(outcome.error());\n"
-                        "        return outcome.error().code == -1 ? ",
-                        answer ? "4" : "1", " : status;\n    }\n"});
+            text += joined({"    if (!outcome) {\n        const int status = failed(outcome.error());\n",
+                            "        return outcome.error().code == -1 ? ", answer ? "4" : "1", " : status;\n    }\n"});
         if (operation_.returns == QBOBJ_RETURNS_CODE)
             text += "    if (outcome.warning()) std::cerr << \"warning: \" << outcome.warning()->message << '\\n';\n";
         return text;
