@@ -115,7 +115,7 @@ int Database::see_statement(void *self, const char *sql, const char *, uint32_t,
 
 std::string why_not_begun(uint32_t rc, uint32_t timeout_ms)
 {
-    const std::string why = sqlite3_errstr(static_cast<int>(rc));
+    std::string why = sqlite3_errstr(static_cast<int>(rc));
     if (rc != SQLITE_BUSY) return why;
     return why + " by another process (waited " + std::to_string(timeout_ms) + " ms; see --timeout)";
 }
