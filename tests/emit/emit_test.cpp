@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <regex>
 
 #include "call.h"
@@ -74,33 +75,73 @@ std::string written(const QbobjOperation &operation, bool full, qbcli::Language 
     return qbcli::emit(language, {operation, arguments, {}, database});
 }
 
-/// Programs in C++ as one text: what they include, then each in a namespace of its own, its main() by the name
-/// "program".
-std::string in_namespaces(const std::vector<std::string> &programs)
+/// A program in its parts.
+struct Parts {
+    std::string includes;
+    std::string rest;
+};
+
+Parts parts_of(const std::string &program)
 {
-    std::vector<std::string> includes;
-    std::string bodies;
-    for (size_t i = 0; i < programs.size(); i++) {
-        bodies += "namespace program_" + std::to_string(i) + " {\n";
-        for (std::string line : test::lines_of(programs[i])) {
-            if (line.starts_with("#include")) {
-                if (std::find(includes.begin(), includes.end(), line) == includes.end()) includes.push_back(line);
-                continue;
-            }
-            if (line.starts_with("int main(")) line.replace(4, 4, "program");
-            bodies += line + "\n";
-        }
-        bodies += "}\n";
+    Parts parts;
+    for (const std::string &line : test::lines_of(program))
+        (line.starts_with("#include") ? parts.includes : parts.rest) += line + "\n";
+    return parts;
+}
+
+/// A program in C++ in a namespace of its own, its main() by the name "program".
+std::string in_namespace(size_t number, const std::string &rest)
+{
+    return "namespace program_" + std::to_string(number) + " {\n" +
+           std::regex_replace(rest, std::regex("\nint main\\("), "\nint program(") + "}\n";
+}
+
+/// A program in C with names of its own for all that it defines.
+std::string in_own_names(size_t number, const std::string &rest)
+{
+    static const std::regex definition("\n(?:static )?(?:const )?\\w+ \\*?(\\w+)\\(");
+    std::string before;
+    std::string after;
+    for (std::sregex_iterator at(rest.begin(), rest.end(), definition), end; at != end; ++at) {
+        const std::string name = (*at)[1];
+        before += "#define " + name + " " + name + "_" + std::to_string(number) + "\n";
+        after += "#undef " + name + "\n";
     }
-    std::string text;
-    for (const std::string &line : includes) text += line + "\n";
-    return text + bodies;
+    return before + rest + after;
+}
+
+/// Programs joined as far as they include the same: a compiler reads that once then.
+template <class Separate>
+std::vector<std::string> joined(const std::vector<std::string> &programs, Separate separate)
+{
+    std::map<std::string, std::string> by_includes;
+    for (size_t i = 0; i < programs.size(); i++) {
+        const Parts parts = parts_of(programs[i]);
+        by_includes[parts.includes] += separate(i, parts.rest);
+    }
+    std::vector<std::string> texts;
+    for (const auto &[includes, rest] : by_includes) texts.push_back(includes + rest);
+    return texts;
+}
+
+std::vector<std::string> every_program(qbcli::Language language, bool first_full)
+{
+    std::vector<std::string> programs;
+    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
+        programs.push_back(written(*row, (programs.size() % 2 == 0) == first_full, language));
+    EXPECT_GT(programs.size(), 190u);
+    return programs;
 }
 
 struct Emitted : test::Program {
     const std::string flags =
         test::compile_flags() + " $(pkg-config --cflags libxml-2.0) -I'" + test::source_path("include") +
         "' " QBOBJ_PROGRAM_FLAGS " -Wall -Wextra -Wpedantic -Wconversion -Wno-overlength-strings -Werror ";
+
+    void write_all(const std::string &ending, const std::vector<std::string> &texts) const
+    {
+        for (size_t i = 0; i < texts.size(); i++) file("all_" + std::to_string(i) + ending, texts[i]);
+    }
 
     void expect_compiled(const std::string &command) const
     {
@@ -111,20 +152,14 @@ struct Emitted : test::Program {
 
 TEST_F(Emitted, EveryOperationCompilesInC)
 {
-    int number = 0;
-    for (const QbobjOperation *row = qbobj_operations(); row->name; row++, number++)
-        file("all_" + std::to_string(number) + ".c", written(*row, number % 2 == 1, qbcli::Language::kC));
-    ASSERT_GT(number, 190);
+    write_all(".c", joined(every_program(qbcli::Language::kC, false), in_own_names));
     expect_compiled("'" + test::c_compiler() + "' -std=gnu11 -fsyntax-only " + flags + " all_*.c");
 }
 
 TEST_F(Emitted, EveryOperationCompilesInCpp)
 {
-    std::vector<std::string> programs;
-    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        programs.push_back(written(*row, programs.size() % 2 == 0, qbcli::Language::kCpp));
-    file("all.cpp", in_namespaces(programs));
-    expect_compiled("'" + test::cxx_compiler() + "' -std=c++20 -fsyntax-only " + flags + " all.cpp");
+    write_all(".cpp", joined(every_program(qbcli::Language::kCpp, true), in_namespace));
+    expect_compiled("'" + test::cxx_compiler() + "' -std=c++20 -fsyntax-only " + flags + " all_*.cpp");
 }
 
 // ---- The same as the command line
@@ -387,18 +422,19 @@ std::unique_ptr<Shared> Equal::shared;
 
 TEST_F(Equal, InC)
 {
-    std::string driver = "#include <stdlib.h>\n";
+    std::vector<std::string> programs;
+    std::string declarations = "#include <stdlib.h>\n";
     std::string cases;
-    for (size_t i = 0; i < all.size(); i++) {
-        const std::string name = "program_" + std::to_string(i);
-        file(name + ".c",
-             "#define main " + name + "\nint " + name + "(int argc, char **argv);\n" + emitted("c", all[i]));
-        driver += "int " + name + "(int argc, char **argv);\n";
-        cases += "        case " + std::to_string(i) + ": return " + name + "(argc - 1, argv + 1);\n";
+    for (const Line &line : all) {
+        const std::string main = "main_" + std::to_string(programs.size());
+        declarations += "int " + main + "(int argc, char **argv);\n";
+        cases += "        case " + std::to_string(programs.size()) + ": return " + main + "(argc - 1, argv + 1);\n";
+        programs.push_back(emitted("c", line));
     }
-    file("driver.c", driver + "int main(int argc, char **argv)\n{\n    switch (atoi(argv[1])) {\n" + cases +
+    write_all(".c", joined(programs, in_own_names));
+    file("driver.c", declarations + "int main(int argc, char **argv)\n{\n    switch (atoi(argv[1])) {\n" + cases +
                          "        default: return 99;\n    }\n}\n");
-    expect_compiled("'" + test::c_compiler() + "' -std=gnu11 -O0 " + flags + " driver.c program_*.c -o program -L'" +
+    expect_compiled("'" + test::c_compiler() + "' -std=gnu11 -O0 " + flags + " driver.c all_*.c -o program -L'" +
                     test::build_path("") + "' -lqbobj -lqbdb -lxml2 -Wl,-rpath,'" + test::build_path("") + "'");
     expect_the_same(false, [&](size_t i, const std::string &database) {
         return std::vector<std::string>{directory.path + "/program", std::to_string(i), database};
@@ -407,14 +443,17 @@ TEST_F(Equal, InC)
 
 TEST_F(Equal, InCpp)
 {
-    std::vector<std::string> programs;
+    std::string includes;
+    std::string programs;
     std::string cases;
     for (size_t i = 0; i < all.size(); i++) {
-        programs.push_back(emitted("c++", all[i]));
+        const Parts parts = parts_of(emitted("c++", all[i]));
+        includes += parts.includes;
+        programs += in_namespace(i, parts.rest);
         cases += "        case " + std::to_string(i) + ": return program_" + std::to_string(i) +
                  "::program(argc - 1, argv + 1);\n";
     }
-    file("program.cpp", in_namespaces(programs) +
+    file("program.cpp", includes + programs +
                             "int main(int argc, char **argv)\n{\n    switch (std::stoi(argv[1])) {\n" + cases +
                             "        default: return 99;\n    }\n}\n");
     expect_compiled("'" + test::cxx_compiler() + "' -std=c++20 -O0 " + flags + " program.cpp -o program -L'" +
