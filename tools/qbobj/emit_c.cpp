@@ -80,6 +80,17 @@ Loss loss_of(const QbobjOperation &operation)
     }
 }
 
+/// The first text that is no secret, or else the first number; null where there is nothing but records.
+const QbobjField *telling_field(const QbobjField *type)
+{
+    const QbobjField *first = nullptr;
+    for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
+        if (field->kind == 's' && !qbobj_is_secret(type, field)) return field;
+        if (!first && is_number(field)) first = field;
+    }
+    return first;
+}
+
 std::string print_number(const char *before, const std::string &name, char kind, const std::string &values)
 {
     return joined({"printf(\"", before, name, ": %\" ", format_of_number(kind), " \"\\n\", ", values, ");\n"});
@@ -190,8 +201,7 @@ private:
                                        "; each; each = each->next)\n        ", print});
     }
 
-    /// Prints a record by the function that prints its type, or, where there is none, the field that tells most: the
-    /// first that is no secret and no record.
+    /// Prints a record by the function that prints its type, or, where there is none, the field that tells most.
     std::string print_record(const QbobjField *type, const std::string &name, const std::string &address,
                              const std::string &member)
     {
@@ -199,15 +209,13 @@ private:
             add_printer(type);
             return joined({"print_", type->name, "(0, \"", name, "\", ", address, ");\n"});
         }
-        for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
-            if (field->subtype || qbobj_is_secret(type, field)) continue;
-            const std::string value = member + field->name;
-            if (field->kind == 's') return print_text(field->name, value);
-            const std::string indicator = indicator_of(field);
-            const std::string condition = indicator.empty() ? "" : joined({"if (!", member, indicator, ") "});
-            return condition + print_number("", field->name, field->kind, value);
-        }
-        return "";
+        const QbobjField *field = telling_field(type);
+        if (!field) return "";
+        const std::string value = member + field->name;
+        if (field->kind == 's') return print_text(field->name, value);
+        const std::string indicator = indicator_of(field);
+        const std::string condition = indicator.empty() ? "" : joined({"if (!", member, indicator, ") "});
+        return condition + print_number("", field->name, field->kind, value);
     }
 
     std::string print_text(const std::string &name, const std::string &value)
@@ -308,8 +316,8 @@ private:
         switch (operation_.returns) {
             case QBOBJ_RETURNS_ID:
             case QBOBJ_RETURNS_COUNT: return print + "    return 0;\n";
-            case QBOBJ_RETURNS_ANSWER: return print + "    return result == 0 ? 0 : 3; /* no */\n";
-            case QBOBJ_RETURNS_TRUTH: return print + "    return result != 0 ? 0 : 3; /* no */\n";
+            case QBOBJ_RETURNS_ANSWER: return print + "    return result == 0 ? 0 : 3; /* 3: no */\n";
+            case QBOBJ_RETURNS_TRUTH: return print + "    return result != 0 ? 0 : 3; /* 3: no */\n";
             default: return "    return 0;\n";
         }
     }
