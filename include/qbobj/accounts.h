@@ -36,20 +36,20 @@ struct Quota {
     int32_t AccountId;       /**< Id of the user or group. */
     const char *AccountName; /**< Its name; not read from the database. */
     const char *ShareId;     /**< Data set of the share (the share's `zfs_name`). */
-    uint64_t HardMB;         /**< Limit in megabytes; one above 2147483647 is stored as that. 0 removes the quota of
+    uint64_t HardMB;         /**< Limit in @unit{MB}; one above 2147483647 is stored as that. 0 removes the quota of
                                   an account that is changed. */
-    uint64_t UsedMB;         /**< Megabytes in use as last measured, 0 when never measured; output only. */
+    uint64_t UsedMB;         /**< @unit{MB} in use as last measured, 0 when never measured; output only. */
 };
 
 /** The administrator's password, password recovery and shell access. */
 struct AdminPassword {
-    const char *Password; /**< In: new password in clear text; null or empty to keep the old one. Out: null. */
+    const char *Password; /**< New password in clear text; null or empty to keep the old one; input only. */
     const char *Question; /**< Question of the password recovery. In: null keeps question, answer and address. */
     const char *Answer;   /**< Its answer. In: null keeps question, answer and address. */
     const char *Email;    /**< E-mail address of the recovery. In: null keeps question, answer and address. */
     int32_t Enabled;      /**< 1 when a lost password can be recovered, else 0. */
     const char *Method;   /**< How it is recovered. In: null to keep. */
-    int32_t ResetFlag;    /**< Not stored. Out: 0. */
+    int32_t ResetFlag;    /**< Always 0; output only. */
     int32_t ShellAccess;  /**< 1 when the administrator may log in with a shell, else 0. */
 };
 
@@ -72,8 +72,9 @@ struct MyPassword {
 struct UserHomeFolderSettings {
     struct UserHomeFolderSettings *next; /**< Next element of the list, or null. */
     int32_t UserId;                      /**< Id of the user. */
-    uint64_t SizeLimit;                  /**< Limit in bytes; 0 for none. */
-    uint64_t SizeUsed;                   /**< Bytes in use as last measured, 0 when never measured; output only. */
+    uint64_t SizeLimit;                  /**< Limit in @unit{bytes}; 0 for none. */
+    uint64_t SizeUsed;                   /**< @unit{bytes,Bytes} in use as last measured, 0 when never measured; output
+                                              only. */
     int32_t SnapshotProtectionEnabled;   /**< 1 when snapshots of the home folder are taken. */
     int32_t VisibleSnapshot;             /**< 1 when the folder of the snapshots is visible. */
     const char *VisibleSnapFolder;       /**< Name of that folder, "" when it is hidden; output only. */
@@ -85,8 +86,8 @@ struct UserTimeMachineQuota {
     struct UserTimeMachineQuota *next; /**< Next element of the list, or null. */
     int32_t UserId;                    /**< Id of the user. */
     int32_t Enabled;                   /**< 1 when the user may back up. */
-    int32_t CapacityMB;                /**< Allowance in megabytes. */
-    uint64_t UsedMB; /**< Megabytes that the user's backup takes, measured by each read; output only. */
+    int32_t CapacityMB;                /**< Allowance in @unit{MB}. */
+    uint64_t UsedMB; /**< @unit{MB} that the user's backup takes, measured by each read; output only. */
 };
 
 /** Name and POSIX id of any account. */
@@ -94,7 +95,7 @@ struct SystemUser {
     struct SystemUser *next; /**< Next element of the list, or null. */
     int32_t resource_id;     /**< Id of the account; below 1: UserId is looked at. */
     int32_t UserId;          /**< Id of the account; equal to resource_id on output. */
-    const char *UserName;    /**< Name of the account; output only. */
+    const char *UserName;    /**< Name of the account; shares are given it for one without an id. */
     int32_t _PosixId;        /**< POSIX uid, -1 when the directory does not know it; output only. */
 };
 
@@ -102,7 +103,8 @@ struct SystemUser {
 struct AccountQuery {
     int32_t limit;         /**< Length of the page; 0 for everything. */
     int32_t offset;        /**< Number of accounts to leave out at the beginning; counts with a limit only. */
-    const char *name_like; /**< SQL LIKE pattern with the caller's wildcards, at most 256 bytes; null or "" for all. */
+    const char *name_like; /**< @pattern{SQL LIKE pattern} with the caller's wildcards, at most 256 bytes; null or ""
+                                for all. */
     const char *opt;       /**< Option tokens, see qbobj_getUserCollection(); may be null. Not read for groups. */
     int32_t order;         /**< 1 by name, 2 by id, -1 and -2 the same descending; anything else by name. */
     int32_t ads;           /**< Non-zero lists domain accounts, 0 local ones. */
@@ -115,20 +117,20 @@ struct SystemGroup {
     struct SystemGroup *next; /**< Next element of the list, or null. */
     int32_t resource_id;      /**< Id of the group; below 1: GroupId is looked at. */
     int32_t GroupId;          /**< Id of the group; equal to resource_id on output. */
-    const char *GroupName;    /**< Name of the group; output only. */
+    const char *GroupName;    /**< Name of the group; shares are given it for one without an id. */
     int32_t _PosixId;         /**< POSIX gid, -1 when the directory does not know it; output only. */
 };
 
 /** Defaults for new accounts. */
 struct AccountDefault {
     const char *HomeVolumeId;         /**< Volume of the home folders: its id; its name is taken, too, and stored so. */
-    int32_t DiskQuotaWarn;            /**< Soft limit of quotas in per cent of the hard limit, 1 to 99. */
-    int32_t GroupId;                  /**< Out: id of the default group. In: ignored, the name decides. */
+    int32_t DiskQuotaWarn;            /**< Soft limit of quotas in @unit{per cent} of the hard limit, @range{1,99}. */
+    int32_t GroupId;                  /**< Id of the default group, which its name decides; output only. */
     int32_t DisallowPasswordChange;   /**< 1 when users may not change their passwords, else 0. */
-    uint64_t HomeFolderCapacityLimit; /**< Size limit of a home folder, as new home folders get it; 0 for none. */
+    uint64_t HomeFolderCapacityLimit; /**< Size limit in @unit{bytes}, as new home folders get it; 0 for none. */
     const char *GroupMembership;      /**< Name of the default group. */
     int32_t PrivateTimeMachine;       /**< 1 when a new user gets a Time Machine allowance, else 0. */
-    int32_t PrivateTimeMachineSpace;  /**< Its size in units of 1000 MB. */
+    int32_t PrivateTimeMachineSpace;  /**< Its size in units of @unit{1000 MB}. */
     int32_t SnapshotProtection;       /**< 1 when snapshots protect a new home folder, else 0. */
 };
 
@@ -140,28 +142,30 @@ struct Security {
     const char *orgUnit;    /**< Organisational unit that the appliance joins. */
     const char *restrictOU; /**< Organisational unit that users and groups are imported from. */
     int32_t noSyncADS;      /**< 1 when directory accounts are looked up live instead of imported, else 0. */
-    const char *restrictAccountOu;   /**< Not stored. Out: null. */
+    const char *restrictAccountOu;   /**< Always null: it is not stored; output only. */
     const char *domainAdministrator; /**< Name of the directory's administrator. */
-    const char *passWord;            /**< Not stored. Out: null. */
+    const char *passWord;            /**< Always null: it is not stored; output only. */
     const char *passWordServer;      /**< Login server: a host name, or null or empty for any. */
     int32_t displayTrustedUsers;     /**< 1 when users of trusted domains are shown, else 0. */
-    const char *domainSid;           /**< Out: security identifier of the domain. In: ignored. */
-    int32_t domainGroupAdminGID;     /**< Out: id of the domain administrators' group, 98 when unknown. In: ignored. */
-    int32_t domainAdminUID;          /**< Out: id of the domain administrator, 98 when unknown. In: ignored. */
+    const char *domainSid;           /**< Security identifier of the domain; output only. */
+    int32_t domainGroupAdminGID;     /**< Id of the domain administrators' group, @default{98} when unknown; output
+                                          only. */
+    int32_t domainAdminUID;          /**< Id of the domain administrator, @default{98} when unknown; output only. */
     int32_t joinDomainFailed;        /**< 1 when joining the domain failed, else 0. */
     const char *idmapBackend;        /**< How directory ids become POSIX ids: "tdb" or "rid". */
 };
 
-/** Progress of the import of directory accounts; all fields are out. */
+/** Progress of the import of directory accounts; all fields are output only. */
 struct SecurityAdsProgress {
     const char *State;  /**< "idle", "running", "complete" or "error". */
-    int32_t Percent;    /**< 0 to 100: users and groups make up half each, also when there are none of a kind. */
+    int32_t Percent;    /**< @range{0,100} @unit{per cent}: users and groups make up half each, also when there are none
+                             of a kind. */
     int32_t TotalUser;  /**< Number of users to import. */
     int32_t CurrUser;   /**< Number of users imported so far. */
     int32_t TotalGroup; /**< Number of groups to import. */
     int32_t CurrGroup;  /**< Number of groups imported so far. */
-    int32_t StartAt;    /**< When it began, in seconds since the epoch. */
-    int32_t DoneAt;     /**< When it ended, in seconds since the epoch; 0 before. */
+    int32_t StartAt;    /**< When it began, in @unit{seconds since the epoch}. */
+    int32_t DoneAt;     /**< When it ended, in @unit{seconds since the epoch}; 0 before. */
 };
 
 /** A second name under which SMB clients reach a local account. */
@@ -180,13 +184,13 @@ struct User {
     int32_t resource_id;          /**< Id by which the caller addresses the user; below 1: UserId is looked at. */
     int32_t UserId;               /**< Id of the user; equal to resource_id on output. */
     const char *UserName;         /**< Name of the user. */
-    const char *OldUserName;      /**< Name before a change. */
+    const char *OldUserName;      /**< Name before a change; output only. */
     const char *GroupName;        /**< Name of the primary group. */
     const char *HomeVolumeId;     /**< Volume for the home folder of a new user; input only. */
     const char *HomeDirectory;    /**< Path of the home folder; output only. */
-    const char *OldHomeDirectory; /**< Path of the home folder before a change of the name. */
+    const char *OldHomeDirectory; /**< Path of the home folder before a change of the name; output only. */
     const char *Email;            /**< E-mail address. */
-    const char *FullName;         /**< Full name; only the user list reads it. */
+    const char *FullName;         /**< Full name, told by the user list alone; output only. */
     const char *Password;    /**< In: the password in clear, or #masked_password for the stored one. Out: the mask, ""
                                   when none is stored, or the stored hash where it was asked for. */
     const char *SmbHash;     /**< Password hash of the SMB service; input only. */
@@ -204,17 +208,18 @@ struct User {
 /** Users, and how many there are. */
 struct UserCollection {
     struct User *User;    /**< First of the list, or null. */
-    int32_t Entries;      /**< Number of users that match the whole filter, the page not considered. */
-    int32_t TotalEntries; /**< Number of users before the name filter and the options that choose among them. */
+    int32_t Entries;      /**< Number of users that match the whole filter, the page not considered; output only. */
+    int32_t TotalEntries; /**< Number of users before the name filter and the options that choose among them; output
+                             only. */
 };
 
 /** A group. */
 struct Group {
     struct Group *next;  /**< Next element of the list, or null. */
     int32_t resource_id; /**< Id by which the caller addresses the group; below 1: GroupId is looked at. Of a new
-                              group output only. */
-    int32_t GroupId; /**< Id of the group; equal to resource_id when read. Of a new group the wished id, 100 to 32767,
-                          or below 1 for any. */
+                              group it is returned. */
+    int32_t GroupId; /**< Id of the group; equal to resource_id when read. Of a new group the wished id, or none: see
+                          qbobj_addGroup(). */
     const char *GroupName;        /**< Name of the group. */
     const char *OldGroupName;     /**< Neither read nor written. */
     struct User *SecondaryMember; /**< Secondary members. On input each is addressed by resource_id or, when that is
@@ -226,8 +231,8 @@ struct Group {
 /** Groups, and how many there are. */
 struct GroupCollection {
     struct Group *Group;  /**< First of the list, or null. */
-    int32_t Entries;      /**< Number of groups that match the whole filter, the page not considered. */
-    int32_t TotalEntries; /**< Number of groups before the name filter. */
+    int32_t Entries;      /**< Number of groups that match the whole filter, the page not considered; output only. */
+    int32_t TotalEntries; /**< Number of groups before the name filter; output only. */
 };
 
 /** The SMB user-name map. */
@@ -274,8 +279,8 @@ QBOBJ_API uint32_t qbobj_getUserCollection(qbdb_t *qbdb, sqlite3 *db, UserCollec
  * `nobody`, `guest` and members of the guest group (of `nogroup` when there is no guest group) are not.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param user In: `resource_id`, or `UserId` when that is below 1 (domain users may have negative ids, in
- *             directory mode only); an id of 0 with a `UserName` asks the directory when its users are
+ * @param user In: @by{resource_id}, or @by{UserId} when that is below 1 (domain users may have negative ids, in
+ *             directory mode only); an id of 0 with a @by{UserName} asks the directory when its users are
  *             not synchronised. Out: the user; not written on failure. Not null.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, no such user, or a negative id outside directory mode;
@@ -288,7 +293,7 @@ QBOBJ_API uint32_t qbobj_getUser(qbdb_t *qbdb, sqlite3 *db, User *user, ErrorInf
  * not in the database.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param user In: `resource_id`, or `UserId` when that is below 1 (negative ids in directory mode only).
+ * @param user In: @by{resource_id}, or @by{UserId} when that is below 1 (negative ids in directory mode only).
  *             Out: the account; not written on failure. Not null.
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure, no such account, or a negative id outside directory mode; 8 no id.
@@ -383,7 +388,7 @@ QBOBJ_API uint32_t qbobj_getPosixUIDGID(qbdb_t *qbdb, sqlite3 *db, const char *n
  * Adds up what all home folders use, after the figures were refreshed from the file system.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param bytes Out: bytes in use; not written on failure. Not null.
+ * @param bytes Out: @unit{bytes} in use; not written on failure. Not null.
  * @param err   Out: error record, not null; stays zero.
  * @return 0; 5 the figures could not be refreshed or read.
  */
@@ -482,7 +487,7 @@ QBOBJ_API uint32_t qbobj_getGroupCollection(qbdb_t *qbdb, sqlite3 *db, GroupColl
  * groups through qbobj_getGroupCollection(), and names through qbobj_getSystemGroup().
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group In: `resource_id`, or `GroupId` when that is below 1; not written. Not null.
+ * @param group In: @by{resource_id}, or @by{GroupId} when that is below 1; not written. Not null.
  * @param err   Out: error record, not null.
  * @return 5 always, except 8 no id.
  */
@@ -493,7 +498,7 @@ QBOBJ_API uint32_t qbobj_getGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Error
  * the database.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group In: `resource_id`, or `GroupId` when that is below 1 (negative ids in directory mode only).
+ * @param group In: @by{resource_id}, or @by{GroupId} when that is below 1 (negative ids in directory mode only).
  *              Out: the group; not written on failure. Not null.
  * @param err   Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, no such group, or a negative id outside directory mode;
@@ -506,9 +511,9 @@ QBOBJ_API uint32_t qbobj_getSystemGroup(qbdb_t *qbdb, sqlite3 *db, SystemGroup *
  * @param qbdb  Handle.
  * @param db    Connection.
  * @param group In/out: chain of groups; null creates none. `GroupName` is required and must not be that of
- *              any group, a removed one included. `GroupId` is the id (100 to 32767); below 1 the lowest
- *              free one is taken. `GroupQuota` and `SecondaryMember` may be null. Each group created gets
- *              its id in `resource_id`, which counts only when the call succeeds.
+ *              any group, a removed one included. `GroupId` is the id (@range{GroupId,100,32767});
+ *              @below{GroupId,1} the lowest free one is taken. `GroupQuota` and `SecondaryMember` may be null. Each
+ *              group created gets its id in `resource_id`, which counts only when the call succeeds.
  * @param err   Out: error record, not null.
  * @return 0; 5 database failure, an unknown share, a member named twice, or no free id; 8 no or a bad name, an id
  *         out of range, or a member without an id; 803 the name is taken; 804 the id is taken; 806 the name is
@@ -522,7 +527,7 @@ QBOBJ_API uint32_t qbobj_addGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Error
  * user, cannot go.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ * @param group Chain of groups, each addressed by @by{resource_id}, or @by{GroupId} when that is below 1; null
  *              removes none.
  * @param err   Out: error record, not null.
  * @return 0; 5 database failure; 6 nothing was removed; 8 no id, or no such group; 822 a user's primary
@@ -535,7 +540,7 @@ QBOBJ_API uint32_t qbobj_deleteGroup(qbdb_t *qbdb, sqlite3 *db, Group *group, Er
  * `SecondaryMember` takes all of them away.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group Chain of groups, each addressed by `resource_id`, or `GroupId` when that is below 1; null
+ * @param group Chain of groups, each addressed by @by{resource_id}, or @by{GroupId} when that is below 1; null
  *              changes none. A `GroupName` that is not empty renames the group; the default group does not
  *              follow a new name. Each quota of `GroupQuota` is set, or removed when its `HardMB` is 0; quotas for
  *              other shares stay. The list of members ends at the first one without a `UserName`.
@@ -573,7 +578,7 @@ QBOBJ_API uint32_t qbobj_setAdminPassword(qbdb_t *qbdb, sqlite3 *db, AdminPasswo
  * stands for stored passwords elsewhere is a password like any other here.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param pw   In: the user and the password; not null. A chain is not followed.
+ * @param pw   In: the user by @by{UserId}, and the password; not null. A chain is not followed.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 8 no password, or one that cannot be hashed (512 bytes or more).
  */
@@ -584,7 +589,7 @@ QBOBJ_API uint32_t qbobj_setUserPassword(qbdb_t *qbdb, sqlite3 *db, UserPassword
  * password is locked, cannot do this.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param pw   In: the user, the old and the new password; not null. A chain is not followed.
+ * @param pw   In: the user by @by{UserName}, the old and the new password; not null. A chain is not followed.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 8 an empty field, a new password that cannot be hashed (512 bytes
  *         or more), an unknown user, or a wrong old password.
@@ -673,7 +678,7 @@ QBOBJ_API uint32_t qbobj_addSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublicKey
  * record or in truth, root's twin of the key goes, too; when there is none, nothing is removed.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param key  In: `Id`, and in `UserId` the key's owner; not null. A chain is not followed.
+ * @param key  In: @by{Id}, and in `UserId` the key's owner; not null. A chain is not followed.
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure, root's twin is missing, or `UserId` is a system account's; 838 no such
  *         key.
@@ -685,7 +690,7 @@ QBOBJ_API uint32_t qbobj_deleteSshPublicKey(qbdb_t *qbdb, sqlite3 *db, SshPublic
  * administrator as the owner root's twin of the key changes, too.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param key  In: `Id`, `Title`, `ServeFor`, and in `UserId` the key's owner; not null. A chain is not
+ * @param key  In: @by{Id}, `Title`, `ServeFor`, and in `UserId` the key's owner; not null. A chain is not
  *             followed.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, root's twin is missing, or `UserId` is a system account's;
@@ -734,12 +739,12 @@ QBOBJ_API uint32_t qbobj_getSshPublicKeyCollection(qbdb_t *qbdb, sqlite3 *db, Ss
  * alias; all of the chain or none. One exception: when the allowance of a user cannot be stored, 0 is
  * returned with 5 in `err`; that user and those before it are created, those after it are not.
  *
- * What is read of a record: `UserName` (required); `UserId`, 100 to 32767, or below 1 for the next free
- * one; `SysHash`, else `Password`, else the user has none; `Email`; `GroupName`, else group 99;
- * `HomeVolumeId`, for a home folder on that volume instead of under /home; `IsLocked`; `ShellAccess`, 1
- * for a shell; `UserQuota`; `HomeFolderSettings` and `TimeMachineQuota`, for which the account defaults
- * stand in; `P2PUserName`, the alias of a user of the group `admin` or `sky-loft` whose name is an e-mail
- * address or 32 bytes long.
+ * What is read of a record: `UserName` (required); `UserId`, @range{UserId,100,32767}, or
+ * @below{UserId,1} for the next free one; `SysHash`, else `Password`, else the user has none; `Email`; `GroupName`,
+ * else group 99; `HomeVolumeId`, for a home folder on that volume instead of under /home; `IsLocked`; `ShellAccess`, 1
+ * for a shell; `UserQuota`; `HomeFolderSettings` and `TimeMachineQuota`, for which the account defaults stand in;
+ * `P2PUserName`, the alias of a user of the group `admin` or `sky-loft` whose name is an e-mail address or 32 bytes
+ * long.
  * @param qbdb Handle.
  * @param db   Connection.
  * @param user In and out: chain of users; null creates none. `resource_id`, `UserId` and `HomeDirectory`
@@ -806,8 +811,8 @@ QBOBJ_API uint32_t qbobj_checkUserList(qbdb_t *qbdb, sqlite3 *db, UserCollection
  * `P2PUserName` sets the alias of a cloud user; empty, or when the user is none any more, it goes.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
- *             1, or in directory mode without synchronisation by `UserName`; null changes none.
+ * @param user In and out: chain of users, each addressed by @by{resource_id}, or @by{UserId} when that is
+ *             below 1, or in directory mode without synchronisation by @by{UserName}; null changes none.
  *             `OldUserName` and `OldHomeDirectory` receive what a rename replaced, else "".
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, an unknown share of a quota, or texts too long to be written
@@ -862,8 +867,8 @@ QBOBJ_API uint32_t qbobj_modifyUserVisibleSnapFolder(qbdb_t *qbdb, sqlite3 *db, 
  * folder is the caller's.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param user In and out: chain of users, each addressed by `resource_id`, or `UserId` when that is below
- *             1; null removes none. `UserName` and `HomeDirectory` receive what the user had.
+ * @param user In and out: chain of users, each addressed by @by{resource_id}, or @by{UserId} when that is
+ *             below 1; null removes none. `UserName` and `HomeDirectory` receive what the user had.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 nothing was removed; 8 no such user, a protected one, or
  *         its SSH keys cannot be removed.
@@ -874,7 +879,7 @@ QBOBJ_API uint32_t qbobj_deleteUser(qbdb_t *qbdb, sqlite3 *db, User *user, Error
  * Removes local users by name, as qbobj_deleteUser() does.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param user In and out: chain of users, each addressed by `UserName`; null removes none. `HomeDirectory`
+ * @param user In and out: chain of users, each addressed by @by{UserName}; null removes none. `HomeDirectory`
  *             receives what the user had.
  * @param err  Out: error record, not null.
  * @return As qbobj_deleteUser().
@@ -944,7 +949,7 @@ QBOBJ_API uint32_t qbobj_setSmbUserNameMapUnixUserNameForAll(qbdb_t *qbdb, sqlit
  * Changes the SMB name in the rows that a Unix user name has of one type.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param map  `UnixUserName` and `Type` choose the rows, `SmbUserName` is the new name. A chain is not
+ * @param map  @by{UnixUserName} and @by{Type} choose the rows, `SmbUserName` is the new name. A chain is not
  *             followed.
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure; 8 `map` is null, or its type is not valid.

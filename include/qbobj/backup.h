@@ -29,8 +29,8 @@ struct BackupJob_SourceOrDestination {
 struct BackupJob_Schedule {
     int32_t Enabled;       /**< 1 when it runs. Set to 0, here too, for a job that is given no day of the week. */
     int32_t Frequency;     /**< How often. */
-    int32_t Start;         /**< First hour of the day. */
-    int32_t End;           /**< Last hour of the day. */
+    int32_t Start;         /**< First @unit{hour of the day}. */
+    int32_t End;           /**< Last @unit{hour of the day}. */
     const char *DayOfWeek; /**< Days of the week, "Mon,Wed"; case is ignored, unknown words are left out. */
 };
 
@@ -111,8 +111,8 @@ QBOBJ_API uint32_t qbobj_getBackupJobCollection(qbdb_t *qbdb, sqlite3 *db, Backu
  * Reads one backup job.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param job  In: resource_id or JobId. Out: everything as in the list, but for Eject and Ejectable of both sides,
- *             which stay 0; the sub-records are new, the link is left alone.
+ * @param job  In: @by{resource_id} or @by{JobId}. Out: everything as in the list, but for Eject and Ejectable of both
+ *             sides, which stay 0; the sub-records are new, the link is left alone.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, or an id that is not positive; 6 no such job. The record stays as it is on
  *         failure.
@@ -140,8 +140,8 @@ QBOBJ_API uint32_t qbobj_addBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *job,
  * is no error.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param job  The list; null changes nothing. In: everything, with resource_id or JobId. Out: Changed, and Enabled when
- *             it was changed; the records before a failing one keep what they were given.
+ * @param job  The list; null changes nothing. In: everything, with @by{resource_id} or @by{JobId}. Out: Changed, and
+ *             Enabled when it was changed; the records before a failing one keep what they were given.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, an id that is not positive, or a Start after the End; 8, 807, 841 as in adding.
  */
@@ -151,8 +151,8 @@ QBOBJ_API uint32_t qbobj_modifyBackupJob(qbdb_t *qbdb, sqlite3 *db, BackupJob *j
  * Deletes backup jobs and takes them off the list of the backup button: all of a list, or none.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param job  The list; null deletes nothing. In: resource_id or JobId. Out: JobName where it is null; the records
- *             before a failing one keep what they were given.
+ * @param job  The list; null deletes nothing. In: @by{resource_id} or @by{JobId}. Out: JobName where it is null; the
+ *             records before a failing one keep what they were given.
  * @param err  Out: error record, not null.
  * @return 0; 5 database failure; 6 no such job; 8 an id that is not positive.
  */

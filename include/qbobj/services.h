@@ -38,8 +38,8 @@ struct Timemachine {
     int32_t Enabled;       /**< 1 when it is on. */
     const char *UserName;  /**< Its account: always "Quillbox". */
     const char *Password;  /**< In: clear text, or the mask to keep it; out: the mask or empty. */
-    int32_t CapacityMB;    /**< Size in MB. */
-    int32_t MaxCapacityMB; /**< Out: free space of the home volume in MB. */
+    int32_t CapacityMB;    /**< Size in @unit{MB}. */
+    int32_t MaxCapacityMB; /**< Free space of the home volume in @unit{MB}; output only. */
     int32_t HomeEnabled;   /**< Not filled here. */
 };
 
@@ -53,13 +53,13 @@ struct Coffer {
     const char *DefaultJob;   /**< Default job. */
 };
 
-/** Service-wide SMB settings: read only, but for the first (see qbobj_setHomeFolderOptions()). */
+/** Service-wide SMB settings; all fields are output only. The first is set by qbobj_setHomeFolderOptions(). */
 struct CifsOptions {
     struct CifsOptions *next;                /**< Next element of the list, or null. */
     int32_t UserHomeDirectory;               /**< 1 serves home folders. */
     int32_t UserHomeDirectoryRecycle;        /**< 1 gives home folders a recycle bin. */
-    int32_t UserHomeDirectoryRecycleMaxDays; /**< Days that a deleted file is kept. */
-    int32_t UserHomeDirectoryRecycleMaxSize; /**< Largest size of the recycle bin in MB. */
+    int32_t UserHomeDirectoryRecycleMaxDays; /**< @unit{days,Days} that a deleted file is kept. */
+    int32_t UserHomeDirectoryRecycleMaxSize; /**< Largest size of the recycle bin in @unit{MB}. */
 };
 
 /** What is announced on the local network. */
@@ -74,26 +74,26 @@ struct BonjourOptions {
 
 /** Service-wide FTP settings. */
 struct FtpOptions {
-    int32_t Port;                  /**< TCP port, 1 to 65535. */
+    int32_t Port;                  /**< TCP port, @range{1,65535}. */
     const char *AuthMode;          /**< "anonymous" or "user". */
-    int32_t PassiveRangeMin;       /**< First passive port, 32768 to 65535. */
-    int32_t PassiveRangeMax;       /**< Last passive port. */
+    int32_t PassiveRangeMin;       /**< First passive port, @range{32768,65535}. */
+    int32_t PassiveRangeMax;       /**< Last passive port, @range{32768,65535}, not below the first. */
     int32_t EnableMasquerade;      /**< 1 announces the address below. */
     const char *MasqueradeAddress; /**< Address or host name to announce. */
     int32_t AllowUploadResume;     /**< 1 lets uploads resume. */
-    int32_t UserHomeDirectory;     /**< 1 serves home folders; written by qbobj_setHomeFolderOptions(). */
+    int32_t UserHomeDirectory;     /**< 1 serves home folders, which qbobj_setHomeFolderOptions() sets; output only. */
     int32_t Ftps;                  /**< 1 offers TLS. */
     int32_t ForceFtps;             /**< 1 requires TLS. */
     int32_t ServerTransferLog;     /**< 1 logs transfers. */
-    int32_t MaxUploadRate;         /**< KB per second, 0 to 99999; 0 for no limit. */
-    int32_t MaxDownloadRate;       /**< KB per second, 0 to 99999; 0 for no limit. */
+    int32_t MaxUploadRate;         /**< @unit{KB per second}, @range{0,99999}; 0 for no limit. */
+    int32_t MaxDownloadRate;       /**< @unit{KB per second}, @range{0,99999}; 0 for no limit. */
 };
 
 /** Service-wide DAAP settings. */
 struct DaapOptions {
     const char *sharename; /**< Name that players see. */
     const char *password;  /**< Password of the library; the mask keeps the stored one. */
-    const char *directory; /**< Folder of the library; not written. */
+    const char *directory; /**< Folder of the library; output only. */
 };
 
 /** Service-wide NFS settings. */
@@ -122,7 +122,7 @@ struct SnmpOptions {
 
 /** SSH settings. */
 struct SshOptions {
-    int32_t Port;                   /**< TCP port, 1 to 65535. */
+    int32_t Port;                   /**< TCP port, @range{1,65535}. */
     int32_t PasswordAuthentication; /**< 1 allows log-in by password. */
 };
 
@@ -142,7 +142,7 @@ struct HttpOptions {
 
 /** HTTPS settings. */
 struct HttpsOptions {
-    int32_t Port;           /**< Additional TCP port: 1024 to 65535, 0 for none. */
+    int32_t Port;           /**< Additional TCP port: @range{1024,65535}, @also{0} for none. */
     const char *SslKeyHost; /**< Host name or address in the certificate. */
 };
 
@@ -271,8 +271,9 @@ QBOBJ_API uint32_t qbobj_getHomeFolderOptions(qbdb_t *qbdb, sqlite3 *db, HomeFol
  * A new additional HTTPS port is tried: a port of this machine that something listens on is refused.
  * @param qbdb       Handle.
  * @param db         Connection.
- * @param collection In: the elements; an empty list changes nothing. Out: Changed of an element is raised to 1 when
- *                   the stored settings of its protocol differ from what they were before the call; it is never
+ * @param collection In: the elements, each by its @by{Protocol.key}, @by{Protocol.ProtocolId} or
+ *                   @by{Protocol.ProtocolName}; an empty list changes nothing. Out: Changed of an element is raised to
+ *                   1 when the stored settings of its protocol differ from what they were before the call; it is never
  *                   lowered.
  * @param err        Out: error record, not null.
  * @return 0; 2 no memory; 3 the copies made for the comparison could not be removed (the error record stays empty);
@@ -373,7 +374,7 @@ QBOBJ_API uint32_t qbobj_setTIVOSettings(qbdb_t *qbdb, sqlite3 *db, TivoOptions 
  * Stores or removes the media access key of a TiVo device.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param mak  The device's name; status "true" with the key stores it, any other status removes the device's key.
+ * @param mak  The device's @by{name}; status "true" with the key stores it, any other status removes the device's key.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 8 no name, or no key to store.
  */
@@ -422,7 +423,7 @@ QBOBJ_API uint32_t qbobj_cleanCofferSettings(qbdb_t *qbdb, sqlite3 *db, ErrorInf
  * is the wish, or English ("en-us") without one. A language that is not supported has no items.
  * @param qbdb         Handle.
  * @param db           Connection.
- * @param languageWish Language code; may be null.
+ * @param languageWish Language code; null for @default{"en-us"}.
  * @param dictionary   Out: the element, the root of a tree without a document. It is not in the pool: the caller owns
  *                     it and frees it with xmlFreeNode(), or with xmlFreeDoc() after handing it to a document with
  *                     xmlDocSetRootElement(). Not written on failure.
@@ -436,7 +437,8 @@ QBOBJ_API uint32_t qbobj_getDictionary(qbdb_t *qbdb, sqlite3 *db, const char *la
  * Translates one text of the user interface.
  * @param qbdb         Handle.
  * @param db           Connection.
- * @param languageWish Language code, as in qbobj_getDictionary(); may be null. An unsupported language is English.
+ * @param languageWish Language code, as in qbobj_getDictionary(); null for @default{"en-us"}. An unsupported language
+ *                     is English.
  * @param key          Key of the text; null is known to no dictionary.
  * @param defaultText  The answer for a key that has no text, neither translated nor English; may be null.
  * @param text         Out: the text. Not written on failure.
@@ -450,9 +452,9 @@ QBOBJ_API uint32_t qbobj_getTranslatedString(qbdb_t *qbdb, sqlite3 *db, const ch
  * Reads when the appliance's daemon last started and stopped, and its version.
  * @param qbdb    Handle.
  * @param db      Connection.
- * @param started Out: seconds since the epoch, 0 when it is not known; may be null.
- * @param stopped Out: seconds since the epoch, 0 when it is not known; may be null.
- * @param version Out: the version, "1.0.0" before anything was recorded; may be null.
+ * @param started Out: @unit{seconds since the epoch}, 0 when it is not known; may be null.
+ * @param stopped Out: @unit{seconds since the epoch}, 0 when it is not known; may be null.
+ * @param version Out: the version, @default{"1.0.0"} before anything was recorded; may be null.
  * @param err     Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure. The outputs are not written on failure.
  */
@@ -463,8 +465,8 @@ QBOBJ_API uint32_t qbobj_getQuillboxdInfo(qbdb_t *qbdb, sqlite3 *db, int32_t *st
  * Records when the appliance's daemon started and stopped, and its version: what is given, the rest stays.
  * @param qbdb    Handle.
  * @param db      Connection.
- * @param started Seconds since the epoch; below 0: not given.
- * @param stopped Seconds since the epoch; below 0: not given.
+ * @param started @unit{seconds since the epoch,Seconds since the epoch}; below 0: not given.
+ * @param stopped @unit{seconds since the epoch,Seconds since the epoch}; below 0: not given.
  * @param version The version; null: not given.
  * @param err     Out: error record, not null.
  * @return 0; 2 no memory; 8 database failure, or a version of more than some 450 bytes.

@@ -37,8 +37,8 @@ struct UserPasswordAcl {
 /** What only a block volume has. */
 struct ZvolShareOption {
     const char *ZfsName; /**< Name of the data set. */
-    uint64_t SizeKB;     /**< Size in KiB. */
-    uint64_t UsedKB;     /**< Used space in KiB. */
+    uint64_t SizeKB;     /**< Size in @unit{KiB}. */
+    uint64_t UsedKB;     /**< Used space in @unit{KiB}; output only. */
     int32_t IsSparse;    /**< 1 when space is taken only as it is written. */
 };
 
@@ -78,7 +78,7 @@ struct Process {
     struct Process *next; /**< Next element of the list, or null. */
     int32_t ProcessId;    /**< Process id. */
     int32_t Blocking;     /**< How strongly it blocks others; the largest counts. */
-    int32_t Timestamp;    /**< When it registered, in seconds since the epoch. */
+    int32_t Timestamp;    /**< When it registered, in @unit{seconds since the epoch}. */
 };
 
 /** A host's access to a share. */
@@ -115,9 +115,9 @@ struct CifsShareOption {
     int32_t EnableRecycleBin_void;           /**< Non-zero: EnableRecycleBin has no value. */
     int32_t EnableRecycleBin;                /**< 1 moves deleted files to a recycle bin. */
     int32_t RecycleSizeLimit_void;           /**< Non-zero: RecycleSizeLimit has no value. */
-    int32_t RecycleSizeLimit;                /**< Largest size of the recycle bin in MB, 0 for none. */
+    int32_t RecycleSizeLimit;                /**< Largest size of the recycle bin in @unit{MB}, 0 for none. */
     int32_t RecycleAgeLimit_void;            /**< Non-zero: RecycleAgeLimit has no value. */
-    int32_t RecycleAgeLimit;                 /**< Days that a deleted file is kept, 0 for ever. */
+    int32_t RecycleAgeLimit;                 /**< @unit{days,Days} that a deleted file is kept, 0 for ever. */
     int32_t NewFileFolderPermAutoset_void;   /**< Non-zero: NewFileFolderPermAutoset has no value. */
     int32_t NewFileFolderPermAutoset;        /**< 1 sets the rights below on what is newly created. */
     int32_t AclChangeRestrictionToggle_void; /**< Non-zero: AclChangeRestrictionToggle has no value. */
@@ -211,7 +211,7 @@ struct FileStat {
     int32_t NonOwnerDelete;      /**< 1 lets others than the owner delete files. */
     int32_t AclInherit;          /**< 1 when new entries inherit the folder's ACL. */
     struct PosixAcl *Acls;       /**< POSIX ACL entries, access and default. */
-    int32_t _PosixMode;          /**< Mode bits of the folder; derived, not stored. */
+    int32_t _PosixMode;          /**< Mode bits of the folder: derived, not stored; output only. */
 };
 
 /** A share: a shared folder, or a block volume. */
@@ -231,13 +231,13 @@ struct Share {
     const char *Path;                       /**< Path of the folder. */
     const char *OldPath;                    /**< Out, on rename: the previous path. */
     QBOBJ_ALIGN8 int32_t QuotaMB_void;      /**< Non-zero: QuotaMB has no value. */
-    uint64_t QuotaMB;                       /**< Quota in MB. */
+    uint64_t QuotaMB;                       /**< Quota in @unit{MB}. */
     QBOBJ_ALIGN8 int32_t ReserveMB_void;    /**< Non-zero: ReserveMB has no value. */
-    uint64_t ReserveMB;                     /**< Reservation in MB. */
+    uint64_t ReserveMB;                     /**< Reservation in @unit{MB}. */
     QBOBJ_ALIGN8 int32_t RefQuotaMB_void;   /**< Non-zero: RefQuotaMB has no value. */
-    uint64_t RefQuotaMB;                    /**< Quota without snapshots and clones, in MB. */
+    uint64_t RefQuotaMB;                    /**< Quota without snapshots and clones, in @unit{MB}. */
     QBOBJ_ALIGN8 int32_t RefReserveMB_void; /**< Non-zero: RefReserveMB has no value. */
-    uint64_t RefReserveMB;                  /**< Reservation without snapshots and clones, in MB. */
+    uint64_t RefReserveMB;                  /**< Reservation without snapshots and clones, in @unit{MB}. */
     int32_t Compression_void;               /**< Non-zero: Compression has no value. */
     int32_t Compression;                    /**< 1 compresses. */
     int32_t BitRotProtection_void;          /**< Non-zero: BitRotProtection has no value. */
@@ -247,19 +247,21 @@ struct Share {
     const char *LogBias;                    /**< Bias of the intent log. */
     const char *Origin;                     /**< Snapshot that a clone came from. */
     const char *Sync;                       /**< "standard", "always" or "disabled". */
-    uint64_t AvailableMB;                   /**< Free space in MB. */
-    uint64_t UsedMB;                        /**< Used space in MB. */
-    uint64_t UsedByChildrenMB;              /**< Space used by children, in MB. */
-    uint64_t UsedByDatasetMB;               /**< Space used by the data set itself, in MB. */
-    uint64_t UsedByRefReservationMB;        /**< Space used by the reservation, in MB. */
-    uint64_t UsedBySnapshotsMB;             /**< Space used by snapshots, in MB. */
-    const char *CompressRatio;              /**< Compression ratio as the file system words it. */
-    uint64_t ReferencedMB;                  /**< Space referenced, in MB. */
-    int32_t NrContinuousSnapshots;          /**< Number of scheduled snapshots. */
-    int32_t NrManualSnapshots;              /**< Number of snapshots taken by hand. */
-    int32_t FirstSnapshotCreatedOn;         /**< When the oldest snapshot was taken, in seconds since the epoch. */
-    int32_t LastSnapshotCreatedOn;          /**< When the newest snapshot was taken, in seconds since the epoch. */
-    const char *MigrateToVolumeId;          /**< Volume to which a migration is pending. */
+    uint64_t AvailableMB;                   /**< Free space in @unit{MB}; output only. */
+    uint64_t UsedMB;                        /**< Used space in @unit{MB}; output only. */
+    uint64_t UsedByChildrenMB;              /**< Space used by children, in @unit{MB}; output only. */
+    uint64_t UsedByDatasetMB;               /**< Space used by the data set itself, in @unit{MB}; output only. */
+    uint64_t UsedByRefReservationMB;        /**< Space used by the reservation, in @unit{MB}; output only. */
+    uint64_t UsedBySnapshotsMB;             /**< Space used by snapshots, in @unit{MB}; output only. */
+    const char *CompressRatio;              /**< Compression ratio as the file system words it; output only. */
+    uint64_t ReferencedMB;                  /**< Space referenced, in @unit{MB}; output only. */
+    int32_t NrContinuousSnapshots;          /**< Number of scheduled snapshots; output only. */
+    int32_t NrManualSnapshots;              /**< Number of snapshots taken by hand; output only. */
+    int32_t FirstSnapshotCreatedOn;         /**< When the oldest snapshot was taken, in @unit{seconds since the epoch};
+                                                 output only. */
+    int32_t LastSnapshotCreatedOn;          /**< When the newest snapshot was taken, in @unit{seconds since the epoch};
+                                                 output only. */
+    const char *MigrateToVolumeId;          /**< Volume to which a migration is pending; output only. */
     struct FileStat *Stat;                  /**< Owner and permissions of the folder. */
     struct ZvolShareOption *Zvol;           /**< Block volume options. */
     struct CifsShareOption *Cifs;           /**< SMB options. */
@@ -275,9 +277,12 @@ struct Share {
     struct Quota *UserQuota;                /**< Quotas of users. */
     struct Quota *GroupQuota;               /**< Quotas of groups. */
     struct UsedBy *UsedBy;                  /**< Applications that use the share. */
-    int32_t UpdateTS;                       /**< When the share was last changed, in seconds since the epoch. */
-    int32_t Busy;                           /**< 0, or 1 plus the largest `Blocking` of the processes on the share. */
-    const char *CloneOf;                    /**< Of a clone: volume, slash, parent share, "@", parent snapshot. */
+    int32_t UpdateTS;                       /**< When the share was last changed, in @unit{seconds since the epoch};
+                                                 output only. */
+    int32_t Busy;                           /**< 0, or 1 plus the largest `Blocking` of the processes on the share;
+                                                 output only. */
+    const char *CloneOf;                    /**< Of a clone: volume, slash, parent share, "@", parent snapshot; output
+                                                 only. */
     int32_t CustomSnapshotManagement;       /**< 1 when the share has a snapshot policy of its own. */
     struct SnapshotRetentionRules *SnapshotRetentionRules; /**< How long its snapshots are kept. */
     const char *CustomSnapshotSchedule;                    /**< Schedule of that policy. */
@@ -386,9 +391,9 @@ QBOBJ_API uint32_t qbobj_getAccessibleShareCollection(qbdb_t *qbdb, sqlite3 *db,
  * Reads shares with everything that belongs to them, as qbobj_getShareCollection() describes it.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param share In/out: a chain of shares, read one after the other. Each is named by its key or its `ShareId` (a
- *              positive number), else by its `ShareName`. A failure leaves the record at fault as it was; those before
- *              it are filled. Not null.
+ * @param share In/out: a chain of shares, read one after the other. Each is named by its @by{key} or its @by{ShareId}
+ *              (a positive number), else by its @by{ShareName}. A failure leaves the record at fault as it was; those
+ *              before it are filled. Not null.
  * @param err   Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, or nothing that names a share; 6 no such share.
  */
@@ -400,7 +405,7 @@ QBOBJ_API uint32_t qbobj_getShare(qbdb_t *qbdb, sqlite3 *db, Share *share, Error
  * @param qbdb        Handle.
  * @param db          Connection.
  * @param volumeId    Volume, or null.
- * @param namePattern SQL LIKE pattern of the name with the caller's wildcards, or null.
+ * @param namePattern @pattern{SQL LIKE pattern} of the name with the caller's wildcards, or null.
  * @param zfsName     Data set, or null.
  * @param shares      In/out: shares are appended to its list; a failure leaves those read so far. Not null.
  * @param err         Out: error record, not null.
@@ -493,8 +498,17 @@ QBOBJ_API uint32_t qbobj_getShareProcess(qbdb_t *qbdb, sqlite3 *db, const char *
  *
  * - Without `Stat` everybody may read and write, others than the owner may delete, and the folder belongs to the guest.
  * - Without `Path` the volume decides data set and path; with one the data set is the path without its first slash.
- * - Absent SMB numbers: guests let in (in directory mode not), shown, recycle bin of 25000 MB without age limit, rights
- *   set on new files, bits 1023 kept, no opportunistic locks. Absent sizes and flags of the data set are stored as 0.
+ * - Absent numbers of SMB: guests are let in (in directory mode not), `ShareDisplayOption` is
+ *   @default{Cifs.ShareDisplayOption,0}, `EnableRecycleBin` @default{Cifs.EnableRecycleBin,1}, `RecycleSizeLimit`
+ *   @default{Cifs.RecycleSizeLimit,25000}, `RecycleAgeLimit` @default{Cifs.RecycleAgeLimit,0},
+ *   `NewFileFolderPermAutoset` @default{Cifs.NewFileFolderPermAutoset,1}, `AclChangeRestrictionToggle`
+ *   @default{Cifs.AclChangeRestrictionToggle,1023}, `EnableOplocks` @default{Cifs.EnableOplocks,0}. Of AFP and FTP
+ *   `NewFileFolderPermAutoset` is @default{Afp.NewFileFolderPermAutoset,0} and
+ *   @default{Ftp.NewFileFolderPermAutoset,0}; `EnableWebDav` is @default{Http.EnableWebDav,0}.
+ * - Absent numbers of the data set: `QuotaMB` is @default{QuotaMB,0}, `ReserveMB` @default{ReserveMB,0}, `RefQuotaMB`
+ *   @default{RefQuotaMB,0}, `RefReserveMB` @default{RefReserveMB,0}, `Compression` @default{Compression,0},
+ *   `BitRotProtection` @default{BitRotProtection,0}, `Dedup` @default{Dedup,0}; of the folder `NonOwnerDelete` is
+ *   @default{Stat.NonOwnerDelete,0}.
  * - Default access and rights words have no default: a block names them all.
  * - A user or group list leaves out who would get no more than the default access, except users whose primary group is
  *   `sky-loft` or `admin`. Hosts of an SMB list get read and write access whatever they are given; an AFP host list is
@@ -567,7 +581,7 @@ QBOBJ_API uint32_t qbobj_addShareUsedBy(qbdb_t *qbdb, sqlite3 *db, const char *z
  *
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param share In/out: a chain of shares, each named by its `ShareId`; null does nothing. Out, not on failure:
+ * @param share In/out: a chain of shares, each named by its @by{ShareId}; null does nothing. Out, not on failure:
  *              `OldVisibleSnapshot` and `Stat->_PosixMode`; `OldShareName` and `OldPath` of a share that is renamed;
  *              `Path` where it was null; `Changed` of the protocols.
  * @param err   Out: error record, not null.
@@ -621,7 +635,7 @@ QBOBJ_API uint32_t qbobj_modifyShareUsedByExclusive(qbdb_t *qbdb, sqlite3 *db, c
  * @param zfsName   Data set; null or one that is not known changes nothing.
  * @param shareName Name, written as it is; null is refused by the database.
  * @param comment   Comment, or null for none.
- * @param sizeKB    Size in KiB.
+ * @param sizeKB    Size in @unit{KiB}.
  * @param isSparse  1 when space is taken only as it is written.
  * @param err       Out: error record, not null.
  * @return 0; 5 database failure, or a name that is taken or null.
@@ -657,8 +671,9 @@ QBOBJ_API uint32_t qbobj_modifyShareSnapshotSchedule(qbdb_t *qbdb, sqlite3 *db, 
  *
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param share A chain of shares, each named by its key or else its `ShareId`; of the rest only is looked at whether
- *              there is a `Cifs` block, with which the SMB service gets its settings made anew. Null does nothing.
+ * @param share A chain of shares, each named by its @by{key} or else its @by{ShareId}; of the rest only is looked at
+ *              whether there is a `Cifs` block, with which the SMB service gets its settings made anew. Null does
+ *              nothing.
  * @param err   Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 the share's row was gone when it came to it; 8 an id that is malformed,
  *         or of no share, or of one that holds another; 902 an application uses the share: the message names it.
@@ -703,7 +718,7 @@ QBOBJ_API uint32_t qbobj_deleteShareProcess(qbdb_t *qbdb, sqlite3 *db, const cha
  * @param qbdb    Handle.
  * @param db      Connection.
  * @param zfsName Data set; null is none.
- * @param usedby  The application: `AppName`. Null is refused.
+ * @param usedby  The application: @by{AppName}. Null is refused.
  * @param err     Out: error record, not null.
  * @return 0; 5 database failure; 8 `usedby` or its `AppName` is null.
  */

@@ -34,11 +34,11 @@ struct Schedule {
     const char *DayOfMonth;      /**< Days of the month in crontab notation. */
     const char *DayOfWeek;       /**< Days of the week in crontab notation. */
     const char *Month;           /**< Months in crontab notation. */
-    int32_t LastTaken;           /**< When the last snapshot was taken, in seconds since the epoch. */
+    int32_t LastTaken;           /**< When the last snapshot was taken, in @unit{seconds since the epoch}. */
     int32_t PurgeManualSnapshot; /**< 1 removes snapshots taken by hand, too. */
-    int32_t TemporaryDisable;    /**< Never stored. */
-    int32_t LastDailyTaken;      /**< When the last daily snapshot was taken. */
-    int32_t LastWeeklyTaken;     /**< When the last weekly snapshot was taken. */
+    int32_t TemporaryDisable;    /**< Never stored; output only. */
+    int32_t LastDailyTaken;      /**< When the last daily snapshot was taken, in @unit{seconds since the epoch}. */
+    int32_t LastWeeklyTaken;     /**< When the last weekly snapshot was taken, in @unit{seconds since the epoch}. */
 };
 
 /** A volume. */
@@ -47,10 +47,10 @@ struct Volume {
     const char *key;           /**< Key word: the text by which the element is addressed. */
     const char *VolumeId;      /**< Id of the volume; also the key word. */
     const char *VolumeName;    /**< Name of the volume. */
-    const char *RaidType;      /**< RAID type, "SWELL" when none is stored. */
-    int64_t BlockTotal;        /**< Size in blocks. */
-    int64_t BlockFree;         /**< Free blocks. */
-    int32_t BlockSize;         /**< Size of a block in bytes. */
+    const char *RaidType;      /**< RAID type, @default{"SWELL"} when none is stored. */
+    int64_t BlockTotal;        /**< Size in @unit{blocks}. */
+    int64_t BlockFree;         /**< Free @unit{blocks}. */
+    int32_t BlockSize;         /**< Size of a block in @unit{bytes}. */
     const char *VolumeHealth;  /**< State of the volume. */
     int32_t SentResilverEvent; /**< 1 when the end of a resilver was announced. */
     int32_t SentScanEnd;       /**< 1 when the end of a scan was announced. */
@@ -71,10 +71,10 @@ struct Disk {
     const char *Model;                    /**< Model. */
     const char *Serial;                   /**< Serial number. */
     const char *FirmwareVersion;          /**< Firmware version. */
-    int32_t RPM;                          /**< Revolutions per minute. */
-    uint64_t Sectors;                     /**< Number of sectors. */
-    uint64_t Capacity;                    /**< Size in bytes. */
-    int32_t Temperature;                  /**< Degrees Celsius. */
+    int32_t RPM;                          /**< @unit{revolutions per minute,Revolutions per minute}. */
+    uint64_t Sectors;                     /**< Number of @unit{sectors}. */
+    uint64_t Capacity;                    /**< Size in @unit{bytes}. */
+    int32_t Temperature;                  /**< @unit{degrees Celsius,Degrees Celsius}. */
     int32_t ATAError;                     /**< Number of ATA errors. */
     const char *Pool;                     /**< Volume to which the disk belongs. */
     const char *PoolType;                 /**< Its role there. */
@@ -99,9 +99,9 @@ struct DiskDiff {
     const char *Model;                    /**< Model. */
     const char *Serial;                   /**< Serial number. */
     const char *FirmwareVersion;          /**< Firmware version. */
-    int32_t RPM;                          /**< Revolutions per minute. */
-    uint64_t Sectors;                     /**< Number of sectors. */
-    uint64_t Capacity;                    /**< Size in bytes. */
+    int32_t RPM;                          /**< @unit{revolutions per minute,Revolutions per minute}. */
+    uint64_t Sectors;                     /**< Number of @unit{sectors}. */
+    uint64_t Capacity;                    /**< Size in @unit{bytes}. */
     const char *DiskEnclosureId;          /**< Enclosure: "controller-" and its number. */
     const char *DiskEnclosureName;        /**< Name of the enclosure. */
     const char *SlotName;                 /**< Slot: column, "x", row. */
@@ -123,7 +123,7 @@ struct Snapshot {
     const char *VolumeName;   /**< Name of the volume. */
     const char *SnapshotName; /**< Name of the snapshot. */
     int32_t Type;             /**< Kind: 1, 2 or 3. */
-    int32_t CreatedOn;        /**< When it was taken, in seconds since the epoch. */
+    int32_t CreatedOn;        /**< When it was taken, in @unit{seconds since the epoch}. */
     const char *Path;         /**< Folder of the snapshot, empty when there is none. */
 };
 
@@ -135,7 +135,7 @@ struct HfSnapshot {
     const char *HomeDir;      /**< Path of the home folder. */
     const char *SnapshotName; /**< Name of the snapshot. */
     int32_t Type;             /**< Kind: 1, 2 or 3. */
-    int32_t CreatedOn;        /**< When it was taken, in seconds since the epoch. */
+    int32_t CreatedOn;        /**< When it was taken, in @unit{seconds since the epoch}. */
     const char *Path;         /**< Folder of the snapshot, empty when there is none. */
 };
 
@@ -154,9 +154,9 @@ struct DiskHealth {
     int32_t CmdTimeouts;        /**< Command timeouts. */
     int32_t PendingSect;        /**< Sectors waiting for reallocation. */
     int32_t UncorrectableErr;   /**< Uncorrectable errors. */
-    int32_t Temp;               /**< Degrees Celsius. */
+    int32_t Temp;               /**< @unit{degrees Celsius,Degrees Celsius}. */
     int32_t StartStopCnt;       /**< Starts and stops. */
-    int32_t PowerOnHrs;         /**< Hours of operation. */
+    int32_t PowerOnHrs;         /**< @unit{hours,Hours} of operation. */
     int32_t PowerCycleCnt;      /**< Power cycles. */
     int32_t LoadCycleCnt;       /**< Load cycles. */
     const char *ZpoolState;     /**< State in the pool. */
@@ -241,7 +241,7 @@ struct Subvolume {
 /** A list of volumes. It is a list element itself. */
 struct VolumeCollection {
     struct VolumeCollection *next; /**< Next element of the list, or null. */
-    const char *SystemRaidMode;    /**< RAID mode of the system. */
+    const char *SystemRaidMode;    /**< RAID mode of the system, @default{"SWELL"} when none is stored. */
     struct Volume *Volume;         /**< Head of the list, null when empty. */
 };
 
@@ -343,7 +343,7 @@ struct SubvolumeCollection {
  * Lists the volumes by name, case ignored; removable storage ("USB") is not among them.
  * @param qbdb    Handle.
  * @param db      Connection.
- * @param volumes Out: SystemRaidMode ("SWELL" when none is stored), and the volumes, appended to the record's list.
+ * @param volumes Out: SystemRaidMode, and the volumes, appended to the record's list.
  * @param err     Out: error record, not null.
  * @return 0; 2 no memory, the volumes read so far stay in the list; 5 database failure.
  */
@@ -354,8 +354,8 @@ QBOBJ_API uint32_t qbobj_getVolumeCollection(qbdb_t *qbdb, sqlite3 *db, VolumeCo
  * stay as they are.
  * @param qbdb   Handle.
  * @param db     Connection.
- * @param volume VolumeId addresses the volume; all other fields are stored as they are, a null text as NULL. When no
- *               volume has the id nothing happens.
+ * @param volume @by{VolumeId} addresses the volume; all other fields are stored as they are, a null text as NULL. When
+ *               no volume has the id nothing happens.
  * @param err    Out: error record, not null. Without a volume it has code 8, and the call returns 0 all the same.
  * @return 0; 5 database failure.
  */
@@ -428,7 +428,7 @@ QBOBJ_API uint32_t qbobj_getDiskEnclosurePort(qbdb_t *qbdb, sqlite3 *db, int32_t
  * here.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param disk In: DevName. Out: the disk; left alone when not exactly one slot has that name. Not to be null.
+ * @param disk In: @by{DevName}. Out: the disk; left alone when not exactly one slot has that name. Not to be null.
  * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
  * @return 0, also when there is no such disk; 2 no memory; 5 database failure.
  */
@@ -463,7 +463,7 @@ QBOBJ_API uint32_t qbobj_getDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff **diff,
  * Finds the disk that sat in the bay of a difference.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param diff Controller and Channel name the bay. Not to be null.
+ * @param diff @by{Controller} and @by{Channel} name the bay. Not to be null.
  * @param disk Out: the first absent disk of the bay that can be read, as qbobj_getDiskByDevname fills it. DevName is
  *             the last one tried; the record is left alone when no disk is absent there. Not to be null.
  * @param err  Out: error record, not null. Without a record it has code 8, after a failed look-up code 5, and the call
@@ -476,7 +476,7 @@ QBOBJ_API uint32_t qbobj_getDiskByDiskDiff(qbdb_t *qbdb, sqlite3 *db, DiskDiff *
  * Removes a disk from the inventory.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param disk DevName names the disk, not null. When there is no such disk nothing happens.
+ * @param disk @by{DevName} names the disk, not null. When there is no such disk nothing happens.
  * @param err  Out: error record, not null. Without a DevName it has code 8, and the call returns 0 all the same.
  * @return 0; 5 database failure.
  */
@@ -540,7 +540,7 @@ QBOBJ_API uint32_t qbobj_addVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeSche
  * Changes when a job runs and what it does. Its volume stays as it is.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param schedule JobID names the job; Enabled, Action, Interval (not null) are the new values. Without such a job
+ * @param schedule @by{JobID} names the job; Enabled, Action, Interval (not null) are the new values. Without such a job
  *                 nothing happens.
  * @param err      Out: error record, not null.
  * @return 0; 5 database failure, or no Interval.
@@ -551,8 +551,8 @@ QBOBJ_API uint32_t qbobj_updateVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeS
  * Deletes a job, or all jobs of a volume.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param schedule JobID names the job; -1 with a VolumeName that is not null: all jobs of that volume. The name is
- *                 put into the statement as it is: one with a quote in it must not come from outside.
+ * @param schedule @by{JobID} names the job; -1 with a @by{VolumeName} that is not null: all jobs of that volume. The
+ *                 name is put into the statement as it is: one with a quote in it must not come from outside.
  * @param err      Out: error record, not null.
  * @return 0, also for a volume without jobs; 5 database failure, or no such job.
  */
@@ -574,10 +574,10 @@ QBOBJ_API uint32_t qbobj_deleteVolumeSchedule(qbdb_t *qbdb, sqlite3 *db, VolumeS
  * @param shareName  Only snapshots of this share; null for all.
  * @param volumeName Only snapshots on this volume; null for all.
  * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
- * @param from       Only snapshots taken in this second or later, counted from the epoch.
- * @param to         Only snapshots taken in this second or earlier; 0: no bound.
+ * @param from       Only snapshots taken then or later, in @unit{seconds since the epoch}.
+ * @param to         Only snapshots taken then or earlier, in @unit{seconds since the epoch}; 0: no bound.
  * @param sortColumn Column of the catalogue to sort by: "id", "zfs_name", "name", "type" or "created_on"; null for
- *                   "created_on".
+ *                   @default{"created_on"}.
  * @param descending Non-zero: from the highest to the lowest.
  * @param limit      Most snapshots to read; 0 or below: no limit.
  * @param offset     Snapshots to skip first.
@@ -596,8 +596,8 @@ QBOBJ_API uint32_t qbobj_getSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, Snapsh
  * @param shareName  Only snapshots of this share; null for all. What is counted is what a listing shows.
  * @param volumeName Only snapshots on this volume; null for all.
  * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
- * @param from       First second.
- * @param to         Last second; 0: no bound.
+ * @param from       Only snapshots taken then or later, in @unit{seconds since the epoch}.
+ * @param to         Only snapshots taken then or earlier, in @unit{seconds since the epoch}; 0: no bound.
  * @param count      Out: how many there are. Not written on failure.
  * @param err        Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, names too long to search for.
@@ -630,7 +630,7 @@ QBOBJ_API uint32_t qbobj_addSnapshot(qbdb_t *qbdb, sqlite3 *db, Snapshot *snapsh
  *                     which stays; 3 those taken in the second `time`; any other number those named `snapshotName`,
  *                     or all when that is null.
  * @param snapshotName Name of a snapshot; may be null but for 2.
- * @param time         Seconds since the epoch; counts for 1 and 3.
+ * @param time         @unit{seconds since the epoch,Seconds since the epoch}; counts for 1 and 3.
  * @param err          Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, no snapshotName with 2, or names too long to be looked for; 6 there was
  *         nothing to remove; 8 an unknown volume or share, or a share that is not on the volume.
@@ -646,10 +646,10 @@ QBOBJ_API uint32_t qbobj_deleteSnapshot(qbdb_t *qbdb, sqlite3 *db, const char *v
  * @param userName   Only snapshots of this user; null for all.
  * @param homeDir    Only snapshots of users whose home folder this is now; null for all.
  * @param type       Only this type; any number but 1, 2 and 3 stands for all three.
- * @param from       Only snapshots taken in this second or later, counted from the epoch.
- * @param to         Only snapshots taken in this second or earlier; 0: no bound.
+ * @param from       Only snapshots taken then or later, in @unit{seconds since the epoch}.
+ * @param to         Only snapshots taken then or earlier, in @unit{seconds since the epoch}; 0: no bound.
  * @param sortColumn Column of the catalogue to sort by: "id", "user_name", "home_dir", "name", "type" or
- *                   "created_on"; null for "created_on".
+ *                   "created_on"; null for @default{"created_on"}.
  * @param descending Non-zero: from the highest to the lowest.
  * @param limit      Most snapshots to read; 0 or below: no limit.
  * @param offset     Snapshots to skip first.
@@ -668,8 +668,8 @@ QBOBJ_API uint32_t qbobj_getHfSnapshotCollection(qbdb_t *qbdb, sqlite3 *db, HfSn
  * @param userName Only snapshots of this user; null for all. What is counted is what a listing shows.
  * @param homeDir  Only snapshots of users whose home folder this is now; null for all.
  * @param type     Only this type; any number but 1, 2 and 3 stands for all three.
- * @param from     First second.
- * @param to       Last second; 0: no bound.
+ * @param from     Only snapshots taken then or later, in @unit{seconds since the epoch}.
+ * @param to       Only snapshots taken then or earlier, in @unit{seconds since the epoch}; 0: no bound.
  * @param count    Out: how many there are. Not written on failure.
  * @param err      Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, names too long to search for.
@@ -697,7 +697,7 @@ QBOBJ_API uint32_t qbobj_addHfSnapshot(qbdb_t *qbdb, sqlite3 *db, HfSnapshot *sn
  * @param homeDir      Path of the home folder as it was when the snapshots were added.
  * @param deleteNewer  Which ones, as for qbobj_deleteSnapshot.
  * @param snapshotName Name of a snapshot; may be null but for 2.
- * @param time         Seconds since the epoch; counts for 1 and 3.
+ * @param time         @unit{seconds since the epoch,Seconds since the epoch}; counts for 1 and 3.
  * @param err          Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure, no snapshotName with 2, or a path too long to be looked for; 6 there
  *         was nothing to remove.
@@ -844,7 +844,8 @@ QBOBJ_API uint32_t qbobj_getDiskHealthCollection(qbdb_t *qbdb, sqlite3 *db, Disk
  * Stores readings of disks in place of earlier ones: the whole chain or, after a failure, none of it.
  * @param qbdb   Handle.
  * @param db     Connection.
- * @param health The first of a chain, null for none. DiskId names the disk; Controller and Channel are not looked at.
+ * @param health The first of a chain, null for none. @by{DiskId} names the disk; Controller and Channel are
+ *               not looked at.
  * @param err    Out: error record, not null.
  * @return 0; 2 no memory; 8 database failure, or no DiskId.
  */
@@ -867,8 +868,8 @@ QBOBJ_API uint32_t qbobj_getEnclosureHealthCollection(qbdb_t *qbdb, sqlite3 *db,
  * name and device and values of 0.
  * @param qbdb   Handle.
  * @param db     Connection.
- * @param health In, out: Controller tells which; the sensors are appended to Health and the key word is set. Nothing
- *               is written on failure.
+ * @param health In, out: @by{Controller} tells which; the sensors are appended to Health and the key word is set.
+ *               Nothing is written on failure.
  * @param err    Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 the enclosure has no sensors.
  */
@@ -879,7 +880,8 @@ QBOBJ_API uint32_t qbobj_getEnclosureHealth(qbdb_t *qbdb, sqlite3 *db, Enclosure
  * sensor read for the first time has had this value always.
  * @param qbdb   Handle.
  * @param db     Connection.
- * @param health Controller, and of each sensor Name, DevId and Value; one without Name or DevId is passed over.
+ * @param health @by{Controller}, and of each sensor @by{Health.Name}, @by{Health.DevId} and Value; one without Name or
+ *               DevId is passed over.
  * @param err    Out: error record, not null.
  * @return 0; 2 no memory; 8 database failure.
  */
@@ -913,7 +915,8 @@ QBOBJ_API uint32_t qbobj_getUpsHealthCollection(qbdb_t *qbdb, sqlite3 *db, UpsHe
  * Stores readings of UPS units in place of earlier ones: the whole chain or, after a failure, none of it.
  * @param qbdb   Handle.
  * @param db     Connection.
- * @param health The first of a chain, null for none. UpsName and ServerHost name the unit; UpsModel is not looked at.
+ * @param health The first of a chain, null for none. @by{UpsName} and @by{ServerHost} name the unit; UpsModel is
+ *               not looked at.
  * @param err    Out: error record, not null.
  * @return 0; 2 no memory; 8 database failure, or no UpsName or ServerHost.
  */
@@ -935,7 +938,7 @@ QBOBJ_API uint32_t qbobj_getLunGroupCollection(qbdb_t *qbdb, sqlite3 *db, LunGro
  * Reads one LUN group.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param group In: @by{Name}. Out: everything; text without a value is null, the link is left alone.
  * @param err   Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 no such group. The record stays as it is on failure.
  */
@@ -965,7 +968,7 @@ QBOBJ_API uint32_t qbobj_addLunGroup(qbdb_t *qbdb, sqlite3 *db, LunGroup *group,
  * Changes a LUN group: everything but its name is written, null text too. An unknown group is no error.
  * @param qbdb  Handle.
  * @param db    Connection.
- * @param group The group; null is refused with 8. Name says which one it is.
+ * @param group The group; null is refused with 8. @by{Name} says which one it is.
  * @param err   Out: error record, not null.
  * @return 0; 5 database failure; 8 no group.
  */
@@ -997,7 +1000,7 @@ QBOBJ_API uint32_t qbobj_getInitiatorCollection(qbdb_t *qbdb, sqlite3 *db, Initi
  * Reads one initiator.
  * @param qbdb      Handle.
  * @param db        Connection.
- * @param initiator In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param initiator In: @by{Name}. Out: everything; text without a value is null, the link is left alone.
  * @param err       Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 no such initiator. The record stays as it is on failure.
  */
@@ -1029,7 +1032,7 @@ QBOBJ_API uint32_t qbobj_addInitiator(qbdb_t *qbdb, sqlite3 *db, Initiator *init
  * Changes the CHAP settings of an initiator; a null secret is written, too. An unknown initiator is no error.
  * @param qbdb      Handle.
  * @param db        Connection.
- * @param initiator The initiator; null is refused with 8. Name says which one it is.
+ * @param initiator The initiator; null is refused with 8. @by{Name} says which one it is.
  * @param err       Out: error record, not null.
  * @return 0; 5 database failure; 8 no initiator.
  */
@@ -1050,7 +1053,7 @@ QBOBJ_API uint32_t qbobj_deleteInitiator(qbdb_t *qbdb, sqlite3 *db, const char *
  * Reads one LUN.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param lun  In: Name. Out: everything; text without a value is null, the link is left alone.
+ * @param lun  In: @by{Name}. Out: everything; text without a value is null, the link is left alone.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 no such LUN. The record stays as it is on failure.
  */

@@ -14,7 +14,7 @@ extern "C" {
 /** The database key of a row, where nothing else of it matters. */
 struct ResourceId {
     struct ResourceId *next; /**< Next element of the list, or null. */
-    int32_t resource_id;     /**< Database key, 1 or more. */
+    int32_t resource_id;     /**< Database key, @range{1,2147483647}. */
 };
 
 /** The configuration of a network interface; bringing it into force is another program's business. */
@@ -36,7 +36,7 @@ struct NetworkInterface {
 struct LogEntry {
     struct LogEntry *next;      /**< Next element of the list, or null. */
     int32_t LogId;              /**< Number of the entry; later entries have higher ones. */
-    int32_t TimeStamp;          /**< When it happened, in seconds since the epoch. */
+    int32_t TimeStamp;          /**< When it happened, in @unit{seconds since the epoch}. */
     const char *Severity;       /**< A QBLOG_SEVERITY_ word. */
     const char *Category;       /**< A QBLOG_CATEGORY_ word, or "apps". */
     const char *MessageTag;     /**< Name of the message's translatable text, "LOGMSG_...". */
@@ -48,8 +48,8 @@ struct LogQuery {
     int32_t limit;           /**< Most entries to read; 0 or below: no limit. */
     int32_t offset;          /**< Entries to skip first; counts only together with a limit. */
     int32_t order;           /**< Non-zero: newest first, that is by falling number. */
-    int32_t timestamp_min;   /**< Only entries after this second; 0: no bound. */
-    int32_t timestamp_max;   /**< Only entries before this second; 0: no bound. */
+    int32_t timestamp_min;   /**< Only entries after it, in @unit{seconds since the epoch}; 0: no bound. */
+    int32_t timestamp_max;   /**< Only entries before it, in @unit{seconds since the epoch}; 0: no bound. */
     const char *severity;    /**< Least severity: "info", "notice", "warn...", "err...", "crit...", "alert" or
                                   "emerg", case ignored; any other word and null select all. */
     const char *severity_in; /**< Severities as a list of words in single quotes with commas between ("'err','crit'"),
@@ -73,7 +73,7 @@ struct UpsConfig {
     const char *UpsMfr;      /**< Manufacturer, learnt from the device. */
     const char *UpsMfrDate;  /**< Date of manufacture, learnt from the device. */
     const char *UpsSerial;   /**< Serial number, learnt from the device. */
-    int32_t ShutdownThreshold;  /**< Battery charge in percent at which the appliance shuts down. */
+    int32_t ShutdownThreshold;  /**< Battery charge in @unit{per cent} at which the appliance shuts down. */
     int32_t Share_enabled;      /**< Local units: 1 when the appliance lets other machines watch the unit. */
     const char *List1;          /**< Local units: address on which the appliance listens for them. */
     const char *SnmpCommunity;  /**< SNMP units: community. */
@@ -82,9 +82,9 @@ struct UpsConfig {
     const char *RemotePassword; /**< Remote units: that user's password, stored in clear. */
     const char *UpsStatus;      /**< Out: last reading, words joined by "_"; "?" when there is none. */
     const char *UpsAlarm;       /**< Out: last alarm; "?" when there is none. */
-    const char *BatteryCharge;  /**< Charge in percent, as text. */
-    int32_t BatteryRunTime;     /**< Seconds that the battery lasts. */
-    const char *BatteryVoltage; /**< Volts, as text. */
+    const char *BatteryCharge;  /**< Charge in @unit{per cent}, as text. */
+    int32_t BatteryRunTime;     /**< @unit{seconds,Seconds} that the battery lasts. */
+    const char *BatteryVoltage; /**< @unit{volts,Volts}, as text. */
 };
 
 /** List of network interfaces. */
@@ -142,10 +142,10 @@ QBOBJ_API uint32_t qbobj_truncateLog(qbdb_t *qbdb, sqlite3 *db, int32_t keep, Er
  * Adds an entry to the system log.
  * @param qbdb     Handle.
  * @param db       Connection.
- * @param time     Seconds since the epoch; below 1: now.
- * @param severity A QBLOG_SEVERITY_ word, case ignored; null for "info".
- * @param category A QBLOG_CATEGORY_ word or "apps", case ignored; null for "misc".
- * @param msgTag   Tag of the message, beginning with "LOGMSG_"; null for "LOGMSG_UNKNOWN".
+ * @param time     @unit{seconds since the epoch,Seconds since the epoch}; below 1: now.
+ * @param severity A QBLOG_SEVERITY_ word, case ignored; null for @default{"info"}.
+ * @param category A QBLOG_CATEGORY_ word or "apps", case ignored; null for @default{"misc"}.
+ * @param msgTag   Tag of the message, beginning with "LOGMSG_"; null for @default{"LOGMSG_UNKNOWN"}.
  * @param argsXml  Arguments of the message as XML text; may be null.
  * @param err      Out: error record, not null.
  * @return 0; 5 database failure; 8 unknown severity or category, or a bad tag.
@@ -170,7 +170,7 @@ QBOBJ_API uint32_t qbobj_getNetworkInterfaceCollection(qbdb_t *qbdb, sqlite3 *db
  * Reads one network interface.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param nif  In: Name. Out: everything; fields without a value are null, the link is left alone.
+ * @param nif  In: @by{Name}. Out: everything; fields without a value are null, the link is left alone.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 6 no such interface; 8 no Name. The record stays as it is
  *         on failure.
@@ -203,7 +203,7 @@ QBOBJ_API uint32_t qbobj_deleteNetworkInterface(qbdb_t *qbdb, sqlite3 *db, const
  * subnet cannot be changed: delete the interface and add it again. An address cannot be emptied either.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param nif  Name addresses the interface; the other fields are the new values. When no interface has
+ * @param nif  @by{Name} addresses the interface; the other fields are the new values. When no interface has
  *             the Name nothing happens.
  * @param err  Out: error record, not null.
  * @return 0, also when nothing was given or found; 2 no memory; 5 database failure, or values of more than
@@ -266,9 +266,9 @@ QBOBJ_API uint32_t qbobj_deleteUpsConfig(qbdb_t *qbdb, sqlite3 *db, const char *
  * unit, and thereby the type, is meant, but the values are written to every unit, the name included.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param ups  The key word; Type, the stored one or null; Name, which is checked as for a new unit; and all fields of
- *             that type as in adding, those that are null emptied. The address of a unit stays. An SNMP unit is
- *             switched on whatever Enabled says. A remote unit cannot be changed: after its fields have been checked
+ * @param ups  The key word, @by{key}; Type, the stored one or null; Name, which is checked as for a new unit; and all
+ *             fields of that type as in adding, those that are null emptied. The address of a unit stays. An SNMP unit
+ *             is switched on whatever Enabled says. A remote unit cannot be changed: after its fields have been checked
  *             the call always fails with 5; delete the unit and add it again.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 8 no such unit, or a bad field; 806 Name too long; 825 a bad character
@@ -280,7 +280,7 @@ QBOBJ_API uint32_t qbobj_setUpsConfig(qbdb_t *qbdb, sqlite3 *db, UpsConfig *ups,
  * Stores what a power supply unit tells of itself.
  * @param qbdb Handle.
  * @param db   Connection.
- * @param ups  The key word; UpsModel, UpsMfr, UpsMfrDate and UpsSerial, those that are null emptied;
+ * @param ups  The key word, @by{key}; UpsModel, UpsMfr, UpsMfrDate and UpsSerial, those that are null emptied;
  *             ShutdownThreshold, which is not written for a remote unit.
  * @param err  Out: error record, not null.
  * @return 0; 2 no memory; 5 database failure; 8 no key word, or no such unit.

@@ -402,6 +402,94 @@ QBOBJ_API const char *qbobj_result_meaning(const QbobjOperation *operation);
 /** @} */
 
 /**
+ * @name Traits
+ * What the sentences of fields and arguments say of units, ranges and the like, for programs. The comments hold it as
+ * marks, so that both are one text.
+ * @{
+ */
+
+/** What is known of a number or a text. What is not known is null or 0. */
+typedef struct QbobjTraits {
+    const char *unit;          /**< What the number measures: "MB", "per cent", "seconds since the epoch". */
+    const char *default_value; /**< What an absent or null value stands for, a number in decimal. */
+    int32_t pattern;           /**< 1 for a text that is used as a pattern of SQL's LIKE. */
+    int32_t ranged;            /**< 1 when the number has a range: other numbers are refused, or do not occur. */
+    int64_t minimum;           /**< Lowest number of the range. */
+    int64_t maximum;           /**< Highest number of the range. */
+    int32_t besides;           /**< 1 when there are numbers beside the range that stand for something else: for none,
+                                    for one that is chosen. */
+    int64_t besides_minimum;   /**< Lowest of these. */
+    int64_t besides_maximum;   /**< Highest of these. */
+} QbobjTraits;
+
+/**
+ * Tells the traits of a field, whatever operation it is given to or returned by.
+ * @param type  Field table of the record's type, not null.
+ * @param field The field's entry in that table, not null.
+ * @return A static row, all zero where nothing is known.
+ */
+QBOBJ_API const QbobjTraits *qbobj_field_traits(const QbobjField *type, const QbobjField *field);
+
+/**
+ * Tells the traits of an argument that is a number or a text.
+ * @param operation Row of the operation table, not null.
+ * @param argument  One of its arguments, not null.
+ * @return A static row, all zero where nothing is known.
+ */
+QBOBJ_API const QbobjTraits *qbobj_argument_traits(const QbobjOperation *operation, const QbobjArgument *argument);
+
+/**
+ * Tells what holds of a field in one operation only, beyond qbobj_field_traits(): the range of the id of a new user,
+ * the defaults of a new share.
+ * @param operation Row of the operation table, not null.
+ * @param argument  One of its arguments that are records, not null.
+ * @param field     Name of the field, that of a record inside with a dot ("Cifs.RecycleSizeLimit"), not null.
+ * @return A static row, all zero where nothing is known.
+ */
+QBOBJ_API const QbobjTraits *qbobj_argument_field_traits(const QbobjOperation *operation,
+                                                         const QbobjArgument *argument, const char *field);
+
+/**
+ * Tells which fields of a record say which one is meant: the one that the operation reads, changes or deletes.
+ * @param operation Row of the operation table, not null.
+ * @param argument  One of its arguments, not null.
+ * @return The names separated by blanks (static), "key" for the key word, in the order in which they are looked at;
+ *         null for none.
+ */
+QBOBJ_API const char *qbobj_argument_addresses(const QbobjOperation *operation, const QbobjArgument *argument);
+
+/**
+ * Tells which way a field goes, as far as that does not follow from the direction of the argument that it is in.
+ * @param type  Field table of the record's type, not null.
+ * @param field The field's entry in that table, not null.
+ * @return QBOBJ_IN for a field that no operation returns, QBOBJ_OUT for one that no operation looks at, else
+ *         QBOBJ_INOUT.
+ */
+QBOBJ_API QbobjDirection qbobj_field_direction(const QbobjField *type, const QbobjField *field);
+
+/**
+ * Tells whether a field holds a list: a chain of any number of records.
+ * @param field The field's entry in its table, not null.
+ * @return 1 for a list; 0 for a single record, which may be null, and for numbers and texts.
+ */
+QBOBJ_API int qbobj_field_is_list(const QbobjField *field);
+
+/**
+ * Tells where the null indicator of an optional number stands, an int32_t that is not 0 when the number is absent.
+ * @param field The field's entry in its table, not null.
+ * @return Offset in the record in bytes; -1 for a field without one.
+ */
+QBOBJ_API int32_t qbobj_field_indicator(const QbobjField *field);
+
+/**
+ * Tells where the key word of a record stands, a text.
+ * @param type Field table of the type, not null.
+ * @return Offset in the record in bytes; -1 for a type without one.
+ */
+QBOBJ_API int32_t qbobj_type_key_word(const QbobjField *type);
+/** @} */
+
+/**
  * The version of the library that runs, "1.0.0". Within a major version the rows of the tables keep their layout: what
  * there is to add about a type or an operation comes as a function, as the meanings above do.
  * @return A static text.
@@ -411,7 +499,8 @@ QBOBJ_API const char *qbobj_version(void);
 /**
  * The size of a row of the tables in the library that runs. What is compiled with this header knows it; a language
  * binding, which may find a newer library with longer rows, steps through the tables by it.
- * @param row Name of the row's structure: "QbobjField", "QbobjType", "QbobjArgument", "QbobjOperation" or "QbobjCode".
+ * @param row Name of the row's structure: "QbobjField", "QbobjType", "QbobjArgument", "QbobjOperation", "QbobjCode" or
+ *            "QbobjTraits".
  * @return Its size in bytes; 0 for null and for any other name.
  */
 QBOBJ_API uint32_t qbobj_row_size(const char *row);

@@ -7,7 +7,7 @@ import ctypes
 import os
 import sysconfig
 from collections.abc import Iterator
-from ctypes import CFUNCTYPE, POINTER, c_char, c_char_p, c_int, c_int32, c_size_t, c_uint32, c_uint64, c_void_p
+from ctypes import CFUNCTYPE, POINTER, c_char, c_char_p, c_int, c_int32, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
 from pathlib import Path
 from typing import Any
 
@@ -37,6 +37,20 @@ class TypeRow(ctypes.Structure):
 
 class CodeRow(ctypes.Structure):
     _fields_ = [("code", c_uint32), ("meaning", c_char_p)]
+
+
+class TraitsRow(ctypes.Structure):
+    _fields_ = [
+        ("unit", c_char_p),
+        ("default", c_char_p),
+        ("pattern", c_int32),
+        ("ranged", c_int32),
+        ("minimum", c_int64),
+        ("maximum", c_int64),
+        ("besides", c_int32),
+        ("besides_minimum", c_int64),
+        ("besides_maximum", c_int64),
+    ]
 
 
 class ArgumentRow(ctypes.Structure):
@@ -112,6 +126,11 @@ _FUNCTIONS: dict[str, tuple[Any, list[Any]]] = {
     "qbobj_operation_meaning": (c_char_p, [c_void_p]),
     "qbobj_argument_meaning": (c_char_p, [c_void_p, c_void_p]),
     "qbobj_result_meaning": (c_char_p, [c_void_p]),
+    "qbobj_field_traits": (POINTER(TraitsRow), [c_void_p, c_void_p]),
+    "qbobj_argument_traits": (POINTER(TraitsRow), [c_void_p, c_void_p]),
+    "qbobj_argument_field_traits": (POINTER(TraitsRow), [c_void_p, c_void_p, c_char_p]),
+    "qbobj_argument_addresses": (c_char_p, [c_void_p, c_void_p]),
+    "qbobj_field_direction": (c_int, [c_void_p, c_void_p]),
     "qbdb_open": (
         c_int,
         [c_char_p, c_uint32, c_void_p, POINTER(c_void_p), POINTER(c_void_p), c_char_p, c_size_t],

@@ -8,7 +8,7 @@ import functools
 import keyword
 from collections.abc import Iterable, Mapping
 from types import MappingProxyType
-from typing import Final
+from typing import Any, Final, NamedTuple
 
 from . import _library
 from ._library import library, plain, rows, words_at
@@ -28,6 +28,39 @@ _RETURNS: Final = ("code", "found", "id", "count", "answer", "truth")
 def python_name(name: str) -> str:
     """A name of the tables as Python can write it."""
     return name + "_" if keyword.iskeyword(name) else name
+
+
+class Traits(NamedTuple):
+    """What is known of a number or a text."""
+
+    unit: str | None = None
+    """What the number measures."""
+    default: str | None = None
+    """What stands for an absent value."""
+    pattern: bool = False
+    """Whether the text is a pattern of SQL's LIKE."""
+    minimum: int | None = None
+    maximum: int | None = None
+    besides: tuple[int, int] | None = None
+    """Numbers beside the range that stand for something else: for none, for one that is chosen."""
+
+    def allows(self, number: int) -> bool:
+        """Whether a number is in the range, or beside it."""
+        if self.besides is not None and self.besides[0] <= number <= self.besides[1]:
+            return True
+        return self.minimum is None or self.maximum is None or self.minimum <= number <= self.maximum
+
+
+def _traits(address: Any) -> Traits:
+    row: _library.TraitsRow = address.contents
+    return Traits(
+        unit=None if row.unit is None else plain(row.unit),
+        default=None if row.default is None else plain(row.default),
+        pattern=bool(row.pattern),
+        minimum=row.minimum if row.ranged else None,
+        maximum=row.maximum if row.ranged else None,
+        besides=(row.besides_minimum, row.besides_maximum) if row.besides else None,
+    )
 
 
 class Field:
@@ -69,6 +102,18 @@ class Field:
         if self.key_word:
             return "Key word of the record."
         return plain(library.qbobj_field_meaning(self._owner._address, self._address))
+
+    @property
+    def traits(self) -> Traits:
+        """Its unit, range and the like."""
+        return Traits() if self.key_word else _traits(library.qbobj_field_traits(self._owner._address, self._address))
+
+    @property
+    def direction(self) -> str:
+        """in for a field that nothing returns, out for one that nothing looks at, else inout."""
+        if self.key_word:
+            return "inout"
+        return _DIRECTIONS[library.qbobj_field_direction(self._owner._address, self._address)]
 
     @property
     def annotation(self) -> str:
@@ -173,6 +218,22 @@ class Argument:
     def meaning(self) -> str:
         """What the argument is for."""
         return plain(library.qbobj_argument_meaning(self._operation._address, self._address))
+
+    @property
+    def traits(self) -> Traits:
+        """Unit, range and the like of a number or a text."""
+        return _traits(library.qbobj_argument_traits(self._operation._address, self._address))
+
+    def traits_of(self, field: str) -> Traits:
+        """What holds of a field in this operation only; that of a record inside with a dot: Cifs.RecycleSizeLimit."""
+        return _traits(
+            library.qbobj_argument_field_traits(self._operation._address, self._address, field.encode("utf-8"))
+        )
+
+    @property
+    def addresses(self) -> tuple[str, ...]:
+        """The fields that say which record is meant, in the order in which they are looked at."""
+        return tuple(plain(library.qbobj_argument_addresses(self._operation._address, self._address)).split())
 
     @property
     def annotation(self) -> str:

@@ -93,6 +93,6 @@ def test_a_collection_is_read_like_its_list():
 
 def test_documentation_tells_the_meanings():
     assert "What one user or group may use of one share." in qbobj.Quota.__doc__
-    assert "HardMB: int\n    Limit in megabytes" in qbobj.Quota.__doc__
+    assert "HardMB: int\n    Limit in MB" in qbobj.Quota.__doc__
     words = next(field for field in qbobj.types["FtpOptions"].fields if field.name == "AuthMode").words
     assert f"Words: {', '.join(words)}." in qbobj.FtpOptions.__doc__

@@ -46,6 +46,29 @@ def test_every_type_has_a_class():
         assert all(field.meaning for field in type.fields), name
 
 
+def field(type, name):
+    return next(field for field in qbobj.types[type].fields if field.name == name)
+
+
+def test_traits_are_those_of_the_tables():
+    assert field("AccountDefault", "DiskQuotaWarn").traits == _tables.Traits(unit="per cent", minimum=1, maximum=99)
+    port = field("HttpsOptions", "Port").traits
+    assert (port.minimum, port.maximum, port.besides) == (1024, 65535, (0, 0))
+    assert [number for number in (-1, 0, 1, 1023, 1024, 65535, 65536) if port.allows(number)] == [0, 1024, 65535]
+    assert field("User", "UserName").traits == _tables.Traits()
+    assert field("User", "UserName").traits.allows(-1)
+    assert field("AccountQuery", "name_like").traits.pattern
+    assert field("Share", "key").traits == _tables.Traits()
+    assert [field("User", name).direction for name in ("UserName", "HomeDirectory", "SysHash")] == ["inout", "out", "in"]
+    operations = qbobj.operations
+    assert operations["addLog"].arguments[1].traits.default == "info"
+    assert operations["getUser"].arguments[0].addresses == ("resource_id", "UserId", "UserName")
+    assert operations["addLog"].arguments[0].addresses == ()
+    share = operations["addShare"].arguments[0]
+    assert share.traits_of("Cifs.RecycleSizeLimit").default == "25000"
+    assert share.traits_of("Nothing") == _tables.Traits()
+
+
 def test_no_name_hides_another():
     own = {name for name in vars(qbobj.Handle) if not name.startswith("__")}
     assert not own & set(qbobj.operations)

@@ -33,6 +33,10 @@ std::string other_structures()
     text += MEMBER(QbobjType, name) + MEMBER(QbobjType, fields);
     text += "QbobjCode " + std::to_string(sizeof(QbobjCode)) + "\n";
     text += MEMBER(QbobjCode, code) + MEMBER(QbobjCode, meaning);
+    text += "QbobjTraits " + std::to_string(sizeof(QbobjTraits)) + "\n";
+    text += MEMBER(QbobjTraits, unit) + MEMBER(QbobjTraits, default_value) + MEMBER(QbobjTraits, pattern) +
+            MEMBER(QbobjTraits, ranged) + MEMBER(QbobjTraits, minimum) + MEMBER(QbobjTraits, maximum) +
+            MEMBER(QbobjTraits, besides) + MEMBER(QbobjTraits, besides_minimum) + MEMBER(QbobjTraits, besides_maximum);
     text += "QbobjArgument " + std::to_string(sizeof(QbobjArgument)) + "\n";
     text += MEMBER(QbobjArgument, name) + MEMBER(QbobjArgument, kind) + MEMBER(QbobjArgument, direction) +
             MEMBER(QbobjArgument, type) + MEMBER(QbobjArgument, optional) + MEMBER(QbobjArgument, chain) +

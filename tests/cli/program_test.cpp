@@ -593,7 +593,7 @@ TEST_F(Program, DescribesEveryOperationAndType)
     const Result operation = run({"describe", "addLog"});
     EXPECT_THAT(operation.out,
                 StartsWith("addLog: Adds an entry.\n\n  qbobj -d DATABASE addLog time=NUMBER [severity=TEXT]"));
-    EXPECT_THAT(operation.out, HasSubstr("severity  in          text, may be left out\n"));
+    EXPECT_THAT(operation.out, HasSubstr("severity  in          text, default \"info\", may be left out\n"));
     EXPECT_THAT(operation.out, HasSubstr("  8  an argument is missing, malformed, or refers to nothing\n"));
     EXPECT_THAT(run({"describe", "addUser"}).out,
                 HasSubstr("Codes\n"
@@ -628,11 +628,39 @@ TEST_F(Program, DescribesEveryOperationAndType)
     EXPECT_THAT(user.out, HasSubstr("UserQuota           list of Quota\n"));
     const Result share = run({"describe", "Share"});
     EXPECT_THAT(share.out, HasSubstr("key                       text, the key word"));
-    EXPECT_THAT(share.out, HasSubstr("unsigned 64-bit number, may be absent\n"));
+    EXPECT_THAT(share.out, HasSubstr("unsigned 64-bit number, MB, may be absent\n"));
     const json fields = json::parse(run({"describe", "User", "--json"}).out)["fields"];
     size_t count = 0;
     while (qbobj_find_type("User")[count + 1].kind != '.') count++;
     EXPECT_EQ(fields.size(), count);
+}
+
+TEST_F(Program, DescribesUnitsRangesAndAddresses)
+{
+    EXPECT_THAT(run({"describe", "AccountDefault"}).out,
+                AllOf(HasSubstr("32-bit number, per cent, 1 to 99\n"), HasSubstr("32-bit number, output only\n")));
+    EXPECT_THAT(run({"describe", "HttpsOptions"}).out, HasSubstr("Port        32-bit number, 1024 to 65535 or 0\n"));
+    EXPECT_THAT(run({"describe", "AccountQuery"}).out, HasSubstr("name_like      text, SQL pattern\n"));
+    EXPECT_THAT(run({"describe", "User"}).out, HasSubstr("SysHash             text, input only, secret\n"));
+    EXPECT_THAT(run({"describe", "getUser"}).out, HasSubstr(" addressed by resource_id, UserId, UserName\n"));
+    EXPECT_THAT(run({"describe", "addUser"}).out, HasSubstr(" UserId: 100 to 32767 or below 1\n"));
+    const auto described = [&](const char *name) { return json::parse(run({"describe", name, "--json"}).out); };
+    const json warning = described("AccountDefault")["fields"][1];
+    EXPECT_EQ(warning["name"], "DiskQuotaWarn");
+    EXPECT_EQ(warning["unit"], "per cent");
+    EXPECT_EQ(warning["minimum"], 1);
+    EXPECT_EQ(warning["maximum"], 99);
+    EXPECT_EQ(warning["besides"], nullptr);
+    EXPECT_EQ(warning["default"], nullptr);
+    EXPECT_EQ(warning["pattern"], false);
+    EXPECT_EQ(warning["direction"], "in and out");
+    EXPECT_EQ(warning["list"], false);
+    EXPECT_EQ(described("HttpsOptions")["fields"][0]["besides"], json::parse("[0,0]"));
+    EXPECT_EQ(described("addLog")["arguments"][1]["default"], "info");
+    const json share = described("addShare")["arguments"][0];
+    EXPECT_EQ(share["fields"]["Cifs.RecycleSizeLimit"]["default"], "25000");
+    EXPECT_EQ(share["addresses"], json::array());
+    EXPECT_EQ(described("deleteShare")["arguments"][0]["addresses"], json::parse(R"(["key","ShareId"])"));
 }
 
 TEST_F(Program, FindsTheTypeThatOnlyAnArgumentHas)

@@ -102,6 +102,9 @@ TEST_F(Schema, WhatOperationsTakeAndGiveFitsIt)
         "{\"call\":\"getLog\",\"args\":{\"query\":{\"severity\":\"loud\"}}}\n"
         "{\"call\":\"getLog\",\"args\":[]}\n"
         "{\"call\":\"addUser\",\"args\":[{\"HomeFolderSettings\":[{\"SizeLimit\":-1}]}]}\n"
+        "{\"call\":\"setAccountDefault\",\"args\":{\"DiskQuotaWarn\":100}}\n"
+        "{\"call\":\"addGroup\",\"args\":{\"GroupName\":\"crew\",\"GroupId\":99}}\n"
+        "{\"call\":\"addGroup\",\"args\":[{\"GroupName\":\"crew\",\"GroupId\":32768}]}\n"
         "{\"call\":\"addUser\",\"args\":[{\"HomeFolderSettings\":[{\"SizeLimit\":18446744073709551616}]}]}\n";
     const Json counted = check(lines, answers, refused);
     const Result result = call({"batch"}, refused);
@@ -141,6 +144,19 @@ TEST_F(Schema, SaysWhatTheTablesSay)
     EXPECT_EQ(definitions["addLog.args"]["required"], Json::array({"time"}));
     for (const QbobjField *type : qbcli::all_types())
         EXPECT_FALSE(definitions[type->name]["description"].get<std::string>().empty()) << type->name;
+
+    const Json &warning = definitions["AccountDefault"]["properties"]["DiskQuotaWarn"];
+    EXPECT_EQ(warning["minimum"], 1);
+    EXPECT_EQ(warning["maximum"], 99);
+    EXPECT_EQ(warning["x-unit"], "per cent");
+    EXPECT_EQ(definitions["HttpsOptions"]["properties"]["Port"]["anyOf"],
+              Json::parse(R"([{"minimum":1024,"maximum":65535},{"minimum":0,"maximum":0}])"));
+    EXPECT_EQ(user["HomeDirectory"]["readOnly"], true);
+    EXPECT_EQ(user["HomeVolumeId"]["writeOnly"], true);
+    EXPECT_FALSE(user["UserName"].contains("readOnly"));
+    EXPECT_EQ(definitions["addLog.args"]["properties"]["severity"]["default"], "info");
+    EXPECT_THAT(definitions["addShare.args"].dump(), HasSubstr(R"("RecycleSizeLimit":{"type":["integer","null"],)"
+                                                               R"("default":25000})"));
 
     const Json add = qbcli::openapi()["paths"]["/addUser"]["post"];
     EXPECT_EQ(add["tags"], Json::array({"users"}));

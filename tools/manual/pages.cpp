@@ -10,6 +10,7 @@
 #include "describe.h"
 #include "example.h"
 #include "records.h"
+#include "traits.h"
 
 namespace manual {
 
@@ -79,22 +80,27 @@ void remark(Page &page, const std::string &before, const Json &names)
     if (!names.empty()) page.paragraph().line(before + joined(names) + ".");
 }
 
-void write_argument(Page &page, const Json &told)
+void write_argument(Page &page, const QbobjOperation &operation, const QbobjArgument &row, const Json &told)
 {
     const std::string about = told["direction"].get<std::string>() + ", " + told["kind"].get<std::string>() +
+                              qbcli::traits_text(*qbobj_argument_traits(&operation, &row)) +
                               (told["optional"].get<bool>() ? ", may be null" : "");
     page.raw(".It Fa " + argument(told["name"].get<std::string>()) + " Pq " + argument(about));
     page.text(without_direction(told["meaning"].get<std::string>()));
     remark(page, "One of the words ", told["words"]);
+    remark(page, "Which record is meant is said by ", told["addresses"]);
+    for (const qbcli::FieldOfOperation &field : qbcli::fields_of_operation(operation, row))
+        page.paragraph().line(field.path + qbcli::traits_text(*field.traits) + ".");
     remark(page, "Not used by this operation, although one might expect it: ", told["ignores"]);
     remark(page, "The eight dots of a masked secret keep what is stored in ", told["keeps"]);
 }
 
-void write_arguments(Page &page, const Json &told)
+void write_arguments(Page &page, const QbobjOperation &operation, const Json &told)
 {
     page.subsection("Arguments").raw(".Bl -tag -width Ds");
     page.raw(".It Fa qbdb , db").line("The handle and its connection.");
-    for (const Json &each : told["arguments"]) write_argument(page, each);
+    for (uint32_t i = 0; i < operation.count; i++)
+        write_argument(page, operation, operation.arguments[i], told["arguments"][i]);
     page.raw(".It Fa err").line("The caller's error record: zeroed first, filled when a failure is reported.");
     page.raw(".El");
 }
@@ -169,9 +175,11 @@ References relatives_of(const QbobjField *type)
     return pages;
 }
 
-void write_field(Page &page, const Json &told)
+void write_field(Page &page, const QbobjField *type, const QbobjField *field, const Json &told)
 {
-    std::string about = told["kind"].get<std::string>();
+    std::string about = told["kind"].get<std::string>() + qbcli::traits_text(*qbobj_field_traits(type, field));
+    if (const std::string direction = told["direction"]; direction != "in and out")
+        about += direction == "out" ? ", output only" : ", input only";
     if (told["optional"].get<bool>()) about += told["type"].is_null() ? ", may be absent" : ", may be empty";
     if (told["secret"].get<bool>()) about += ", secret";
     page.raw(".It Fa " + argument(told["name"].get<std::string>()) + " Pq " + argument(about));
@@ -281,7 +289,7 @@ std::string operation_page(const Source &source, const QbobjOperation &operation
     page.paragraph().line(
         std::string("The operation belongs to the family \"") + operation.family + "\" and " +
         (operation.changes ? "changes the database, in one transaction." : "changes nothing, it only reads."));
-    write_arguments(page, told);
+    write_arguments(page, operation, told);
     write_command(page, told);
     write_return_values(page, told);
     const Json arguments = source.call(operation);
@@ -306,7 +314,7 @@ std::string type_page(const Source &source, const QbobjField *type)
     page.section("DESCRIPTION").text(meaning);
     write_structure(page, type);
     page.paragraph().line("The fields are:").raw(".Bl -tag -width Ds");
-    for (const Json &field : told["fields"]) write_field(page, field);
+    for (size_t i = 0; i < told["fields"].size(); i++) write_field(page, type, type + 1 + i, told["fields"][i]);
     return page.raw(".El").section("SEE ALSO").references(relatives_of(type)).source();
 }
 
@@ -346,7 +354,7 @@ void write_members(Page &page, const std::vector<headers::Named> &members)
 {
     if (members.empty()) return;
     page.paragraph().raw(".Bl -tag -width Ds -offset indent -compact");
-    for (const auto &[name, text] : members) page.macro("It Fa", {name}).text(text);
+    for (const headers::Named &member : members) page.macro("It Fa", {member.name}).text(member.text);
     page.raw(".El");
 }
 
@@ -359,7 +367,7 @@ void write_function(Page &page, const headers::Function &function)
     if (!function.result.empty()) page.paragraph().text("Returns " + function.result);
     if (function.results.empty()) return;
     page.paragraph().line("Returns").raw(".Bl -tag -width Ds -offset indent -compact");
-    for (const auto &[value, text] : function.results) page.macro("It", {value}).text(text);
+    for (const headers::Named &each : function.results) page.macro("It", {each.name}).text(each.text);
     page.raw(".El");
 }
 

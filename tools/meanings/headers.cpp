@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 namespace headers {
 namespace {
@@ -23,8 +24,47 @@ std::string last_name(const std::string &text)
     return text.substr(start, end - start);
 }
 
-/// The text of a comment without its marks: a line a paragraph or list item.
-std::string comment_text(const std::string &comment)
+/// The words that a mark stands for, as the page maker's file of settings (Doxyfile) has them, too: \1 is what stands
+/// first between the braces.
+struct Words {
+    std::string_view mark;
+    size_t arguments;
+    std::string_view text;
+};
+
+constexpr Words kWords[] = {
+    {"unit", 1, "\\1"},         {"unit", 2, "\\2"},          // MB; MB,megabytes
+    {"range", 2, "\\1 to \\2"}, {"range", 3, "\\2 to \\3"},  // 1,99; UserId,100,32767
+    {"also", 1, "\\1"},         {"also", 2, "\\2"},          // 0; UserId,0
+    {"below", 1, "below \\1"},  {"below", 2, "below \\2"},   // 1; UserId,1
+    {"default", 1, "\\1"},      {"default", 2, "\\2"},       // 25000; Comment,"none"
+    {"pattern", 1, "\\1"},                                   // SQL LIKE pattern
+    {"by", 1, "\\1"},                                        // UserId
+};
+
+std::vector<std::string> split(const std::string &list)
+{
+    std::vector<std::string> parts;
+    std::istringstream stream(list);
+    for (std::string part; std::getline(stream, part, ',');) parts.push_back(part);
+    return parts;
+}
+
+std::string words_of(const Mark &mark)
+{
+    for (const Words &row : kWords) {
+        if (row.mark != mark.name || row.arguments != mark.arguments.size()) continue;
+        std::string text;
+        for (size_t i = 0; i < row.text.size(); i++)
+            if (row.text[i] == '\\') text += mark.arguments[row.text[++i] - '1'];
+            else text += row.text[i];
+        return text;
+    }
+    throw std::runtime_error("there is no mark @" + mark.name + " of " + std::to_string(mark.arguments.size()));
+}
+
+/// The text of a comment without stars and marks: a line a paragraph or list item.
+std::string comment_text(const std::string &comment, std::vector<Mark> *marks = nullptr)
 {
     std::istringstream lines(comment);
     std::string text;
@@ -41,6 +81,7 @@ std::string comment_text(const std::string &comment)
         paragraph_ends = false;
         text += line;
     }
+    text = without_marks(text, marks);
     std::string plain;
     for (size_t i = 0; i < text.size(); i++) {
         const bool link = text[i] == '#' && i + 1 < text.size() && isalpha(static_cast<unsigned char>(text[i + 1]));
@@ -60,11 +101,11 @@ std::string comment_before(const std::string &text, size_t at)
 }
 
 /// What the comment that follows a position says of what stands before it; "" when none does.
-std::string comment_behind(const std::string &text, size_t at)
+std::string comment_behind(const std::string &text, size_t at, std::vector<Mark> *marks = nullptr)
 {
     const size_t next = text.find_first_not_of(" \t\n", at);
     if (text.compare(next, 5, "/**< ") != 0) return "";
-    return comment_text(text.substr(next + 5, text.find("*/", next) - next - 5));
+    return comment_text(text.substr(next + 5, text.find("*/", next) - next - 5), marks);
 }
 
 std::string without_comments(const std::string &text)
@@ -94,9 +135,10 @@ std::vector<Named> members_in(const std::string &text, size_t at)
         if (stop >= end) break;
         const std::string name = last_name(text.substr(at, stop - at));
         at = stop + 1;
-        const std::string said = comment_behind(text, at);
+        std::vector<Mark> marks;
+        const std::string said = comment_behind(text, at, &marks);
         if (said.empty()) continue;
-        members.push_back({name, said});
+        members.push_back({name, said, marks});
         at = text.find("*/", at) + 2;
     }
     return members;
@@ -125,12 +167,25 @@ std::string in_one_line(const std::string &code)
     return line.substr(0, line.find(" __attribute__"));
 }
 
+/// Where the next line with a tag begins, which is no mark.
+size_t next_tag(const std::string &comment, size_t at)
+{
+    for (;; at++) {
+        at = comment.find("\n * @", at);
+        if (at == std::string::npos) return at;
+        size_t end = at + 5;
+        while (end < comment.size() && in_name(comment[end])) end++;
+        if (end == at + 5 || comment[end] != '{') return at;
+    }
+}
+
 Function function_of(const std::string &name, const std::string &code, const std::string &comment)
 {
-    size_t at = comment.find("\n * @");
-    Function function{name, in_one_line(code), comment_text(comment.substr(0, at)), {}, "", {}};
+    size_t at = next_tag(comment, 0);
+    Function function{name, in_one_line(code), "", {}, "", {}, {}};
+    function.meaning = comment_text(comment.substr(0, at), &function.marks);
     while (at != std::string::npos) {
-        const size_t next = comment.find("\n * @", at + 1);
+        const size_t next = next_tag(comment, at + 1);
         std::istringstream tag(comment.substr(at + 4, next - at - 4));
         std::string word;
         std::string about;
@@ -138,9 +193,11 @@ Function function_of(const std::string &name, const std::string &code, const std
         if (word != "@return") tag >> about;
         std::string rest;
         std::getline(tag, rest, '\0');
-        if (word == "@param") function.arguments.push_back({about, comment_text(rest)});
-        if (word == "@return") function.result = comment_text(rest);
-        if (word == "@retval") function.results.push_back({about, comment_text(rest)});
+        std::vector<Mark> marks;
+        const std::string text = comment_text(rest, &marks);
+        if (word == "@param") function.arguments.push_back({about, text, marks});
+        if (word == "@return") function.result = text;
+        if (word == "@retval") function.results.push_back({about, text});
         at = next;
     }
     return function;
@@ -211,6 +268,26 @@ std::string trimmed(const std::string &text)
 {
     const size_t first = text.find_first_not_of(" \t\n");
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\n") + 1 - first);
+}
+
+std::string without_marks(const std::string &text, std::vector<Mark> *marks)
+{
+    std::string plain;
+    for (size_t at = 0; at < text.size(); at++) {
+        size_t end = at + 1;
+        while (end < text.size() && in_name(text[end])) end++;
+        if (text[at] != '@' || end == at + 1 || end == text.size() || text[end] != '{') {
+            plain += text[at];
+            continue;
+        }
+        const size_t close = text.find('}', end);
+        if (close == std::string::npos) throw std::runtime_error("a mark does not end: " + text.substr(at, 40));
+        const Mark mark{text.substr(at + 1, end - at - 1), split(text.substr(end + 1, close - end - 1))};
+        plain += words_of(mark);
+        if (marks) marks->push_back(mark);
+        at = close;
+    }
+    return plain;
 }
 
 std::string read_file(const std::string &path)

@@ -7,10 +7,17 @@
 
 namespace headers {
 
+/// A mark in a comment, `@range{1,99}`: what it says to programs. To people it says the words that it stands for.
+struct Mark {
+    std::string name;
+    std::vector<std::string> arguments;
+};
+
 /// Something that has a name, and what is said of it: a line a paragraph.
 struct Named {
     std::string name;
     std::string text;
+    std::vector<Mark> marks{};
 };
 
 /// A function, or the type of one.
@@ -21,6 +28,7 @@ struct Function {
     std::vector<Named> arguments;
     std::string result;
     std::vector<Named> results;  ///< Single results, where they are listed.
+    std::vector<Mark> marks;     ///< Those of the meaning.
 };
 
 struct Type {
@@ -49,6 +57,10 @@ struct Header {
 std::string read_file(const std::string &path);
 
 Header read_header(const std::string &text);
+
+/// A text with the words in place of its marks, which are appended to a list. Throws std::runtime_error for a mark that
+/// there is not.
+std::string without_marks(const std::string &text, std::vector<Mark> *marks);
 
 /// Without the blanks at both ends.
 std::string trimmed(const std::string &text);

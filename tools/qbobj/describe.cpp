@@ -11,6 +11,7 @@
 #include "call.h"
 #include "failure.h"
 #include "records.h"
+#include "traits.h"
 
 namespace qbcli {
 namespace {
@@ -99,15 +100,6 @@ std::string wrapped(const char *text, size_t indent)
     return lines;
 }
 
-const char *direction_word(QbobjDirection direction)
-{
-    switch (direction) {
-        case QBOBJ_IN: return "in";
-        case QBOBJ_OUT: return "out";
-        default: return "in and out";
-    }
-}
-
 std::vector<std::string> names_in(const char *list)
 {
     std::istringstream stream(list ? list : "");
@@ -130,14 +122,18 @@ std::string joined(const std::vector<std::string> &names)
     return text;
 }
 
-/// Lines below an argument: its words, what is ignored of it, what the mask keeps.
-std::string argument_remarks(const QbobjArgument &argument, size_t indent)
+/// Lines below an argument: its words, which fields address the record, what holds of fields here, what is ignored of
+/// it, what the mask keeps.
+std::string argument_remarks(const QbobjOperation &operation, const QbobjArgument &argument, size_t indent)
 {
     std::string text;
     const auto line = [&](const char *what, const std::vector<std::string> &names) {
         if (!names.empty()) text += std::string(indent, ' ') + what + joined(names) + "\n";
     };
     line("one of ", words_in(argument.words));
+    line("addressed by ", addresses(operation, argument));
+    for (const FieldOfOperation &field : fields_of_operation(operation, argument))
+        text += std::string(indent, ' ') + field.path + ": " + traits_text(*field.traits).substr(2) + "\n";
     line("ignores ", names_in(argument.ignores));
     line("the dots keep ", names_in(argument.keeps));
     return text;
@@ -249,30 +245,40 @@ std::string operation_text(const QbobjOperation &operation)
     for (uint32_t i = 0; i < operation.count; i++) {
         const QbobjArgument &argument = operation.arguments[i];
         text += "  " + padded(argument.name, longest + 2) + padded(direction_word(argument.direction), 12) +
-                kind_word(argument) + (argument.optional ? ", may be left out" : "") + "\n";
+                kind_word(argument) + traits_text(*qbobj_argument_traits(&operation, &argument)) +
+                (argument.optional ? ", may be left out" : "") + "\n";
         if (argument.type) text += std::string(longest + 16, ' ') + "(qbobj describe " + argument.type->name + ")\n";
         text += wrapped(qbobj_argument_meaning(&operation, &argument), longest + 16);
-        text += argument_remarks(argument, longest + 16);
+        text += argument_remarks(operation, argument, longest + 16);
     }
     return text + codes_text(operation) + exit_text(operation);
+}
+
+Json argument_json(const QbobjOperation &operation, const QbobjArgument &argument)
+{
+    Json json = {{"name", argument.name},
+                 {"meaning", text_to_json(qbobj_argument_meaning(&operation, &argument))},
+                 {"direction", direction_word(argument.direction)},
+                 {"kind", kind_word(argument)},
+                 {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
+                 {"optional", argument.optional != 0},
+                 {"chain", argument.chain != 0},
+                 {"words", words_in(argument.words)},
+                 {"addresses", addresses(operation, argument)},
+                 {"ignores", names_in(argument.ignores)},
+                 {"keeps", names_in(argument.keeps)},
+                 {"fields", Json::object()}};
+    json.update(traits_json(*qbobj_argument_traits(&operation, &argument)));
+    for (const FieldOfOperation &field : fields_of_operation(operation, argument))
+        json["fields"][field.path] = traits_json(*field.traits);
+    return json;
 }
 
 Json operation_json(const QbobjOperation &operation)
 {
     Json arguments = Json::array();
-    for (uint32_t i = 0; i < operation.count; i++) {
-        const QbobjArgument &argument = operation.arguments[i];
-        arguments.push_back({{"name", argument.name},
-                             {"meaning", text_to_json(qbobj_argument_meaning(&operation, &argument))},
-                             {"direction", direction_word(argument.direction)},
-                             {"kind", kind_word(argument)},
-                             {"type", argument.type ? Json(argument.type->name) : Json(nullptr)},
-                             {"optional", argument.optional != 0},
-                             {"chain", argument.chain != 0},
-                             {"words", words_in(argument.words)},
-                             {"ignores", names_in(argument.ignores)},
-                             {"keeps", names_in(argument.keeps)}});
-    }
+    for (uint32_t i = 0; i < operation.count; i++)
+        arguments.push_back(argument_json(operation, operation.arguments[i]));
     return {{"name", short_name(operation)},
             {"family", operation.family},
             {"summary", operation.summary},
@@ -295,7 +301,9 @@ bool uses(const QbobjOperation &operation, const QbobjField *type)
 
 std::string remarks(const QbobjField *type, const QbobjField *field)
 {
-    std::string text;
+    std::string text = traits_text(*qbobj_field_traits(type, field));
+    const QbobjDirection direction = qbobj_field_direction(type, field);
+    if (direction != QBOBJ_INOUT) text += direction == QBOBJ_OUT ? ", output only" : ", input only";
     if (field->flags & QBOBJ_FIELD_OPTIONAL)
         text += field->flags & QBOBJ_FIELD_HEAD ? ", may be empty" : ", may be absent";
     if (qbobj_is_secret(type, field)) text += ", secret";
@@ -325,14 +333,19 @@ std::string type_text(const QbobjField *type)
 Json type_json(const QbobjField *type)
 {
     Json fields = Json::array();
-    for (const QbobjField *field = type + 1; field->kind != '.'; field++)
-        fields.push_back({{"name", field->name},
-                          {"meaning", text_to_json(qbobj_field_meaning(type, field))},
-                          {"kind", kind_name(field)},
-                          {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
-                          {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
-                          {"secret", qbobj_is_secret(type, field) != 0},
-                          {"words", words_in(qbobj_field_words(type, field))}});
+    for (const QbobjField *field = type + 1; field->kind != '.'; field++) {
+        Json json = {{"name", field->name},
+                     {"meaning", text_to_json(qbobj_field_meaning(type, field))},
+                     {"kind", kind_name(field)},
+                     {"type", field->subtype ? Json(field->subtype->name) : Json(nullptr)},
+                     {"list", qbobj_field_is_list(field) != 0},
+                     {"direction", direction_word(qbobj_field_direction(type, field))},
+                     {"optional", (field->flags & QBOBJ_FIELD_OPTIONAL) != 0},
+                     {"secret", qbobj_is_secret(type, field) != 0},
+                     {"words", words_in(qbobj_field_words(type, field))}};
+        json.update(traits_json(*qbobj_field_traits(type, field)));
+        fields.push_back(std::move(json));
+    }
     return {{"name", type->name},
             {"meaning", text_to_json(qbobj_type_meaning(type))},
             {"list", is_list(type)},

@@ -6,6 +6,7 @@
 #include "call.h"
 #include "describe.h"
 #include "records.h"
+#include "traits.h"
 
 namespace qbcli {
 namespace {
@@ -75,9 +76,46 @@ std::string meaning_of(const QbobjOperation &operation, const QbobjArgument &arg
     const auto add = [&text](const char *what, const char *fields) {
         if (fields) text.append(text.empty() ? "" : "\n").append(what).append(fields);
     };
+    add("Fields that say which record is meant: ", qbobj_argument_addresses(&operation, &argument));
     add("Fields that are not used: ", argument.ignores);
     add("Fields in which the mask keeps the stored secret: ", argument.keeps);
     return text;
+}
+
+/// What an operation says of fields of a record, beside what their type says: "Cifs.EnableDFS" is a property of a
+/// property.
+Json of_operation(const QbobjOperation &operation, const QbobjArgument &argument)
+{
+    Json all = Json::object();
+    for (const FieldOfOperation &field : fields_of_operation(operation, argument)) {
+        Json *properties = &all;
+        const QbobjField *type = argument.type;
+        size_t begin = 0;
+        for (size_t dot; (dot = field.path.find('.', begin)) != std::string::npos; begin = dot + 1) {
+            const std::string name = field.path.substr(begin, dot - begin);
+            type = find_field(type, name)->subtype;
+            Json &inside = (*properties)[name];
+            properties = is_list(type) ? &inside["items"]["properties"] : &inside["properties"];
+        }
+        const std::string name = field.path.substr(begin);
+        Json schema = Json::object();
+        if (is_number(find_field(type, name))) schema["type"] = {"integer", "null"};
+        add_traits(*field.traits, schema);
+        (*properties)[name] = std::move(schema);
+    }
+    return all;
+}
+
+/// A reference, with more said of what it leads to where there is more.
+Json narrowed(Json reference, const Json &more)
+{
+    if (more.empty()) return reference;
+    return {{"allOf", {std::move(reference), more}}};
+}
+
+Json narrowed_record(Json reference, const Json &properties)
+{
+    return properties.empty() ? reference : narrowed(std::move(reference), {{"properties", properties}});
 }
 
 /// A text that the operation needs must be there, and a number where it changes something.
@@ -108,7 +146,10 @@ Json SchemaWriter::field(const QbobjField *type, const QbobjField *field) const
     } else {
         schema = nullable(text());
     }
-    if (qbobj_is_secret(type, field)) schema["writeOnly"] = true;
+    const QbobjDirection direction = qbobj_field_direction(type, field);
+    if (qbobj_is_secret(type, field) || direction == QBOBJ_IN) schema["writeOnly"] = true;
+    if (direction == QBOBJ_OUT) schema["readOnly"] = true;
+    add_traits(*qbobj_field_traits(type, field), schema);
     return described(qbobj_field_meaning(type, field), std::move(schema));
 }
 
@@ -130,7 +171,7 @@ Json SchemaWriter::argument(const QbobjOperation &operation, const QbobjArgument
         case QBOBJ_KIND_INT32: schema = number('i'); break;
         case QBOBJ_KIND_UINT64: schema = number('n'); break;
         case QBOBJ_KIND_RECORD:
-            schema = reference(argument.type);
+            schema = narrowed_record(reference(argument.type), of_operation(operation, argument));
             if (argument.chain) schema = {{"anyOf", {schema, list_of(schema)}}};
             break;
         case QBOBJ_KIND_LIST: schema = list_of(reference(argument.type)); break;
@@ -138,6 +179,7 @@ Json SchemaWriter::argument(const QbobjOperation &operation, const QbobjArgument
     }
     const bool may_be_null = argument.optional || (is_scalar(argument) && !is_needed(operation, argument));
     if (may_be_null && !argument.words) schema = nullable(std::move(schema));
+    add_traits(*qbobj_argument_traits(&operation, &argument), schema);
     return described(meaning_of(operation, argument).c_str(), std::move(schema));
 }
 
@@ -164,12 +206,16 @@ Json SchemaWriter::any_arguments(const QbobjOperation &operation) const
     for (uint32_t i = 0; i < operation.count; i++) {
         const QbobjArgument &argument = operation.arguments[i];
         if (!is_input(argument) || !argument.type) continue;
+        const Json more = of_operation(operation, argument);
         if (is_bare_list(argument.type)) lists.push_back(reference(argument.type));
-        else if (argument.chain || argument.kind == QBOBJ_KIND_LIST) lists.push_back(list_of(reference(argument.type)));
+        else if (argument.chain || argument.kind == QBOBJ_KIND_LIST)
+            lists.push_back(list_of(narrowed_record(reference(argument.type), more)));
         for (const std::string_view name : field_names(argument.type)) {
             const std::string member(name);
+            if (properties.contains(member)) continue;
             const std::string at = is_bare_list(argument.type) ? "" : "/properties/" + member;
-            if (!properties.contains(member)) properties[member] = {{"$ref", types_ + argument.type->name + at}};
+            properties[member] =
+                narrowed({{"$ref", types_ + argument.type->name + at}}, more.value(member, Json::object()));
         }
     }
     Json forms = Json::array({std::move(object)});
@@ -194,6 +240,7 @@ Json SchemaWriter::output(const QbobjOperation &operation, const QbobjArgument &
             break;
         default: schema = nullable(text());
     }
+    add_traits(*qbobj_argument_traits(&operation, &argument), schema);
     return described(qbobj_argument_meaning(&operation, &argument), std::move(schema));
 }
 
