@@ -141,14 +141,14 @@ private:
 
 // ---- What is printed
 
-bool is_empty(const Json &value)
+bool is_nothing(const Json &value)
 {
     return value.is_null() || value == "";
 }
 
 Json masked(const Json &value, bool secret)
 {
-    return secret && !is_empty(value) ? Json(masked_password) : value;
+    return secret && !is_nothing(value) ? Json(masked_password) : value;
 }
 
 Json leaf_to_json(const Leaf *leaf)
@@ -202,7 +202,7 @@ void add_field(std::string &text, const FieldDifference &field, Change change)
 {
     const Leaf &leaf = field.before ? *field.before : *field.after;
     // Of a whole record people see what is set.
-    if (change != Change::changed && (is_empty(leaf.value) || leaf.value == 0)) return;
+    if (change != Change::changed && (is_nothing(leaf.value) || leaf.value == 0)) return;
     text += "  " + printable(leaf.name);
     if (leaf.secret) text += change == Change::changed ? " changed" : std::string("  ") + masked_password;
     else if (change != Change::changed) text += "  " + shown(&leaf);

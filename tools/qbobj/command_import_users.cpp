@@ -79,18 +79,18 @@ private:
 };
 
 /// A bar on a terminal's standard error; silent elsewhere.
-class Progress {
+class ProgressBar {
 public:
-    Progress(std::string what, size_t whole) : what_(std::move(what)), whole_(whole), shown_(isatty(STDERR_FILENO))
+    ProgressBar(std::string what, size_t whole) : what_(std::move(what)), whole_(whole), shown_(isatty(STDERR_FILENO))
     {
         draw();
     }
-    ~Progress()
+    ~ProgressBar()
     {
         if (shown_) fputs("\r\033[K", stderr);
     }
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
+    ProgressBar(const ProgressBar &) = delete;
+    ProgressBar &operator=(const ProgressBar &) = delete;
 
     void step()
     {
@@ -131,7 +131,7 @@ public:
         AccountQuery local{};
         judge("getUserCollection", qbobj_getUserCollection(qbdb_, db_, &known_users_, &local, 0, &err_));
         judge("getGroupCollection", qbobj_getGroupCollection(qbdb_, db_, &known_groups_, &local, &err_));
-        const Progress progress("checking", 1);
+        const ProgressBar progress("checking", 1);
         if (const uint32_t rc = checked(text)) blame_line(text, origin, rc);
     }
 
@@ -148,7 +148,7 @@ public:
     void insert()
     {
         if (groups_.Group) judge("addGroup", qbobj_addGroup(qbdb_, db_, groups_.Group, &err_));
-        Progress progress("importing", users());
+        ProgressBar progress("importing", users());
         qbdb_set_statement_hook(qbdb_, see_statement, &progress);
         const uint32_t rc = qbobj_addUserList(qbdb_, db_, users_.User, &err_);
         qbdb_set_statement_hook(qbdb_, nullptr, nullptr);
@@ -200,7 +200,7 @@ private:
 
     static int see_statement(void *progress, const char *sql, const char *, uint32_t, const char **)
     {
-        if (strncmp(sql, "INSERT INTO `$user`", 19) == 0) static_cast<Progress *>(progress)->step();
+        if (strncmp(sql, "INSERT INTO `$user`", 19) == 0) static_cast<ProgressBar *>(progress)->step();
         return 0;
     }
 

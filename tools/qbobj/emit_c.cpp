@@ -4,7 +4,7 @@
 namespace qbcli {
 namespace {
 
-constexpr const char *kFailed = R"(/* Says why the call failed. The exit status is the class of the failure. */
+constexpr const char *kFailedInC = R"(/* Says why the call failed. The exit status is the class of the failure. */
 static int failed(uint32_t code, const ErrorInfo *err)
 {
     const char *meaning = qbobj_code_meaning(err->code ? err->code : code);
@@ -22,7 +22,7 @@ static int failed(uint32_t code, const ErrorInfo *err)
 
 )";
 
-constexpr const char *kReadSecret = R"(/* A line of standard input: a secret stands in no program. */
+constexpr const char *kReadSecretInC = R"(/* A line of standard input: a secret stands in no program. */
 static const char *read_secret(const char *name)
 {
     char *line = NULL;
@@ -38,7 +38,7 @@ static const char *read_secret(const char *name)
 
 )";
 
-constexpr const char *kPrintText = R"(static void print_text(int indent, const char *name, const char *text)
+constexpr const char *kPrintTextInC = R"(static void print_text(int indent, const char *name, const char *text)
 {
     if (text) printf("%*s%s: %s\n", indent, "", name, text);
 }
@@ -63,7 +63,7 @@ const char *format_of_number(char kind)
     }
 }
 
-constexpr Dialect kDialect = {"NULL", "qbdb", " = {0}", "char *", ""};
+constexpr Dialect kDialectInC = {"NULL", "qbdb", " = {0}", "char *", ""};
 
 /// What it means that an operation returns less than 0 and reports nothing.
 struct Loss {
@@ -96,10 +96,10 @@ std::string print_number(const char *before, const std::string &name, char kind,
     return joined({"printf(\"", before, name, ": %\" ", format_of_number(kind), " \"\\n\", ", values, ");\n"});
 }
 
-class Writer : public ProgramWriter {
+class CWriter : public ProgramWriter {
 public:
     /// @param alone Only the function that makes the call is wanted, and has to do without the others.
-    Writer(const Emitted &what, bool alone) : ProgramWriter(what, kDialect), alone_(alone) {}
+    CWriter(const Emitted &what, bool alone) : ProgramWriter(what, kDialectInC), alone_(alone) {}
 
     std::string call_alone()
     {
@@ -112,9 +112,9 @@ public:
         const std::string function = call_function();
         std::string text = "/* cc program.c -o program $(pkg-config --cflags --libs qbobj" +
                            std::string(prints_xml_ ? " libxml-2.0" : "") + ") */\n" + includes() + "\n";
-        if (operation_.returns != QBOBJ_RETURNS_TRUTH) text += replaced(kFailed, "%OPERATION%", short_name(operation_));
-        if (has_secrets()) text += kReadSecret;
-        if (prints_text_) text += kPrintText;
+        if (operation_.returns != QBOBJ_RETURNS_TRUTH) text += replaced(kFailedInC, "%OPERATION%", short_name(operation_));
+        if (has_secrets()) text += kReadSecretInC;
+        if (prints_text_) text += kPrintTextInC;
         return text + printers_ + function + "\n" + main_function();
     }
 
@@ -347,12 +347,12 @@ private:
 
 std::string emit_c(const Emitted &what)
 {
-    return Writer(what, false).program();
+    return CWriter(what, false).program();
 }
 
 std::string emit_c_call(const Emitted &what)
 {
-    return Writer(what, true).call_alone();
+    return CWriter(what, true).call_alone();
 }
 
 }  // namespace qbcli

@@ -4,7 +4,7 @@
 namespace qbcli {
 namespace {
 
-constexpr const char *kFailed = R"(// Says why the call failed. The exit status is the class of the failure.
+constexpr const char *kFailedInCpp = R"(// Says why the call failed. The exit status is the class of the failure.
 int failed(const qb::Error &error)
 {
     std::cerr << error.text() << '\n';
@@ -20,7 +20,7 @@ int failed(const qb::Error &error)
 
 )";
 
-constexpr const char *kReadSecret = R"(// A line of standard input: a secret stands in no program.
+constexpr const char *kReadSecretInCpp = R"(// A line of standard input: a secret stands in no program.
 std::string read_secret(const char *name)
 {
     std::string line;
@@ -39,18 +39,18 @@ void print(int indent, const char *name, const T &number)
 
 )";
 
-constexpr const char *kPrintText = R"(void print(int indent, const char *name, const char *text)
+constexpr const char *kPrintTextInCpp = R"(void print(int indent, const char *name, const char *text)
 {
     if (text) std::cout << std::setw(indent) << "" << name << ": " << text << '\n';
 }
 
 )";
 
-constexpr Dialect kDialect = {"nullptr", "db->handle()", "{}", "std::string ", ".c_str()"};
+constexpr Dialect kDialectInCpp = {"nullptr", "db->handle()", "{}", "std::string ", ".c_str()"};
 
-class Writer : public ProgramWriter {
+class CppWriter : public ProgramWriter {
 public:
-    explicit Writer(const Emitted &what) : ProgramWriter(what, kDialect) {}
+    explicit CppWriter(const Emitted &what) : ProgramWriter(what, kDialectInCpp) {}
 
     std::string program()
     {
@@ -62,10 +62,10 @@ public:
         text += "#include <iomanip>\n#include <iostream>\n";
         if (prints_xml_) text += "#include <libxml/tree.h>\n";
         text += "#include <qbobj.hpp>\n#include <string>\n\nnamespace {\n\n";
-        text += kFailed;
-        if (has_secrets()) text += kReadSecret;
+        text += kFailedInCpp;
+        if (has_secrets()) text += kReadSecretInCpp;
         if (prints_number_) text += kPrintNumber;
-        if (prints_text_) text += kPrintText;
+        if (prints_text_) text += kPrintTextInCpp;
         return text + printers_ + "}  // namespace\n\n" + main_function(call, outputs);
     }
 
@@ -236,7 +236,7 @@ private:
 
 std::string emit_cpp(const Emitted &what)
 {
-    return Writer(what).program();
+    return CppWriter(what).program();
 }
 
 }  // namespace qbcli

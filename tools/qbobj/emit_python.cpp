@@ -21,7 +21,7 @@ constexpr const char *kShow = R"(def show(name: str, value: object, indent: int 
 
 )";
 
-constexpr const char *kReadSecret = R"(def read_secret(name: str) -> str:
+constexpr const char *kReadSecretInPython = R"(def read_secret(name: str) -> str:
     """A line of standard input: a secret stands in no program."""
     line = sys.stdin.readline().rstrip("\n")
     if not line:
@@ -41,9 +41,9 @@ constexpr const char *kStatus = R"(    except qbobj.Error as error:
 constexpr size_t kIndent = 4;
 constexpr size_t kColumns = 100;
 
-class Writer {
+class PythonWriter {
 public:
-    explicit Writer(const Emitted &what) : what_(what), operation_(what.operation), values_(what) {}
+    explicit PythonWriter(const Emitted &what) : what_(what), operation_(what.operation), values_(what) {}
 
     std::string program() const
     {
@@ -51,7 +51,7 @@ public:
         const std::string outputs = written_outputs();
         std::string text = "#!/usr/bin/env python3\nimport sys\n\nimport qbobj\n\n\n";
         if (outputs.find("show(") != std::string::npos) text += kShow;
-        if (!values_.secrets().empty()) text += kReadSecret;
+        if (!values_.secrets().empty()) text += kReadSecretInPython;
         text += "def main() -> int:\n    file = sys.argv[1] if len(sys.argv) > 1 else " +
                 python_literal(database.path) + "\n";
         for (size_t i = 0; i < values_.secrets().size(); i++)
@@ -192,7 +192,7 @@ private:
 std::string emit_python(const Emitted &what)
 {
     if (!what.database.root.empty()) throw Failure("--emit python: a program in Python has nothing for --root");
-    return Writer(what).program();
+    return PythonWriter(what).program();
 }
 
 }  // namespace qbcli

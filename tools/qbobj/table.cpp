@@ -43,13 +43,13 @@ int rank(std::string_view name)
     return 2;
 }
 
-struct Column {
+struct PrintedColumn {
     std::string name;
     std::vector<std::string> cells;
     size_t width = 0;
     bool numbers = true;
 
-    explicit Column(const std::string &title) : name(title), width(display_width(title)) {}
+    explicit PrintedColumn(const std::string &title) : name(title), width(display_width(title)) {}
     bool empty() const
     {
         return std::all_of(cells.begin(), cells.end(), [](const std::string &cell) { return cell.empty(); });
@@ -77,9 +77,9 @@ bool shows_key_word(const Json &rows)
     });
 }
 
-class Table {
+class PrintedTable {
 public:
-    Table(const Json &rows, bool chosen)
+    PrintedTable(const Json &rows, bool chosen)
     {
         const bool with_key_word = chosen || shows_key_word(rows);
         for (const Json &row : rows) {
@@ -91,20 +91,20 @@ public:
             }
             height_++;
         }
-        for (Column &column : columns_) column.cells.resize(height_);
+        for (PrintedColumn &column : columns_) column.cells.resize(height_);
         if (chosen) return;
-        std::erase_if(columns_, [](const Column &column) { return column.empty(); });
+        std::erase_if(columns_, [](const PrintedColumn &column) { return column.empty(); });
         std::stable_sort(columns_.begin(), columns_.end(),
-                         [](const Column &a, const Column &b) { return a.order() < b.order(); });
+                         [](const PrintedColumn &a, const PrintedColumn &b) { return a.order() < b.order(); });
     }
 
     std::string text(size_t indent, size_t width)
     {
         const size_t left_out = records_inside_.size() + (width ? squeeze(width > indent ? width - indent : 1) : 0);
         const std::string margin(indent, ' ');
-        std::string text = margin + line([](const Column &column, size_t) { return column.name; }, 0);
+        std::string text = margin + line([](const PrintedColumn &column, size_t) { return column.name; }, 0);
         for (size_t i = 0; i < height_; i++)
-            text += margin + line([](const Column &column, size_t row) { return column.cells[row]; }, i);
+            text += margin + line([](const PrintedColumn &column, size_t row) { return column.cells[row]; }, i);
         if (left_out > 0)
             text += margin + "(" + std::to_string(left_out) + (left_out == 1 ? " more column" : " more columns") +
                     ": --json shows all)\n";
@@ -120,7 +120,7 @@ private:
         }
         auto [found, is_new] = index_.try_emplace(name, columns_.size());
         if (is_new) columns_.emplace_back(name);
-        Column &column = columns_[found->second];
+        PrintedColumn &column = columns_[found->second];
         column.cells.resize(height_);
         column.cells.push_back(is_empty(value) ? "" : cell_text(value));
         column.width = std::max(column.width, display_width(column.cells.back()));
@@ -144,8 +144,8 @@ private:
         while (count > 1 && total(widest, count) > width) count--;
         while (count < all && widest < kWidestSqueezed && total(widest + 1, count) <= width) widest++;
         if (count == 1) widest = std::min(widest, width);
-        columns_.resize(count, Column(""));
-        for (Column &column : columns_) column.width = std::min(column.width, widest);
+        columns_.resize(count, PrintedColumn(""));
+        for (PrintedColumn &column : columns_) column.width = std::min(column.width, widest);
         return all - count;
     }
 
@@ -153,7 +153,7 @@ private:
     std::string line(CellOf cell_of, size_t row) const
     {
         std::string text;
-        for (const Column &column : columns_) {
+        for (const PrintedColumn &column : columns_) {
             const std::string cell = fit(cell_of(column, row), column.width);
             const std::string blanks(column.width - display_width(cell), ' ');
             if (&column != &columns_.front()) text.append(kGap, ' ');
@@ -163,7 +163,7 @@ private:
         return text + "\n";
     }
 
-    std::vector<Column> columns_;  // in the order of display once the table is made
+    std::vector<PrintedColumn> columns_;  // in the order of display once the table is made
     std::map<std::string, size_t> index_;
     std::set<std::string> records_inside_;  // have no room in a cell
     size_t height_ = 0;
@@ -221,7 +221,7 @@ public:
         if (value.is_array() && value.size() == 1) return add(value.front(), indent);
         if (value.is_array() && !value.empty()) {
             if (!chosen_ && reads_as_sections(value)) return add_sections(value, indent);
-            text_ += Table(value, chosen_ && indent == 0).text(indent, width_);
+            text_ += PrintedTable(value, chosen_ && indent == 0).text(indent, width_);
             return;
         }
         text_ += std::string(indent, ' ') + (is_empty(value) ? kNothing : cell_text(value)) + "\n";
