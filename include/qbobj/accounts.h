@@ -77,7 +77,7 @@ struct UserHomeFolderSettings {
                                               only. */
     int32_t SnapshotProtectionEnabled;   /**< 1 when snapshots of the home folder are taken. */
     int32_t VisibleSnapshot;             /**< 1 when the folder of the snapshots is visible. */
-    const char *VisibleSnapFolder;       /**< Name of that folder, "" when it is hidden; output only. */
+    const char *VisibleSnapFolder;       /**< Name of that folder, "" when it is hidden. Input of addUser alone. */
     int32_t PrevVersions;                /**< 1 when snapshots are offered as previous versions. */
 };
 
