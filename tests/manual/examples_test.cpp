@@ -97,6 +97,21 @@ TEST(Examples, ArePartsOfThePrograms)
     }
 }
 
+/// The one of the library's page: as the command line prints it.
+TEST(Examples, AWholeProgramCompiles)
+{
+    const QbobjOperation &log = *qbobj_find_operation("addLog");
+    const std::string program = manual::c_program(log, arguments_of(log));
+    std::string line = manual::shell_example(log, arguments_of(log));
+    ASSERT_TRUE(line.starts_with("qbobj "));
+    line.replace(0, 5, test::build_path("tools/qbobj/qbobj") + " --emit c");
+    EXPECT_EQ(test::run(line).output, program);
+    const test::Outcome outcome = test::compile(test::c_compiler(), "c", flags(), program);
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    const std::string page = test::rendered(test::build_path("tools/manual/man3/libqbobj.3"));
+    for (const std::string &each : test::lines_of(program)) EXPECT_THAT(page, testing::HasSubstr(each));
+}
+
 TEST(Examples, HoldNoSecret)
 {
     const QbobjOperation &password = *qbobj_find_operation("setUserPassword");

@@ -13,6 +13,8 @@ using qbcli::Json;
 
 namespace {
 
+constexpr const char *kDatabase = "appliance.db";
+
 /// JSON in as few lines as are short.
 std::string json_text(const Json &value, const std::string &indent = "")
 {
@@ -63,20 +65,32 @@ void add_words(std::vector<std::string> &words, const QbobjOperation &operation,
     }
 }
 
-}  // namespace
-
-std::string c_example(const QbobjOperation &operation, const Json &arguments)
+std::string emitted(std::string (*emit)(const qbcli::Emitted &), const QbobjOperation &operation, const Json &arguments)
 {
     qbcli::StandardInput nothing;
     qbcli::Arguments given(operation, nothing);
     given.take(arguments);
-    return qbcli::emit_c_call({operation, given, {}, {}});
+    qbcli::DatabaseOptions database;
+    database.path = kDatabase;
+    return emit({operation, given, {}, database});
+}
+
+}  // namespace
+
+std::string c_example(const QbobjOperation &operation, const Json &arguments)
+{
+    return emitted(qbcli::emit_c_call, operation, arguments);
+}
+
+std::string c_program(const QbobjOperation &operation, const Json &arguments)
+{
+    return emitted(qbcli::emit_c, operation, arguments);
 }
 
 std::string shell_example(const QbobjOperation &operation, const Json &arguments)
 {
     constexpr size_t kColumns = 76;
-    std::vector<std::string> words = {"qbobj", "-d", "appliance.db", qbcli::short_name(operation)};
+    std::vector<std::string> words = {"qbobj", "-d", kDatabase, qbcli::short_name(operation)};
     if (!fits_words(arguments)) {
         words.emplace_back("-");
         return qbcli::shell_command(words) + " <<'END'\n" + json_text(arguments) + "\nEND\n";

@@ -13,6 +13,9 @@ namespace manual {
 /// @param arguments As the command line takes them in JSON.
 std::string c_example(const QbobjOperation &operation, const qbcli::Json &arguments);
 
+/// The whole program.
+std::string c_program(const QbobjOperation &operation, const qbcli::Json &arguments);
+
 /// The same as a line for a shell.
 std::string shell_example(const QbobjOperation &operation, const qbcli::Json &arguments);
 

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "command_line.h"
+#include "example.h"
 #include "failure.h"
 #include "pages.h"
 
@@ -105,6 +106,15 @@ void write_status(Page &page, Status status, const std::string &words)
     if (!codes.empty()) page.line((codes.find(',') == std::string::npos ? "Code " : "Codes ") + codes + ".");
 }
 
+/// A command, and the program that does the same.
+void write_program(Page &page, const Source &source)
+{
+    const QbobjOperation &operation = *qbobj_find_operation("addLog");
+    const qbcli::Json arguments = source.call(operation);
+    page.line("With --emit c the command").display(shell_example(operation, arguments));
+    page.paragraph().line("prints this program:").display(c_program(operation, arguments));
+}
+
 /// Writes what a line "@WORD@" stands for.
 void write_placeholder(Page &page, const Source &source, const std::string &word)
 {
@@ -112,6 +122,7 @@ void write_placeholder(Page &page, const Source &source, const std::string &word
         {"OPTIONS", write_options}, {"COMMANDS", write_commands}, {"OPERATIONS", write_operations},
         {"TYPES", write_types},     {"CODES", write_codes},       {"STATUSES", write_statuses}};
     if (const auto known = kWriters.find(word); known != kWriters.end()) return known->second(page);
+    if (word == "PROGRAM") return write_program(page, source);
     if (const auto header = source.headers.find(word); header != source.headers.end())
         return write_header(page, header->second);
     throw std::runtime_error("@" + word + "@: nothing is known by that name");
