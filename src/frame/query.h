@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "frame/format.h"
@@ -65,12 +66,30 @@ struct Rows {
     char **table = nullptr;
     int count = 0;
     int columns = 0;
-    int keys = 0;  // leading columns that no reader of a row sees
+    int keys = 0;           // leading columns that no reader of a row sees
+    bool borrowed = false;  // the table is another's
 
     Rows() = default;
     Rows(const Rows &) = delete;
     Rows &operator=(const Rows &) = delete;
-    ~Rows() { sqlite3_free_table(table); }
+    ~Rows() { release(); }
+
+    /// Takes some of another's rows, as long as those are there.
+    void borrow(const Rows &lender, int first, int number)
+    {
+        table = lender.table + static_cast<ptrdiff_t>(first) * lender.columns;
+        count = number;
+        columns = lender.columns;
+        keys = lender.keys;
+        borrowed = true;
+    }
+    void release()
+    {
+        if (!borrowed) sqlite3_free_table(table);
+        table = nullptr;
+        count = columns = keys = 0;
+        borrowed = false;
+    }
 
     /// A cell, null for NULL. Valid as long as the table.
     const char *cell(int row, int column) const { return table[(row + 1) * columns + keys + column]; }
@@ -102,12 +121,38 @@ inline Failure noted(CallContext *ctx, Failure bad)
     return bad;
 }
 
+/// A statement that asks for one record by its id, with a text or without.
+struct Question {
+    const char *format;
+    const char *file;
+    uint32_t line;
+    int32_t id;
+    bool takes_word = false;
+    const char *word = nullptr;
+
+    Question(SqlFormat<int32_t> sql, int32_t record) : format(sql.text), file(sql.file), line(sql.line), id(record) {}
+    Question(SqlFormat<int32_t, const char *> sql, int32_t record, const char *text)
+        : format(sql.text), file(sql.file), line(sql.line), id(record), takes_word(true), word(text)
+    {
+    }
+};
+template <class... Args>
+inline constexpr bool kAsksForRecord =
+    std::is_same_v<void(Args...), void(int32_t)> || std::is_same_v<void(Args...), void(int32_t, const char *)>;
+
+/// What the records of a list have been asked before; see together.h.
+bool answer(Together *together, sqlite3 *db, Rows &rows, const Question &question);
+bool recall(Together *together, sqlite3 *db, const char *&value, const Question &question);
+void remember(Together *together, sqlite3 *db, const char *value, const Question &question);
+
 /// Reads a table.
 template <class... Args>
 Failure select(CallContext *ctx, sqlite3 *db, Rows &rows, Sql<Args...> sql, Args... args)
 {
     Failure bad;
-    sqlite3_free_table(rows.table);
+    rows.release();
+    if constexpr (kAsksForRecord<Args...>)
+        if (ctx->together && answer(ctx->together, db, rows, Question(sql, args...))) return bad;
     bad.rc = qbdb_sql_get_table_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &rows.table, &rows.count,
                                         &rows.columns, sql.text, args...);
     return noted(ctx, bad);
@@ -127,7 +172,11 @@ template <class... Args>
 Failure select_text(CallContext *ctx, sqlite3 *db, const char *&value, Sql<Args...> sql, Args... args)
 {
     Failure bad;
+    if constexpr (kAsksForRecord<Args...>)
+        if (ctx->together && recall(ctx->together, db, value, Question(sql, args...))) return bad;
     bad.rc = qbdb_sql_get_scaler_mprintf(ctx->qbdb, db, &bad.text, sql.file, sql.line, &value, sql.text, args...);
+    if constexpr (kAsksForRecord<Args...>)
+        if (ctx->together && bad.rc == 0) remember(ctx->together, db, value, Question(sql, args...));
     return noted(ctx, bad);
 }
 

@@ -47,8 +47,8 @@ struct IdRange {
 
     /// The ids in the first column of a list's rows.
     explicit IdRange(const Rows &rows);
-    /// Whether reading all that lies between them is less than asking for each.
-    bool is_dense() const { return count >= 8 && (int64_t{most} - least) / 4 < count; }
+    /// Whether reading all that lies between them is less than asking for each: at most so many for one of the list.
+    bool is_dense(int for_one = 4) const { return count >= 8 && (int64_t{most} - least) / for_one < count; }
 };
 
 struct Related {

@@ -9,6 +9,8 @@
 
 namespace qb {
 
+class Together;
+
 /// First argument of every worker: through it any function deep inside can report an error.
 struct CallContext {
     qbdb_t *qbdb;
@@ -16,6 +18,8 @@ struct CallContext {
     /// Set when an allocation failed. From then on nothing the call computed is stored, returned or blamed on an
     /// argument.
     bool short_of_memory = false;
+    /// While a list is read: answers what is asked of its records.
+    Together *together = nullptr;
 };
 
 inline constexpr uint32_t kNoMemory = 2;

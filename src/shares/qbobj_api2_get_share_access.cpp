@@ -3,6 +3,7 @@
 
 #include "accounts/lookup.h"
 #include "frame/list.h"
+#include "frame/together.h"
 #include "shares/shares.h"
 #include "shares/words.h"
 #include "validate/validate.h"
@@ -165,6 +166,7 @@ uint32_t append_accessible(CallContext *ctx, sqlite3 *db, const ShareSettings &s
                            const AccessCheck *access, int32_t user_id, Share **head)
 {
     List<Share> list(head);
+    Together together(ctx, db, "share", rows);
     for (int i = 0; i < rows.count; i++) {
         Share *share = list.append(ctx);
         TRY_MEMORY(ctx);

@@ -2,6 +2,7 @@
 #include "accounts/directory_mode.h"
 #include "frame/list.h"
 #include "frame/read_row.h"
+#include "frame/together.h"
 #include "shares/share_details.h"
 #include "validate/validate_db.h"
 
@@ -183,6 +184,7 @@ uint32_t share_load(CallContext *ctx, sqlite3 *db, const ShareSettings &settings
 uint32_t append_shares(CallContext *ctx, sqlite3 *db, const ShareSettings &settings, const Rows &rows, Share **head)
 {
     List<Share> list(head);
+    Together together(ctx, db, "share", rows);
     for (int i = 0; i < rows.count; i++) {
         Share *share = list.append(ctx);
         TRY_MEMORY(ctx);

@@ -48,6 +48,8 @@ public:
         for (const char *word : {"LIMIT", "HAVING", "UNION", "EXCEPT", "INTERSECT", "WINDOW"})
             if (sqlite3_stricmp(word_, word) == 0) by_depth_ = kNone;
     }
+    /// A query that is spliced in before anything else.
+    void take_query() { begun_ = takes_values_ = true; }
     bool takes_values() const { return takes_values_; }
     bool in_column_list() const { return by_depth_ != kNone; }
 
@@ -174,6 +176,10 @@ Plan *make_plan(const char *format)
         }
         grammar.end_word();
         const Letter *letter = find_letter(at + 1);
+        if (at == format && at[1] == 's' && at[2] == ' ') {
+            plan->spliced_head = true;
+            grammar.take_query();
+        }
         if (!letter || plan->count == kMaxConversions || !grammar.takes_values()) plan->plain = true;
         if (plan->plain) return plan;
         const char *after = at + 1 + strlen(letter->spelling);

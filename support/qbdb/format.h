@@ -48,8 +48,9 @@ struct Plan {
     uint32_t literal_size;
     uint32_t tail;  // length of the literal text after the last conversion
     uint32_t count;
-    uint32_t bound;  // how many conversions are bound
-    bool plain;      // left to SQLite's own formatter: values cannot be bound in it
+    uint32_t bound;     // how many conversions are bound
+    bool spliced_head;  // the first conversion stands for the SELECT that the statement begins with
+    bool plain;         // left to SQLite's own formatter: values cannot be bound in it
     Conversion conversions[kMaxConversions];
 };
 

@@ -344,6 +344,14 @@ void append_assignments(const Assignments &assignments, uint32_t number, Buffer 
     }
 }
 
+/// Whether a text may be the SELECT that a statement begins with: values may follow, which would name columns by their
+/// place where an order has begun.
+bool is_query_head(const char *text)
+{
+    return text && sqlite3_strlike("SELECT %", text, 0) == 0 && sqlite3_strlike("% BY%", text, 0) != 0 &&
+           !strpbrk(text, "\t\n\r");
+}
+
 /// Builds the statement's text; `assignments` are those whose values are bound. False when this call has to go through
 /// SQLite's formatter.
 bool build_text(const Plan *plan, const Value *values, Assignments *assignments, Buffer *out)
@@ -371,6 +379,7 @@ bool build_text(const Plan *plan, const Value *values, Assignments *assignments,
             append_assignments(*assignments, plan->bound, out);
             continue;
         }
+        if (i == 0 && plan->spliced_head && !is_query_head(values[i].text)) return false;
         if (!splice(conversion, values[i], out)) return false;
         if (more && joins(conversion, out->last(), *literal)) return false;
     }

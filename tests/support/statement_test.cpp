@@ -147,7 +147,7 @@ const PlanCase kPlans[] = {
     {"/* note */ SELECT %d", "b"},
     {"CREATE TABLE u AS SELECT %d", "plain"},
     {"PRAGMA user_version=%d", "plain"},
-    {"%s FROM t", "plain"},
+    {"%s FROM t", "s"}, {"%sFROM t", "plain"},
     {"SELECT %f", "plain"},
     {"SELECT %5d", "plain"},
     {"SELECT %w", "plain"},
@@ -467,6 +467,23 @@ TEST_F(Statements, AreKeptAndFoundAgain)
     EXPECT_EQ(scalar(copy.c_str(), 1), "2");
     EXPECT_EQ(statistics().held, after.held);
     EXPECT_EQ(statistics().misses, after.misses);
+}
+
+TEST_F(Statements, AQueryThatIsSplicedInFirstIsKept)
+{
+    const auto ask = [this](const char *head, int value) { return scalar("%s WHERE 5=%d", head, value); };
+    const auto before = statistics();
+    for (int i = 0; i < 6; i++) EXPECT_EQ(ask("SELECT '?'||'x'", i), i == 5 ? "?x" : "(null)");
+    EXPECT_EQ(statistics().misses - before.misses, 1u);
+    EXPECT_EQ(statistics().hits - before.hits, 5u);
+    // A number behind BY is a column's place, and what is no query takes no values.
+    sql("CREATE TABLE o (a, b); INSERT INTO o VALUES(1,9),(2,8)");
+    const auto held = statistics().held;
+    EXPECT_EQ(scalar("%s %d", "SELECT a,b FROM o ORDER BY", 2), "2");
+    EXPECT_EQ(scalar("%s %d DESC", "SELECT b FROM o ORDER BY a,", 1), "9");
+    EXPECT_EQ(ask("VALUES(7) UNION SELECT 8 FROM o", 5), "7");
+    EXPECT_EQ(scalar("%s", "SELECT 6"), "6");
+    EXPECT_EQ(statistics().held, held);
 }
 
 TEST_F(Statements, OneBufferMayHoldDifferentFormats)

@@ -1,8 +1,8 @@
-// The user list in both of its ways: what hangs on the users read for all of them at once, and, when somebody watches
-// the statements or one of them fails, user by user. Nobody may see a difference.
+// The user list in both of its ways.
 #include <set>
 
 #include "fixture/allocations.h"
+#include "fixture/both_ways.h"
 #include "users/users.h"
 
 using namespace test;
@@ -12,18 +12,7 @@ namespace {
 constexpr int kUsers = 60;
 constexpr int32_t kFirst = 100;
 
-enum class Way { at_once, one_by_one };
-
-/// What a call came to, its dumps and reports line by line.
-struct Outcome {
-    uint32_t rc = 0;
-    ErrorInfo err{};
-    std::string message;
-    std::vector<std::string> lines;
-    int statements = 0;
-};
-
-struct ListAtOnce : Users {
+struct ListAtOnce : BothWays<Users> {
     ListAtOnce()
     {
         for (int i = 0; i < kUsers; i++) {
@@ -36,73 +25,37 @@ struct ListAtOnce : Users {
             if (i % 5 == 0) sql("INSERT INTO `_hf_zfs_stat` VALUES(" + id + ",18446744073709551615)");
             if (i % 7 == 3) sql("INSERT INTO `$timemachine_quota` VALUES(" + id + ",1,500)");
             for (int share = 1; share <= i % 4; share++)
-                sql("INSERT INTO user_quota (user_id,share_id,mb_hard) VALUES(" + id + "," +
-                    std::to_string(5 - share) + "," + std::to_string(share * 10) + ")");
+                sql("INSERT INTO user_quota (user_id,share_id,mb_hard) VALUES(" + id + "," + std::to_string(5 - share) +
+                    "," + std::to_string(share * 10) + ")");
         }
         // Share 4 is gone; the use of share 2 was never measured.
         sql("INSERT INTO share (id,name,zfs_name) VALUES(1,'a','tank/a'),(2,'b','tank/b'),(3,'c','tank/c');"
             "INSERT INTO _user_quota_stat SELECT 3,user_id,user_id*2 FROM user_quota WHERE share_id=3;"
             "DELETE FROM `$user` WHERE id IN (117,118,119)");
         gids["EXAMPLE\\staff"] = -7;
-        qbdb->log_level = 5;
     }
 
-    /// Calls the list. What fails is the database's doing, the same in both ways.
-    Outcome call(Way way, AccountQuery *query, int32_t with_password = 0)
+    auto call(AccountQuery *query, int32_t with_password = 0)
     {
-        const qbdb_statement_hook watch = [](void *, const char *, const char *, uint32_t, const char **) { return 0; };
-        qbdb_set_statement_hook(qbdb, way == Way::one_by_one ? watch : nullptr, nullptr);
-        Outcome outcome;
-        const auto count = [](unsigned, void *counter, void *, void *) { return ++*static_cast<int *>(counter), 0; };
-        sqlite3_trace_v2(db, SQLITE_TRACE_STMT, count, &outcome.statements);
-        log.clear();
-        users = {};
-        outcome.rc = qbobj_getUserCollection(qbdb, db, &users, query, with_password, &err);
-        sqlite3_trace_v2(db, 0, nullptr, nullptr);
-        // On a failure nothing is dumped: the part of the list that the caller has is.
-        qbobj_api2_utils_dump_object(qbdb, qbobj_find_type("UserCollection"), &users, 0, "f", 1);
-        outcome.err = err;
-        outcome.message = text(err.message);
-        for (const LogLine &line : log)
-            outcome.lines.push_back(line.file + ":" + std::to_string(line.line) + " " + std::to_string(line.level) +
-                                    " " + std::to_string(line.flag) + " " + line.text);
-        return outcome;
+        return [this, query, with_password] {
+            users = {};
+            return qbobj_getUserCollection(qbdb, db, &users, query, with_password, &err);
+        };
     }
-
-    Outcome expect_alike(AccountQuery *query, int32_t with_password = 0)
+    auto dump()
     {
-        const Outcome one_by_one = call(Way::one_by_one, query, with_password);
-        const Outcome at_once = call(Way::at_once, query, with_password);
-        EXPECT_EQ(at_once.rc, one_by_one.rc);
-        EXPECT_EQ(at_once.message, one_by_one.message);
-        EXPECT_EQ(at_once.err.line, one_by_one.err.line);
-        EXPECT_EQ(text(at_once.err.file), text(one_by_one.err.file));
-        EXPECT_EQ(at_once.lines, one_by_one.lines);
-        EXPECT_GT(one_by_one.lines.size(), 1u);
-        return at_once;
+        return [this] { qbobj_api2_utils_dump_object(qbdb, qbobj_find_type("UserCollection"), &users, 0, "f", 1); };
     }
-
-    /// Puts a view in a table's place in which one column of one user cannot be had.
-    void break_at(const std::string &table, const std::string &key, const std::string &column, int32_t user)
+    size_t count(Way way) { return run(way, call(nullptr), dump()).statements.size(); }
+    Outcome expect_list_alike(AccountQuery *query, int32_t with_password = 0)
     {
-        std::string columns;
-        for (const std::string &name : rows("SELECT name FROM pragma_table_info('" + table + "')"))
-            columns += (columns.empty() ? "" : ",") +
-                       (name == column ? "CASE WHEN " + key + "=" + std::to_string(user) +
-                                             " THEN abs(-9223372036854775807-1) ELSE " + name + " END AS " + name
-                                       : name);
-        sql("ALTER TABLE `" + table + "` RENAME TO broken; CREATE VIEW `" + table + "` AS SELECT " + columns +
-            " FROM broken");
-    }
-    void mend(const std::string &table)
-    {
-        sql("DROP VIEW `" + table + "`; ALTER TABLE broken RENAME TO `" + table + "`");
+        return expect_alike(call(query, with_password), dump());
     }
 };
 
 TEST_F(ListAtOnce, IsTheSame)
 {
-    const Outcome all = expect_alike(nullptr);
+    const Outcome all = expect_list_alike(nullptr);
     EXPECT_EQ(all.rc, 0u);
     EXPECT_EQ(elements(users.User).size(), static_cast<size_t>(kUsers - 3));
     for (const int32_t order : {1, 2, -1, -2})
@@ -114,30 +67,29 @@ TEST_F(ListAtOnce, IsTheSame)
                 query.offset = limit ? 11 : 0;
                 query.name_like = pattern;
                 SCOPED_TRACE(std::to_string(order) + " " + std::to_string(limit) + " " + pattern);
-                expect_alike(&query, order == 2);
+                expect_list_alike(&query, order == 2);
             }
     for (const char *opt : {"TM_ON", "HF_EXISTS", "||HF_SNAPSHOT_PROTECTION==0", "&&USER_WITH_ADMIN==1"}) {
         AccountQuery query{};
         query.opt = opt;
         SCOPED_TRACE(opt);
-        expect_alike(&query);
+        expect_list_alike(&query);
     }
 }
 
 TEST_F(ListAtOnce, TakesAFewStatements)
 {
-    const Outcome one_by_one = call(Way::one_by_one, nullptr);
-    EXPECT_GT(one_by_one.statements, (kUsers - 3) * 4);
+    EXPECT_GT(count(Way::one_by_one), (kUsers - 3) * 4u);
     // BEGIN, mode, count, users, quotas, homes, a folder, allowances, two for each allowance, COMMIT.
     const int allowances = std::stoi(value("SELECT COUNT(*) FROM `$timemachine_quota` JOIN `$user` U ON U.id=user_id"));
-    EXPECT_EQ(call(Way::at_once, nullptr).statements, 9 + 2 * allowances);
+    EXPECT_EQ(count(Way::at_once), 9u + 2 * static_cast<size_t>(allowances));
 }
 
 TEST_F(ListAtOnce, UsersFarApartAreReadOneByOne)
 {
     sql("UPDATE `$user` SET id=id*1000 WHERE id>=100 AND id<200");
-    const Outcome apart = expect_alike(nullptr);
-    EXPECT_GT(apart.statements, (kUsers - 3) * 4);
+    const Outcome apart = expect_list_alike(nullptr);
+    EXPECT_GT(apart.statements.size(), (kUsers - 3) * 4u);
 }
 
 TEST_F(ListAtOnce, BreaksOffWhereItAlwaysDid)
@@ -164,8 +116,8 @@ TEST_F(ListAtOnce, BreaksOffWhereItAlwaysDid)
                 "INSERT OR IGNORE INTO user_quota VALUES(" + id + ",3,1,1);"
                 "INSERT OR IGNORE INTO _user_quota_stat VALUES(3," + id + ",1)");
             SCOPED_TRACE(std::string(table) + " of " + id);
-            break_at(table, key, column, user);
-            const Outcome broken = expect_alike(&by_id);
+            break_where(table, std::string(key) + "=" + id, column);
+            const Outcome broken = expect_list_alike(&by_id);
             EXPECT_EQ(broken.rc, 5u);
             EXPECT_EQ(broken.message, message);
             lengths.insert(elements(users.User).size());
@@ -173,7 +125,7 @@ TEST_F(ListAtOnce, BreaksOffWhereItAlwaysDid)
         }
         EXPECT_EQ(lengths.size(), 4u) << "each breaks off at its own user";
     }
-    EXPECT_EQ(expect_alike(&by_id).rc, 0u);
+    EXPECT_EQ(expect_list_alike(&by_id).rc, 0u);
 }
 
 TEST_F(ListAtOnce, FailsAsItAlwaysDidWithoutATable)
@@ -190,7 +142,7 @@ TEST_F(ListAtOnce, FailsAsItAlwaysDidWithoutATable)
     for (const auto &[table, message] : kMissing) {
         SCOPED_TRACE(table);
         sql(std::string("ALTER TABLE `") + table + "` RENAME TO elsewhere");
-        const Outcome missing = expect_alike(nullptr);
+        const Outcome missing = expect_list_alike(nullptr);
         EXPECT_EQ(missing.rc, 5u);
         EXPECT_EQ(missing.message, message);
         EXPECT_EQ(elements(users.User).size(), 1u);
