@@ -42,7 +42,7 @@ std::string line(const std::string &text, const std::string &field)
         if (name == "default") said["2"] = " default=" + value;
         if (name == "pattern") said["3"] = " pattern";
         if (name == "range") said["4"] = " " + value + ".." + mark[1];
-        if (name == "also") said["5"] = " or " + value + ".." + value;
+        if (name == "also") said["5"] = std::string(" or ").append(value).append("..").append(value);
         if (name == "below")
             said["5"] = " or " + std::to_string(INT_MIN) + ".." + std::to_string(std::stoll(value) - 1);
     }
