@@ -3,7 +3,6 @@
 // another one. The calls are those of the set-ups, with single values changed.
 #include "traits.h"
 
-#include <map>
 #include <set>
 
 #include "anomaly/anomaly.h"
@@ -72,8 +71,11 @@ void with_each_trial(const std::function<void(TraitsOfCalls &, const Trial &, co
 // ---- Ranges
 
 /// Two numbers of a record of which the one must not be above the other: tried at the same end.
-const std::map<std::string, std::string> kPartners = {{"PassiveRangeMin", "PassiveRangeMax"},
-                                                      {"PassiveRangeMax", "PassiveRangeMin"}};
+const char *partner_of(const std::string &field)
+{
+    if (field == "PassiveRangeMin") return "PassiveRangeMax";
+    return field == "PassiveRangeMax" ? "PassiveRangeMin" : nullptr;
+}
 
 /// Calls with a number at and beyond the ends of its range.
 void expect_range(TraitsOfCalls &calls, const Trial &trial, const QbobjTraits &traits,
@@ -123,9 +125,8 @@ TEST(TraitsOfAllCalls, NumbersBeyondTheirRangesAreRefused)
                         expect_range(calls, trial, *traits, [&](int64_t number, bool partners) {
                             record = before;
                             record[field->name] = number;
-                            if (const auto partner = kPartners.find(field->name);
-                                partners && partner != kPartners.end())
-                                record[partner->second] = number;
+                            if (const char *partner = partner_of(field->name); partner && partners)
+                                record[partner] = number;
                             return given;
                         });
                         record = before;
@@ -171,7 +172,7 @@ TEST(TraitsOfAllCalls, AbsentValuesAreTheirDefaults)
                 Json other = given;
                 if (!other.contains(argument.name) || other == same_as)
                     other[argument.name] = argument.words ? argument.words[0] : "LOGMSG_OTHER";
-                if (other == same_as) other[argument.name] = argument.words[1];
+                if (argument.words && other == same_as) other[argument.name] = argument.words[1];
                 const Outcome without = calls.call(trial, absent);
                 const Outcome with = calls.call(trial, same_as);
                 EXPECT_TRUE(same(without, with)) << name;
