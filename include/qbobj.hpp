@@ -145,7 +145,8 @@ public:
     [[nodiscard]] bool has_value() const noexcept { return held_.has_value(); }
     explicit operator bool() const noexcept { return has_value(); }
 
-    /// @name The value. Of a failure it throws BadResult, or ends the process where there are no exceptions. @{
+    /// @name The value. Of a failure it throws BadResult, or ends the process where there are no exceptions.
+    /// @{
     std::add_lvalue_reference_t<T> value() & { return get(*this); }
     std::add_lvalue_reference_t<const T> value() const & { return get(*this); }
     T value() &&
@@ -172,7 +173,8 @@ public:
         return held_ ? std::move(*held_) : static_cast<Held>(std::forward<U>(other));
     }
 
-    /// @name Why it failed. Of a success it ends the process. @{
+    /// @name Why it failed. Of a success it ends the process.
+    /// @{
     [[nodiscard]] const Error &error() const &
     {
         if (held_) detail::end("qb::Result: a success has no error");
@@ -195,7 +197,8 @@ public:
     }
 
     /// @name Going on. A function is called with the value (without an argument where there is none), or or_else's with
-    /// the error. @{
+    /// the error.
+    /// @{
 
     /// The Result of `next`, or this error.
     template <class F>
@@ -436,7 +439,8 @@ template <class T>
 concept Record = detail::type_name<T>
 != nullptr;
 
-/// @name The library's tables as arrays. @{
+/// @name The library's tables as arrays.
+/// @{
 inline std::span<const QbobjOperation> operations()
 {
     return detail::table(qbobj_operations(), [](const QbobjOperation &row) { return !row.name; });
@@ -1005,8 +1009,11 @@ auto call(qbdb_t *qbdb, sqlite3 *db, Given &&...given)
 }  // namespace v1
 }  // namespace qb
 
+// The records outlive what views them.
+/// @cond
 template <class T>
 inline constexpr bool std::ranges::enable_borrowed_range<qb::List<T>> = true;
+/// @endcond
 
 #endif
 /* SPDX-License-Identifier: Apache-2.0 */
