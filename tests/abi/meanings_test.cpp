@@ -4,6 +4,7 @@
 #include <regex>
 #include <set>
 
+#include "abi/all_types.h"
 #include "fixture/files.h"
 #include "fixture/header_text.h"
 #include "fixture/paths.h"
@@ -17,16 +18,6 @@ namespace {
 bool says_something(const char *text)
 {
     return text && *text && std::string(text).find_first_of("\n`*@") != 0;
-}
-
-std::set<const QbobjField *> all_types()
-{
-    std::set<const QbobjField *> types;
-    for (const QbobjType *row = qbobj_types(); row->name; row++) types.insert(row->fields);
-    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        for (uint32_t i = 0; i < row->count; i++)
-            if (row->arguments[i].type) types.insert(row->arguments[i].type);
-    return types;
 }
 
 /// A text of words only, as far as a comment's marks and line ends could differ.

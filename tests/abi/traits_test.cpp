@@ -4,6 +4,7 @@
 #include <regex>
 #include <set>
 
+#include "abi/all_types.h"
 #include "fixture/fixture.h"
 #include "fixture/header_text.h"
 
@@ -49,16 +50,6 @@ std::string line(const std::string &text, const std::string &field)
     std::string all;
     for (const auto &[order, part] : said) all += part;
     return all;
-}
-
-std::set<const QbobjField *> all_types()
-{
-    std::set<const QbobjField *> types;
-    for (const QbobjType *row = qbobj_types(); row->name; row++) types.insert(row->fields);
-    for (const QbobjOperation *row = qbobj_operations(); row->name; row++)
-        for (uint32_t i = 0; i < row->count; i++)
-            if (row->arguments[i].type) types.insert(row->arguments[i].type);
-    return types;
 }
 
 /// Comments of functions, with their marks.

@@ -153,58 +153,66 @@ TEST(TraitsOfAllCalls, NumbersBeyondTheirRangesAreRefused)
 
 // ---- Defaults
 
+/// Whether a call says that an absent argument and its default come to the same, and another value to something else.
+bool shows_default(TraitsOfCalls &calls, const Trial &trial, const QbobjArgument &argument, const char *value)
+{
+    const Json given = TraitsOfCalls::arguments_of(trial);
+    Json absent = given;
+    absent.erase(argument.name);
+    Json same_as = given;
+    same_as[argument.name] = value;
+    Json other = given;
+    if (!other.contains(argument.name) || other == same_as)
+        other[argument.name] = argument.words ? argument.words[0] : "LOGMSG_OTHER";
+    if (argument.words && other == same_as) other[argument.name] = argument.words[1];
+    const Outcome without = calls.call(trial, absent);
+    const Outcome with = calls.call(trial, same_as);
+    EXPECT_TRUE(same(without, with)) << argument.name;
+    EXPECT_EQ(without.outputs, with.outputs) << argument.name;
+    const Outcome different = calls.call(trial, other);
+    return !same(without, different) || without.outputs != different.outputs;
+}
+
+/// The same of a number in a record; false, too, where the call gives no such record.
+bool shows_default(TraitsOfCalls &calls, const Trial &trial, const QbobjArgument &argument,
+                   const qbcli::FieldOfOperation &field)
+{
+    Json changed = TraitsOfCalls::arguments_of(trial);
+    if (!changed.contains(argument.name)) return false;
+    Json *place = nullptr;
+    visit_records(changed[argument.name], argument.type, "", [&](Json &record, const QbobjField *, const auto &path) {
+        const bool holds = field.path.rfind(path, 0) == 0 && field.path.find('.', path.size()) == std::string::npos;
+        if (!place && holds) place = &record[field.path.substr(path.size())];
+    });
+    if (!place) return false;
+    const int64_t number = std::stoll(field.traits->default_value);
+    const auto with = [&](const Json &value) {
+        *place = value;
+        return calls.call(trial, changed);
+    };
+    const Outcome without = with(nullptr);
+    EXPECT_TRUE(same(without, with(number))) << field.path;
+    return !same(without, with(number == 0 ? 1 : 0));
+}
+
 TEST(TraitsOfAllCalls, AbsentValuesAreTheirDefaults)
 {
     std::set<std::string> compared;
     std::set<std::string> told;
+    const auto look = [&](const std::string &name, bool shown) {
+        told.insert(name);
+        if (shown) compared.insert(name);
+    };
     with_each_trial([&](TraitsOfCalls &calls, const Trial &trial, const QbobjOperation &operation) {
-        const Json given = TraitsOfCalls::arguments_of(trial);
         for (uint32_t i = 0; i < operation.count; i++) {
             const QbobjArgument &argument = operation.arguments[i];
             if (argument.direction == QBOBJ_OUT) continue;
             const std::string name = std::string(trial.operation) + "(" + argument.name + ")";
-            if (const char *value = qbobj_argument_traits(&operation, &argument)->default_value) {
-                told.insert(name);
-                Json absent = given;
-                absent.erase(argument.name);
-                Json same_as = given;
-                same_as[argument.name] = value;
-                Json other = given;
-                if (!other.contains(argument.name) || other == same_as)
-                    other[argument.name] = argument.words ? argument.words[0] : "LOGMSG_OTHER";
-                if (argument.words && other == same_as) other[argument.name] = argument.words[1];
-                const Outcome without = calls.call(trial, absent);
-                const Outcome with = calls.call(trial, same_as);
-                EXPECT_TRUE(same(without, with)) << name;
-                EXPECT_EQ(without.outputs, with.outputs) << name;
-                const Outcome different = calls.call(trial, other);
-                if (!same(without, different) || without.outputs != different.outputs) compared.insert(name);
-            }
-            for (const auto &field : qbcli::fields_of_operation(operation, argument)) {
-                if (!field.traits->default_value) continue;
-                const std::string own = name + "." + field.path;
-                told.insert(own);
-                if (!given.contains(argument.name)) continue;
-                Json changed = given;
-                Json *place = nullptr;
-                std::string member = field.path;
-                visit_records(changed[argument.name], argument.type, "",
-                              [&](Json &record, const QbobjField *, const auto &path) {
-                                  if (place || field.path.rfind(path, 0) != 0 ||
-                                      field.path.find('.', path.size()) != std::string::npos)
-                                      return;
-                                  place = &record;
-                                  member = field.path.substr(path.size());
-                              });
-                if (!place) continue;
-                const int64_t number = std::stoll(field.traits->default_value);
-                (*place)[member] = nullptr;
-                const Outcome without = calls.call(trial, changed);
-                (*place)[member] = number;
-                EXPECT_TRUE(same(without, calls.call(trial, changed))) << own;
-                (*place)[member] = number == 0 ? 1 : 0;
-                if (!same(without, calls.call(trial, changed))) compared.insert(own);
-            }
+            if (const char *value = qbobj_argument_traits(&operation, &argument)->default_value)
+                look(name, shows_default(calls, trial, argument, value));
+            for (const auto &field : qbcli::fields_of_operation(operation, argument))
+                if (field.traits->default_value)
+                    look(name + "." + field.path, shows_default(calls, trial, argument, field));
         }
     });
     EXPECT_EQ(compared, told) << "no call shows that the default is one of several values";
