@@ -23,9 +23,9 @@ namespace {
 
 constexpr uint32_t kApplicationId = 0x51424F42;  // stands in the file's header
 constexpr size_t kPoolKeptFree = 4u << 20;       // bytes that an emptied pool keeps for its next use
-constexpr int64_t kBriefWaitUs = 100;
+constexpr int64_t kBriefWaitUs = 50;
 constexpr int64_t kShortestNapUs = 20;
-constexpr int64_t kLongestNapUs = 500;
+constexpr int64_t kLongestNapUs = 800;
 constexpr const char *kExists = "is an appliance database already";
 
 struct Opening {
@@ -54,8 +54,8 @@ int64_t now_us()
 
 /// Waits for another process's lock. A lock is held for some ten microseconds as a rule, which is less than
 /// the shortest nap: so the processor is only offered to others at first. The naps after that grow with the
-/// time already spent, but stay short, so that a caller who has waited long still asks often and gets its
-/// turn. The caller gives up at the timeout.
+/// time already spent: many callers who ask too often take the processors from those who read. They stay below
+/// a millisecond, so that a caller who has waited long still gets its turn. The caller gives up at the timeout.
 int wait_for_lock(void *context, int count)
 {
     auto *internal = static_cast<qbdb_private *>(context);
@@ -68,7 +68,7 @@ int wait_for_lock(void *context, int count)
         sched_yield();
         return 1;
     }
-    const int64_t pause = std::min(std::clamp<int64_t>(waited / 16, kShortestNapUs, kLongestNapUs), left);
+    const int64_t pause = std::min(std::clamp<int64_t>(waited / 4, kShortestNapUs, kLongestNapUs), left);
     const timespec nap = {0, static_cast<long>(pause * 1000)};
     nanosleep(&nap, nullptr);
     return 1;
