@@ -145,6 +145,12 @@ Lexical follow(Lexical state, char *previous, const char *text, size_t size)
     return state;
 }
 
+/// A number may be beyond SQLite's integers, a text within quotes may end them.
+static bool is_always_bound(const Conversion &conversion)
+{
+    return conversion.bound && conversion.argument != Argument::uint64 && !conversion.rest;
+}
+
 Plan *make_plan(const char *format)
 {
     const size_t size = strlen(format);
@@ -207,6 +213,8 @@ Plan *make_plan(const char *format)
     plan->plain = plan->plain || !grammar.takes_values();
     plan->tail = static_cast<uint32_t>(out - piece);
     plan->literal_size = static_cast<uint32_t>(out - plan->literals);
+    plan->fixed = true;
+    for (uint32_t i = 0; i < plan->count; i++) plan->fixed = plan->fixed && is_always_bound(plan->conversions[i]);
     return plan;
 }
 

@@ -50,6 +50,7 @@ struct Plan {
     uint32_t count;
     uint32_t bound;     // how many conversions are bound
     bool spliced_head;  // the first conversion stands for the SELECT that the statement begins with
+    bool fixed;         // all values are bound, whatever they are: the text is always the same
     bool plain;         // left to SQLite's own formatter: values cannot be bound in it
     Conversion conversions[kMaxConversions];
 };

@@ -78,8 +78,12 @@ struct Call {
 /// Stores a failure text (copied into the handle's pool) and returns the primary code.
 int fail(const Call &call, int rc, const char *text);
 
-/// Asks the statement hook; non-zero is the code to fail with, its text already stored.
-int ask_hook(const Call &call, const char *sql);
+/// Asks the statement hook, if there is one; non-zero is the code to fail with, its text already stored.
+int ask_hook_of(const Call &call, const char *sql);
+inline int ask_hook(const Call &call, const char *sql)
+{
+    return call.qbdb->internal->statement_hook ? ask_hook_of(call, sql) : 0;
+}
 
 /// A prepared statement with its values bound, ready to step; released on every path.
 struct Statement {

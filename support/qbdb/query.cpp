@@ -6,48 +6,11 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "growing.h"
 #include "handle.h"
 
 namespace qdb {
 namespace {
-
-/// An array that begins in place and moves to the heap when it outgrows that: most results are a row or two.
-template <class T, size_t InPlace>
-struct Growing {
-    T *items = in_place;
-    uint64_t count = 0;
-    uint64_t capacity = InPlace;
-    T in_place[InPlace];
-
-    Growing() {}  // the place is not worth clearing
-    Growing(const Growing &) = delete;
-    Growing &operator=(const Growing &) = delete;
-    ~Growing()
-    {
-        if (items != in_place) sqlite3_free(items);
-    }
-
-    /// Room for more items, or null without memory.
-    T *extend(uint64_t more)
-    {
-        if (count + more > capacity && !grow(count + more)) return nullptr;
-        T *room = items + count;
-        count += more;
-        return room;
-    }
-
-private:
-    bool grow(uint64_t wanted)
-    {
-        const bool first = items == in_place;
-        void *grown = sqlite3_realloc64(first ? nullptr : items, wanted * 2 * sizeof(T));
-        if (!grown) return false;
-        if (first) memcpy(grown, in_place, count * sizeof(T));
-        items = static_cast<T *>(grown);
-        capacity = wanted * 2;
-        return true;
-    }
-};
 
 /// A result while it is read: cell texts one after the other, and where each begins.
 struct Cells {
@@ -234,12 +197,9 @@ int qbdb_sql_get_scaler_mprintf(qbdb_t *qbdb, sqlite3 *db, const char **text, co
     bool row = false;
     rc = qdb::first_row(call, statement.stmt, &row);
     if (rc || !row) return rc;
-    const char *copy = nullptr;
-    if (sqlite3_column_type(statement.stmt, 0) != SQLITE_NULL) {
-        const auto *cell = reinterpret_cast<const char *>(sqlite3_column_text(statement.stmt, 0));
-        copy = cell ? qdb::copy_text(qdb::pool_of(qbdb), cell) : nullptr;
-        if (!copy) return qdb::fail(call, SQLITE_NOMEM, "out of memory");
-    }
+    const auto *cell = reinterpret_cast<const char *>(sqlite3_column_text(statement.stmt, 0));
+    const char *copy = qdb::copy_text(qdb::pool_of(qbdb), cell);
+    if (!copy && (cell || sqlite3_errcode(db) == SQLITE_NOMEM)) return qdb::fail(call, SQLITE_NOMEM, "out of memory");
     rc = qdb::finish(call, statement.stmt);
     if (rc == SQLITE_OK) *value = copy;
     return rc;

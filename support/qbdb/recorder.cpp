@@ -76,14 +76,12 @@ int begin_recording(const Call &call)
     return recorder->armed || recorder->journal ? start_session(recorder, internal) : SQLITE_OK;
 }
 
-int finish_recording(const Call &call, bool *discard)
+int finish_recording(const Call &call, bool discard)
 {
     Recorder *recorder = call.qbdb->internal->recorder;
-    *discard = is_trial(call.qbdb->internal);
-    if (!recorder || !recorder->session || call.db != call.qbdb->internal->db) return SQLITE_OK;
     int rc = take_changes(recorder);
-    if (rc == SQLITE_OK && *discard) rc = recorder->collected.append(recorder->pending);
-    const bool kept = !*discard && recorder->journal && !recorder->replaying && recorder->pending.size;
+    if (rc == SQLITE_OK && discard) rc = recorder->collected.append(recorder->pending);
+    const bool kept = !discard && recorder->journal && !recorder->replaying && recorder->pending.size;
     if (rc == SQLITE_OK && kept) rc = keep_call(recorder, call.db);
     if (rc != SQLITE_OK) recorder->lost = rc;
     return rc == SQLITE_OK ? rc : fail(call, rc, "the changes cannot be recorded");
@@ -91,8 +89,8 @@ int finish_recording(const Call &call, bool *discard)
 
 void end_recording(qbdb_private *internal, bool kept)
 {
+    if (!is_recording(internal)) return;
     Recorder *recorder = internal->recorder;
-    if (!recorder || !recorder->session) return;
     sqlite3session_delete(recorder->session);
     recorder->session = nullptr;
     recorder->twins.clear();
@@ -100,11 +98,6 @@ void end_recording(qbdb_private *internal, bool kept)
         recorder->lost = recorder->collected.append(recorder->pending);
     recorder->pending.clear();
     recorder->calls.forget_call();
-}
-
-bool is_trial(const qbdb_private *internal)
-{
-    return internal->recorder && internal->recorder->armed && internal->recorder->discard;
 }
 
 void destroy_recorder(qbdb_private *internal)

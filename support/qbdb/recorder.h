@@ -30,14 +30,23 @@ struct Recorder {
 /// A transaction that may write has begun on the handle's connection. 0 or a result code: it must not go on.
 int begin_recording(const Call &call);
 
-/// The transaction is about to be committed. `*discard` says that it is to be taken back instead. 0 or a result code.
-int finish_recording(const Call &call, bool *discard);
+/// Whether each commit is a trial: it is taken back instead.
+inline bool is_trial(const qbdb_private *internal)
+{
+    return internal->recorder && internal->recorder->armed && internal->recorder->discard;
+}
 
-/// The transaction is over.
+/// Whether the present transaction's changes are recorded.
+inline bool is_recording(const qbdb_private *internal)
+{
+    return internal->recorder && internal->recorder->session;
+}
+
+/// The transaction that is being recorded is about to be committed, or to be taken back as a trial. 0 or a result code.
+int finish_recording(const Call &call, bool discard);
+
+/// The transaction is over; nothing happens when it was not recorded.
 void end_recording(qbdb_private *internal, bool kept);
-
-/// Whether each commit is a trial.
-bool is_trial(const qbdb_private *internal);
 
 void destroy_recorder(qbdb_private *internal);
 

@@ -7,10 +7,12 @@
 // knows, spliced text that leaves a quote open) goes through SQLite's formatter as it always did.
 #include <apr_strings.h>
 
+#include <charconv>
 #include <cstring>
 
 #include "assignments.h"
 #include "format.h"
+#include "growing.h"
 #include "handle.h"
 
 namespace qdb {
@@ -44,42 +46,28 @@ struct PlanSlot {
 
 /// One argument of a call, read from the argument list.
 struct Value {
-    int64_t number;
-    uint64_t wide;
-    const char *text;
+    int64_t number;    // of an unsigned 64-bit one its bits
+    const char *text;  // null for a number
 };
 
-/// Text being put together; grows, and remembers that memory ran out.
+/// Text being put together; remembers that memory ran out.
 struct Buffer {
-    char *data = nullptr;
-    size_t size = 0;
-    size_t capacity = 0;
+    Growing<char, 1024> bytes;
     bool failed = false;
 
-    Buffer() = default;
-    Buffer(const Buffer &) = delete;
-    Buffer &operator=(const Buffer &) = delete;
-    ~Buffer() { sqlite3_free(data); }
-
-    void append(const char *bytes, size_t count)
+    void append(const char *text, size_t size)
     {
-        if (failed) return;
-        if (size + count + 1 > capacity) {
-            const size_t wanted = (size + count + 1) * 2;
-            void *grown = sqlite3_realloc64(data, wanted);
-            if (!grown) {
-                failed = true;
-                return;
-            }
-            data = static_cast<char *>(grown);
-            capacity = wanted;
-        }
-        if (count) memcpy(data + size, bytes, count);
-        size += count;
-        data[size] = '\0';
+        char *room = failed ? nullptr : bytes.extend(size);
+        if (room && size) memcpy(room, text, size);
+        failed = !room;
     }
-    void append(const char *text) { append(text, strlen(text)); }
-    char last() const { return size ? data[size - 1] : '\0'; }
+    /// Appends a number behind a character.
+    void append(char c, uint32_t number)
+    {
+        char text[16] = {c};
+        append(text, static_cast<size_t>(std::to_chars(text + 1, text + sizeof text, number).ptr - text));
+    }
+    char last() const { return bytes.count ? bytes.items[bytes.count - 1] : '\0'; }
 };
 
 uint64_t hash_of(const char *text, size_t size)
@@ -247,28 +235,26 @@ struct SlotInUse {
     PlanSlot *slot;
 };
 
-void read_values(const Plan *plan, Value *values, va_list args)
+int64_t read_number(Argument argument, va_list *args)
 {
-    for (uint32_t i = 0; i < plan->count; i++) {
-        Value &value = values[i];
-        value = {};
-        switch (plan->conversions[i].argument) {
-            case Argument::int32:  // NOLINT(bugprone-branch-clone): each takes another type off the list
-            case Argument::character: value.number = va_arg(args, int); break;
-            case Argument::uint32: value.number = va_arg(args, unsigned); break;
-            case Argument::int64: value.number = va_arg(args, long long); break;
-            case Argument::uint64:
-                value.wide = va_arg(args, unsigned long long);
-                value.number = static_cast<int64_t>(value.wide);
-                break;
-            case Argument::text: value.text = va_arg(args, const char *); break;
-        }
+    switch (argument) {
+        case Argument::int32:  // NOLINT(bugprone-branch-clone): each takes another type off the list
+        case Argument::character: return va_arg(*args, int);
+        case Argument::uint32: return va_arg(*args, unsigned);
+        case Argument::uint64: return static_cast<int64_t>(va_arg(*args, unsigned long long));
+        default: return va_arg(*args, long long);
     }
+}
+
+Value read_value(Argument argument, va_list *args)
+{
+    if (argument == Argument::text) return {0, va_arg(*args, const char *)};
+    return {read_number(argument, args), nullptr};
 }
 
 bool is_wide(const Conversion &conversion, const Value &value)
 {
-    return conversion.argument == Argument::uint64 && value.wide > static_cast<uint64_t>(INT64_MAX);
+    return conversion.argument == Argument::uint64 && value.number < 0;
 }
 
 /// Whether the value is bound in this call: not a number beyond SQLite's integers, nor a text that would end
@@ -287,7 +273,7 @@ bool splice(const Conversion &conversion, const Value &value, Buffer *out)
     char *owned = nullptr;
     const char *text = scratch;
     if (is_wide(conversion, value))
-        sqlite3_snprintf(sizeof scratch, scratch, "%llu", static_cast<sqlite3_uint64>(value.wide));
+        sqlite3_snprintf(sizeof scratch, scratch, "%llu", static_cast<sqlite3_uint64>(value.number));
     else if (conversion.letter == 's') text = value.text ? value.text : "";
     else if (conversion.letter == 'c') sqlite3_snprintf(sizeof scratch, scratch, "%c", static_cast<int>(value.number));
     else if (conversion.letter == 'q' || conversion.letter == 'Q')
@@ -336,11 +322,9 @@ void append_assignments(const Assignments &assignments, uint32_t number, Buffer 
 {
     for (uint32_t i = 0; i < assignments.count; i++) {
         const Assignment &each = assignments.items[i];
-        char parameter[16];
-        sqlite3_snprintf(sizeof parameter, parameter, "?%u", number + i + 1);
         if (i) out->append(",", 1);
         out->append(each.column, each.column_size);
-        out->append(parameter);
+        out->append('?', number + i + 1);
     }
 }
 
@@ -367,9 +351,7 @@ bool build_text(const Plan *plan, const Value *values, Assignments *assignments,
         number += conversion.bound;
         taken = bound ? conversion.rest : 0;
         if (bound) {
-            char parameter[16];
-            sqlite3_snprintf(sizeof parameter, parameter, "?%u", number);
-            out->append(parameter);
+            out->append('?', number);
             continue;
         }
         const bool last = i + 1 == plan->count;
@@ -395,10 +377,18 @@ int bind_quoted(sqlite3_stmt *stmt, int number, const Conversion &conversion, co
     return whole ? sqlite3_bind_text(stmt, number, whole, -1, sqlite3_free) : SQLITE_NOMEM;
 }
 
+/// Binds a value that stands for itself.
+int bind_value(Statement *statement, int number, const Conversion &conversion, const Value &value)
+{
+    if (conversion.argument != Argument::text) return sqlite3_bind_int64(statement->stmt, number, value.number);
+    if (!value.text) return sqlite3_bind_null(statement->stmt, number);
+    statement->holds_text = true;
+    return sqlite3_bind_text(statement->stmt, number, value.text, -1, SQLITE_STATIC);
+}
+
 int bind_values(const Call &call, Statement *statement, const Plan *plan, const Value *values,
                 const Assignments &assignments)
 {
-    sqlite3_stmt *stmt = statement->stmt;
     const char *at = plan->literals;
     int number = 0;
     for (uint32_t i = 0; i < plan->count; i++) {
@@ -406,21 +396,31 @@ int bind_values(const Call &call, Statement *statement, const Plan *plan, const 
         at += conversion.literal;
         number += conversion.bound;
         if (!is_bound(conversion, values[i])) continue;
-        const char *text = values[i].text;
-        statement->holds_text = statement->holds_text || text;
-        int rc;
-        if (conversion.argument != Argument::text) rc = sqlite3_bind_int64(stmt, number, values[i].number);
-        else if (conversion.rest) rc = bind_quoted(stmt, number, conversion, at, text);
-        else if (text) rc = sqlite3_bind_text(stmt, number, text, -1, SQLITE_STATIC);
-        else rc = sqlite3_bind_null(stmt, number);
+        const int rc = conversion.rest ? bind_quoted(statement->stmt, number, conversion, at, values[i].text)
+                                       : bind_value(statement, number, conversion, values[i]);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
     for (uint32_t i = 0; i < assignments.count; i++) {
         statement->holds_text = statement->holds_text || assignments.items[i].text;
-        const int rc = bind(stmt, static_cast<int>(plan->bound + i + 1), assignments.items[i]);
+        const int rc = bind(statement->stmt, static_cast<int>(plan->bound + i + 1), assignments.items[i]);
         if (rc != SQLITE_OK) return fail(call, rc, sqlite3_errmsg(call.db));
     }
     return SQLITE_OK;
+}
+
+/// Binds the values of a plan whose text never changes, as they come.
+inline int bind_fixed(const Call &call, Statement *statement, const Plan *plan, va_list args)
+{
+    va_list values;
+    va_copy(values, args);
+    int rc = SQLITE_OK;
+    for (uint32_t i = 0; i < plan->count; i++) {
+        const Conversion &conversion = plan->conversions[i];
+        rc = bind_value(statement, static_cast<int>(i + 1), conversion, read_value(conversion.argument, &values));
+        if (rc != SQLITE_OK) break;
+    }
+    va_end(values);
+    return rc == SQLITE_OK ? rc : fail(call, rc, sqlite3_errmsg(call.db));
 }
 
 /// The whole statement formatted by SQLite and prepared for this one call.
@@ -439,7 +439,7 @@ int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, cons
                    Assignments *assignments, Entry **found)
 {
     const Plan *plan = slot->plan;
-    bool fixed = plan->bound == plan->count;
+    bool fixed = plan->bound == plan->count;  // in this call
     for (uint32_t i = 0; fixed && i < plan->count; i++) fixed = is_bound(plan->conversions[i], values[i]);
     if (fixed && slot->entry && !slot->entry->busy) {
         *found = slot->entry;
@@ -449,8 +449,10 @@ int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, cons
     }
     Buffer text;
     if (!build_text(plan, values, assignments, &text)) return SQLITE_OK;
+    const size_t size = text.bytes.count;
+    text.append("", 1);  // it ends with a NUL
     if (text.failed) return fail(call, SQLITE_NOMEM, "out of memory");
-    const int rc = find_entry(call, cache, text.data ? text.data : "", text.size, found);
+    const int rc = find_entry(call, cache, text.bytes.items, size, found);
     if (rc == SQLITE_OK && *found && fixed && !(*found)->owner) {
         if (slot->entry) slot->entry->owner = nullptr;
         slot->entry = *found;
@@ -459,23 +461,29 @@ int find_statement(const Call &call, StatementCache *cache, PlanSlot *slot, cons
     return rc;
 }
 
-int prepare_cached(const Call &call, StatementCache *cache, Statement *statement, const char *format, va_list args)
+void use(Entry *entry, StatementCache *cache, Statement *statement)
 {
-    PlanSlot *slot = slot_of(cache, format);
-    if (slot->busy) return prepare_plain(call, statement, format, args);
-    if (!fill(slot, format)) return fail(call, SQLITE_NOMEM, "out of memory");
-    if (slot->plan->plain) return prepare_plain(call, statement, format, args);
-    const SlotInUse in_use(slot);
+    entry->busy = true;
+    statement->stmt = entry->stmt;
+    statement->cache = cache;
+    statement->entry = entry;
+}
 
+/// The way of the calls whose text may be another each time, and of the first call of any format.
+int prepare_built(const Call &call, StatementCache *cache, PlanSlot *slot, Statement *statement, const char *format,
+                  va_list args)
+{
+    const SlotInUse in_use(slot);
+    const Plan *plan = slot->plan;
     Value values[kMaxConversions];
     va_list again;
     va_copy(again, args);
-    read_values(slot->plan, values, again);
+    for (uint32_t i = 0; i < plan->count; i++) values[i] = read_value(plan->conversions[i].argument, &again);
     va_end(again);
     Entry *entry = nullptr;
     Assignments assignments;
     int rc = find_statement(call, cache, slot, values, &assignments, &entry);
-    if (rc == SQLITE_ERROR && (slot->plan->bound || assignments.count)) {
+    if (rc == SQLITE_ERROR && (plan->bound || assignments.count)) {
         // SQLite refuses a value in a few places (for a table's name, say): what it then says of the plain
         // text is what counts.
         if (call.text) *call.text = nullptr;
@@ -485,11 +493,23 @@ int prepare_cached(const Call &call, StatementCache *cache, Statement *statement
     }
     if (rc) return rc;
     if (!entry) return prepare_plain(call, statement, format, args);
-    entry->busy = true;
-    statement->stmt = entry->stmt;
-    statement->cache = cache;
-    statement->entry = entry;
-    return bind_values(call, statement, slot->plan, values, assignments);
+    use(entry, cache, statement);
+    return bind_values(call, statement, plan, values, assignments);
+}
+
+int prepare_cached(const Call &call, StatementCache *cache, Statement *statement, const char *format, va_list args)
+{
+    PlanSlot *slot = slot_of(cache, format);
+    if (slot->busy) return prepare_plain(call, statement, format, args);
+    if (!fill(slot, format)) return fail(call, SQLITE_NOMEM, "out of memory");
+    const Plan *plan = slot->plan;
+    if (plan->plain) return prepare_plain(call, statement, format, args);
+    if (!plan->fixed || !slot->entry || slot->entry->busy)
+        return prepare_built(call, cache, slot, statement, format, args);
+    cache->statistics.hits++;
+    touch(cache, slot->entry);
+    use(slot->entry, cache, statement);
+    return bind_fixed(call, statement, plan, args);
 }
 
 }  // namespace
@@ -511,13 +531,25 @@ static bool is_lost(const Call &call)
     return (call.db == internal->begun || call.db == internal->begun_elsewhere) && sqlite3_get_autocommit(call.db);
 }
 
-int ask_hook(const Call &call, const char *sql)
+int ask_hook_of(const Call &call, const char *sql)
 {
     const qbdb_private *internal = call.qbdb->internal;
-    if (!internal->statement_hook) return SQLITE_OK;
     const char *text = nullptr;
     const int rc = internal->statement_hook(internal->statement_context, sql, call.file, call.line, &text);
     return rc ? fail(call, rc, text ? text : "refused") : SQLITE_OK;
+}
+
+/// The same with a statement that is yet to be formatted.
+static int ask_hook(const Call &call, const char *format, va_list args)
+{
+    va_list again;
+    va_copy(again, args);
+    char *sql = sqlite3_vmprintf(format, again);
+    va_end(again);
+    if (!sql) return fail(call, SQLITE_NOMEM, "out of memory");
+    const int rc = ask_hook(call, sql);
+    sqlite3_free(sql);
+    return rc;
 }
 
 Statement::~Statement()
@@ -538,16 +570,8 @@ int prepare(const Call &call, Statement *statement, const char *format, va_list 
     if (!call.db) return fail(call, SQLITE_MISUSE, "no database connection");
     if (is_lost(call)) return fail(call, SQLITE_ABORT, "the transaction has been rolled back");
     call.qbdb->internal->refused = nullptr;
-    if (call.qbdb->internal->statement_hook) {
-        va_list again;
-        va_copy(again, args);
-        char *sql = sqlite3_vmprintf(format, again);
-        va_end(again);
-        if (!sql) return fail(call, SQLITE_NOMEM, "out of memory");
-        const int rc = ask_hook(call, sql);
-        sqlite3_free(sql);
-        if (rc) return rc;
-    }
+    if (call.qbdb->internal->statement_hook)
+        if (const int rc = ask_hook(call, format, args)) return rc;
     // Only the handle's own connection is sure to be closed after its statements are finalised.
     StatementCache *cache = call.db == call.qbdb->internal->db ? call.qbdb->internal->cache : nullptr;
     return cache ? prepare_cached(call, cache, statement, format, args) : prepare_plain(call, statement, format, args);

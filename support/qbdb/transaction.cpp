@@ -7,9 +7,9 @@ namespace {
 using qdb::Call;
 
 /// Runs one of the three statements: the prepared one on the handle's own connection.
-int run(const Call &call, sqlite3_stmt *stmt, const char *sql)
+int run(bool own, sqlite3 *db, sqlite3_stmt *stmt, const char *sql)
 {
-    if (call.db != call.qbdb->internal->db) return sqlite3_exec(call.db, sql, nullptr, nullptr, nullptr) & 0xFF;
+    if (!own) return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) & 0xFF;
     sqlite3_step(stmt);
     return sqlite3_reset(stmt) & 0xFF;
 }
@@ -34,7 +34,7 @@ int roll_back(const Call &call)
     qbdb_private *internal = call.qbdb->internal;
     int rc = SQLITE_OK;
     // SQLite itself rolls back after some failures (a full disk, an I/O error).
-    if (!sqlite3_get_autocommit(call.db)) rc = run(call, internal->rollback, "ROLLBACK");
+    if (!sqlite3_get_autocommit(call.db)) rc = run(call.db == internal->db, call.db, internal->rollback, "ROLLBACK");
     if (!sqlite3_get_autocommit(call.db) && call.db == internal->db) rc = roll_back_without_memory(internal);
     if (call.db == internal->db) {
         internal->renew_rollback = true;
@@ -64,28 +64,29 @@ uint32_t begin(qbdb_t *qbdb, sqlite3 *db, Purpose purpose, const char *file, uin
 {
     qbdb_private *internal = qbdb->internal;
     if (!db) return 8;
+    const bool own = db == internal->db;
     sqlite3 *&begun = begun_on(internal, db);
-    if (internal->rollback_owed && db == internal->db) roll_back({qbdb, db, nullptr, file, line});
+    if (own && internal->rollback_owed) roll_back({qbdb, db, nullptr, file, line});
     if (!sqlite3_get_autocommit(db)) {
         internal->refused = begun == db ? db : nullptr;
         return SQLITE_ERROR;
     }
     internal->refused = nullptr;
     begun = nullptr;
-    const bool read_only = db == internal->db ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
+    const bool read_only = own ? internal->read_only : sqlite3_db_readonly(db, "main") == 1;
     const bool reads = read_only || purpose == Purpose::reading;
     // A transaction that starts by reading and then writes fails at once when another process wrote in
     // between, whatever the timeout: so the lock for writing is taken first.
     const char *sql = reads ? "BEGIN" : "BEGIN IMMEDIATE";
     const Call call{qbdb, db, nullptr, file, line};
     if (const int rc = qdb::ask_hook(call, sql)) return static_cast<uint32_t>(rc);
-    int rc = internal->renew_rollback && db == internal->db ? renew_rollback(internal) : SQLITE_OK;
-    if (rc == SQLITE_OK) rc = run(call, reads ? internal->begin_reading : internal->begin, sql);
-    if (rc == SQLITE_OK) begun = db;
-    if (rc == SQLITE_OK && !reads && db == internal->db) {
-        rc = qdb::begin_recording(call);
-        if (rc != SQLITE_OK) roll_back(call);
-    }
+    int rc = own && internal->renew_rollback ? renew_rollback(internal) : SQLITE_OK;
+    if (rc == SQLITE_OK) rc = run(own, db, reads ? internal->begin_reading : internal->begin, sql);
+    if (rc != SQLITE_OK) return static_cast<uint32_t>(rc);
+    begun = db;
+    if (reads || !own) return SQLITE_OK;
+    rc = qdb::begin_recording(call);
+    if (rc != SQLITE_OK) roll_back(call);
     return static_cast<uint32_t>(rc);
 }
 
@@ -107,22 +108,25 @@ uint32_t qbdb_sql_commit(qbdb_t *qbdb, sqlite3 *db, int flags, const char *file,
 {
     (void)flags;
     qbdb_private *internal = qbdb->internal;
-    if (!db || begun_on(internal, db) != db) return SQLITE_ERROR;
+    const bool own = db == internal->db;
+    sqlite3 *&begun = begun_on(internal, db);
+    if (!db || begun != db) return SQLITE_ERROR;
     internal->refused = nullptr;
     const char *why = nullptr;
     const Call call{qbdb, db, &why, file, line};
-    bool discard = false;
-    int rc = qdb::finish_recording(call, &discard);
+    const bool recorded = own && qdb::is_recording(internal);
+    const bool discard = qdb::is_trial(internal);
+    int rc = recorded ? qdb::finish_recording(call, discard) : SQLITE_OK;
     if (rc == SQLITE_OK && discard) {
         qdb::ask_hook(call, "ROLLBACK");
         return static_cast<uint32_t>(roll_back(call));
     }
     if (rc == SQLITE_OK) rc = qdb::ask_hook(call, "COMMIT");
     if (rc == SQLITE_OK) {
-        rc = run(call, internal->commit, "COMMIT");
+        rc = run(own, db, internal->commit, "COMMIT");
         if (rc == SQLITE_OK) {
-            begun_on(internal, db) = nullptr;
-            if (db == internal->db) qdb::end_recording(internal, true);
+            begun = nullptr;
+            if (recorded) qdb::end_recording(internal, true);
             return SQLITE_OK;
         }
         why = sqlite3_errmsg(db);

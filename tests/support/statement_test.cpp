@@ -183,6 +183,15 @@ TEST_F(Statements, PrepareASetOfColumnsOnce)
     EXPECT_EQ(value("SELECT n FROM t WHERE id=2"), "39");
 }
 
+TEST_F(Statements, AreTheSameWhateverTheirLength)
+{
+    for (const size_t length : {0, 900, 1000, 1001, 1002, 1003, 1004, 1005, 1006, 1007, 1008, 2100, 40000}) {
+        const std::string blanks(length, ' ');
+        same("SELECT %s%d AS n", blanks.c_str(), 7);
+        same("SELECT %d AS n,%s %Q AS q", 7, (blanks + "1").c_str(), "it's");
+    }
+}
+
 // ---- Equal to SQLite's own
 
 TEST_F(Statements, GiveWhatSqliteGives)
