@@ -3,6 +3,7 @@
 #include "accounts/quotas.h"
 #include "accounts/workers.h"
 #include "frame/addressed.h"
+#include "frame/pool.h"
 #include "frame/set_list.h"
 #include "validate/validate_db.h"
 
@@ -24,7 +25,7 @@ uint32_t check_name_of_others(CallContext *ctx, sqlite3 *db, int32_t id, const c
 uint32_t rename_group(CallContext *ctx, sqlite3 *db, int32_t id, const char *name)
 {
     TRY(check_given_group_name(ctx, name));
-    SetList<256> set(ctx);
+    SetList<256> set;
     set.add("gname='%q'", name);
     TRY(check_name_of_others(ctx, db, id, name));
     const char *current = nullptr;

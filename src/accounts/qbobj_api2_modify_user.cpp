@@ -9,6 +9,7 @@
 #include "accounts/user_changes.h"
 #include "accounts/workers.h"
 #include "frame/addressed.h"
+#include "frame/pool.h"
 #include "frame/set_list.h"
 #include "validate/validate.h"
 #include "validate/validate_db.h"
@@ -35,7 +36,7 @@ struct Change {
     const char *old_home = nullptr;
     SetList<512> set;
 
-    Change(CallContext *ctx, const User *user, int32_t mode) : given(user), ads(mode), set(ctx) {}
+    Change(const User *user, int32_t mode) : given(user), ads(mode) {}
 };
 
 uint32_t find_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, const User *user, int32_t *id)
@@ -251,7 +252,7 @@ uint32_t move_snapshots(CallContext *ctx, sqlite3 *db, const Change *change)
 
 uint32_t modify_user(CallContext *ctx, sqlite3 *db, const DirectoryMode &mode, User *user)
 {
-    Change change(ctx, user, mode.ads);
+    Change change(user, mode.ads);
     TRY(find_user(ctx, db, mode, user, &change.id));
     TRY(read_stored(ctx, db, &change));
     TRY(set_name(ctx, db, &change));

@@ -28,7 +28,7 @@ uint32_t x_qbobj_setSecurity(CallContext *ctx, sqlite3 *db, Security *security)
 {
     QB_ASSERT(security);
     TRY(check_security(ctx, security));
-    SetList<512> set(ctx);
+    SetList<512> set;
     set.add("security=%Q", security->Security);
     set.add("workgroup=%Q", security->workGroup);
     set.add("realm=%Q", security->Realm);

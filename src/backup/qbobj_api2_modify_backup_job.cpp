@@ -70,7 +70,7 @@ uint32_t check_changed_job(CallContext *ctx, sqlite3 *db, const BackupJob *job, 
 
 uint32_t update_job(CallContext *ctx, sqlite3 *db, const BackupJob *job, int32_t id, int32_t days)
 {
-    Assignments set(ctx);
+    Assignments set;
     set.add("name=%Q", or_empty(job->JobName));
     assign_side(ctx, &set, kSource, job->Source);
     assign_side(ctx, &set, kDestination, job->Destination);
@@ -117,7 +117,7 @@ struct JobsBefore {
     void compare(BackupJob *job) const
     {
         if (!kept) return;
-        JoinedText<32> row(ctx, "");
+        JoinedText<32> row("");
         row.add("id=%d", id_of(job));
         int32_t changed = 0;
         if (!noted(ctx, {qbdb_sql_compare_table_row(ctx->qbdb, db, 0, "backup", kCopy, row.text, &changed)}))

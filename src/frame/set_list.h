@@ -1,56 +1,58 @@
 // A bounded text: SET lists, WHERE clauses and the like. What does not fit is left out whole.
 #pragma once
 
-#include <sqlite3.h>
-
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
+#include <type_traits>
 
-#include "frame/pool.h"
 #include "frame/query.h"
 
 namespace qb {
 
-/// Items joined by a separator in a fixed buffer of N bytes, the terminating NUL included.
+/// What a conversion of an item takes. Its letter says how much of a number counts.
+struct ItemValue {
+    const char *text = nullptr;
+    int64_t number = 0;
+
+    ItemValue(const char *value) : text(value) {}
+    template <class Number>
+    requires(!std::is_pointer_v<Number>) ItemValue(Number value) : number(static_cast<int64_t>(value)) {}
+};
+
+/// Writes a separator and an item, as sqlite3_mprintf would, and the NUL behind it into `room` bytes, at least one.
+/// Where that NUL is; null, and it stands at `at`, when there is not room enough.
+char *write_item(char *at, size_t room, const char *separator, const char *format, const ItemValue *values);
+
+/// Items joined by a separator in a fixed buffer of N bytes, the terminating NUL included. Takes no memory.
 template <size_t N>
 struct JoinedText {
-    CallContext *ctx;
     const char *separator;
     size_t size = 0;
     bool dropped = false;
-    char text[N] = {};
+    char text[N];
 
-    JoinedText(CallContext *context, const char *join) : ctx(context), separator(join) {}
+    explicit JoinedText(const char *join) : separator(join) { text[0] = '\0'; }
     JoinedText(const JoinedText &) = delete;
     JoinedText &operator=(const JoinedText &) = delete;
 
     bool empty() const { return size == 0; }
 
-    /// Adds one item, or drops it when it does not fit. False when it was dropped. An item that cannot be made for
-    /// lack of memory is missing, too, but the call notes that and comes to nothing.
+    /// Adds one item, or drops it when it does not fit. False when it was dropped.
     template <class... Args>
     bool add(Sql<Args...> format, Args... args)
     {
-        char *item = noted(ctx, sqlite3_mprintf(format.text, args...));
-        if (!item) return false;
-        const size_t join = empty() ? 0 : strlen(separator);
-        const size_t length = strlen(item);
-        const bool fits = size + join + length < N;
-        if (fits) {
-            memcpy(text + size, separator, join);
-            memcpy(text + size + join, item, length + 1);
-            size += join + length;
-        }
-        sqlite3_free(item);
-        dropped = dropped || !fits;
-        return fits;
+        const ItemValue values[] = {args..., 0};
+        const char *end = write_item(text + size, N - size, empty() ? "" : separator, format.text, values);
+        if (end) size = static_cast<size_t>(end - text);
+        dropped = dropped || !end;
+        return end != nullptr;
     }
 };
 
 /// The assignments of an UPDATE, joined by commas.
 template <size_t N>
 struct SetList : JoinedText<N> {
-    explicit SetList(CallContext *context) : JoinedText<N>(context, ",") {}
+    SetList() : JoinedText<N>(",") {}
 };
 
 }  // namespace qb

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "frame/pool.h"
 #include "frame/query.h"
 #include "frame/set_list.h"
 #include "services/port_probe.h"
@@ -110,7 +111,7 @@ uint32_t write_daap(CallContext *ctx, sqlite3 *db, const Protocol *p)
 {
     const DaapOptions *o = p->DaapOptions;
     if (!o) return REPORT(ctx, 8, "DlnaOptions cannot be NULL");
-    SetList<512> set(ctx);
+    SetList<512> set;
     set.add("enabled=%d", p->Enabled);
     if (!o->sharename) return REPORT(ctx, 8, "DAAP Sharename cannot be NULL");
     set.add("sharename=%Q", o->sharename);
@@ -432,7 +433,7 @@ uint32_t x_qbobj_setHomeFolderOptions(CallContext *ctx, sqlite3 *db, HomeFolderO
     TRY(store_home_directories(ctx, db, options).or_report(ctx, "Failed DB Query for 'UPDATE service_xxx' %s"));
     const CustomSnapshotManagement *policy = options->CustomSnapshotManagement;
     if (!policy) return 0;
-    SetList<1024> set(ctx);
+    SetList<1024> set;
     set.add("enabled=%d", policy->Enabled);
     if (const SnapshotRetentionRules *rules = policy->SnapshotRetentionRules) {
         set.add("retention_rule=%d", rules->Type);

@@ -18,7 +18,7 @@ uint32_t update(CallContext *ctx, sqlite3 *db, const char *assignments)
 
 uint32_t x_qbobj_setQuillboxdInfo(CallContext *ctx, sqlite3 *db, int32_t started, int32_t stopped, const char *version)
 {
-    SetList<512> set(ctx);
+    SetList<512> set;
     if (started >= 0) set.add("started_on=%d", started);
     if (stopped >= 0) set.add("stopped_on=%d", stopped);
     if (version) set.add("version=%Q", version);

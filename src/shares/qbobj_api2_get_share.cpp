@@ -67,7 +67,7 @@ struct CommonProtocols {
 
 const char *joined(CallContext *ctx, const CommonProtocols &protocols)
 {
-    JoinedText<sizeof "cifs,afp,ftp,nfs"> text(ctx, ",");
+    JoinedText<sizeof "cifs,afp,ftp,nfs"> text(",");
     for (const char *word : protocols.words)
         if (word) text.add("%s", word);
     return copy_text(ctx, text.text);
@@ -170,7 +170,7 @@ uint32_t x_qbobj_queryShare(CallContext *ctx, sqlite3 *db, const char *volumeId,
                             const char *zfsName, ShareCollection *shares)
 {
     QB_ASSERT(shares);
-    JoinedText<512> where(ctx, " AND ");
+    JoinedText<512> where(" AND ");
     if (volumeId) where.add("S.volume_id=%Q", volumeId);
     if (namePattern) where.add("S.name LIKE %Q", namePattern);
     if (zfsName) where.add("S.zfs_name=%Q", zfsName);

@@ -19,7 +19,7 @@ uint32_t update_row(const ShareChange &change, const ShareSet &set)
 
 uint32_t change_row(const ShareChange &change)
 {
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(choose_share_name(change, &set));
     TRY(choose_share_folder(change, &set));
     TRY(change_share_attributes(change));

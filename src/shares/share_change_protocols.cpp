@@ -109,7 +109,7 @@ uint32_t assign_cifs_masks(const ShareChange &change, const CifsShareOption &cif
 
 uint32_t write_cifs_options(const ShareChange &change, const CifsShareOption &cifs)
 {
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(assign_access(change, cifs.DefaultAccess, &set, "cifs_access=%Q", "Invalid Cifs->DefaultAccess (%s)."));
     assign_number(cifs.AllowGuestAccess_void, cifs.AllowGuestAccess, &set, "cifs_guest_access=%d");
     assign_number(cifs.ShareDisplayOption_void, cifs.ShareDisplayOption, &set, "cifs_hide_share=%d");
@@ -168,7 +168,7 @@ uint32_t write_afp(const ShareChange &change, const AfpShareOption &afp)
                 "VALUES(%d,'writeable',1)",
                 change.id)
             .or_report(change.ctx, "Failed DB Query for 'INSERT afp_share_option'. %s"));
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(assign_access(change, afp.DefaultAccess, &set, "afp_access=%Q", "Invalid Afp->DefaultAccess (%s)."));
     assign_number(afp.AllowGuestAccess_void, afp.AllowGuestAccess, &set, "afp_guest_access=%d");
     TRY(assign_afp_masks(change, afp, &set));
@@ -185,7 +185,7 @@ uint32_t write_nfs(const ShareChange &change, const NfsShareOption &nfs)
     TRY(execute(change.ctx, change.db,
                 "INSERT OR IGNORE INTO nfs_share_option (share_id,nfs_access) VALUES(%d,'writeable')", change.id)
             .or_report(change.ctx, "Failed DB Query for 'INSERT nfs_share_option'. %s"));
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(assign_access(change, nfs.DefaultAccess, &set, "nfs_access=%Q", "Invalid Nfs->DefaultAccess (%s)."));
     assign_available(nfs, &set);
     set.add("nfs_sync=%d", nfs.Sync);
@@ -220,7 +220,7 @@ uint32_t write_ftp(const ShareChange &change, const FtpShareOption &ftp)
     TRY(execute(change.ctx, change.db, "INSERT OR IGNORE INTO ftp_share_option VALUES(%d,0,'writeable',0,0,0)",
                 change.id)
             .or_report(change.ctx, "Failed DB Query for 'INSERT ftp_share_option'. %s"));
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(assign_access(change, ftp.DefaultAccess, &set, "ftp_access=%Q", "Invalid Ftp->DefaultAccess (%s)."));
     assign_number(ftp.NewFileFolderPermAutoset_void, ftp.NewFileFolderPermAutoset != 0, &set, "ftp_mask=%d");
     TRY(assign_ftp_masks(change, ftp, &set));
@@ -245,7 +245,7 @@ uint32_t change_dlna_row(const ShareChange &change, const DlnaShareOption &dlna)
     int32_t media_type = 0;
     if (parse_media_type(dlna.MediaType, "All", &media_type) != 0)
         return REPORT(change.ctx, 8, "Invalid Dlna->MediaType (%s).", dlna.MediaType);
-    ShareSet set(change.ctx);
+    ShareSet set;
     set.add("media_type=%d", media_type);
     assign_available(dlna, &set);
     return update_options(change, set, "UPDATE dlna_share_option SET %s WHERE share_id=%d",
@@ -269,7 +269,7 @@ uint32_t write_daap(const ShareChange &change, const DaapShareOption &daap)
     TRY(find_int32(change.ctx, change.db, one, has, "SELECT 1 FROM daap_share_option WHERE share_id=%d", change.id)
             .or_report(change.ctx, "Failed DB Query for 'SELECT FROM daap_share_option'. %s"));
     if (!has) return daap.NotAvailable ? 0 : share_write_daap_option(change.ctx, change.db, change.id, &daap);
-    ShareSet set(change.ctx);
+    ShareSet set;
     assign_available(daap, &set);
     return update_options(change, set, "UPDATE daap_share_option SET %s WHERE share_id=%d",
                           "Failed DB Query for 'UPDATE daap_share_option'. %s");
@@ -289,7 +289,7 @@ uint32_t remove_rsync(const ShareChange &change)
 uint32_t change_rsync_rows(const ShareChange &change, const RsyncShareOption &rsync)
 {
     CallContext *ctx = change.ctx;
-    ShareSet set(ctx);
+    ShareSet set;
     TRY(assign_access(change, rsync.DefaultAccess, &set, "rsync_access=%Q", "Invalid Rsync->DefaultAccess (%s)."));
     const char *protection = nullptr;
     if (rsync.PasswordProtection && map_enabled_disabled(rsync.PasswordProtection, nullptr, &protection) != 0)
@@ -331,7 +331,7 @@ uint32_t write_http(const ShareChange &change, const HttpShareOption &http)
     TRY(execute(change.ctx, change.db,
                 "INSERT OR IGNORE INTO http_share_option (share_id,http_access) VALUES(%d,'writeable')", change.id)
             .or_report(change.ctx, "Failed DB Query for 'INSERT http_share_option'. %s"));
-    ShareSet set(change.ctx);
+    ShareSet set;
     TRY(assign_access(change, http.DefaultAccess, &set, "http_access=%Q", "Invalid Http->DefaultAccess (%s)."));
     assign_number(http.EnableWebDav_void, http.EnableWebDav, &set, "http_webdav=%d");
     assign_available(http, &set);

@@ -143,7 +143,7 @@ uint32_t change_share_attributes(const ShareChange &change)
     const bool sync_given = given->Sync && strcmp(given->Sync, or_empty(stored.Sync)) != 0;
     if (sync_given) TRY(check_sync(ctx, given->Sync));
     TRY(check_reference_quota(change));
-    ShareSet set(ctx);
+    ShareSet set;
     for (const auto &[is_void, value, assignment] : kSizes)
         if (!(given->*is_void)) set.add(assignment, given->*value);
     for (const auto &[is_void, value, assignment] : kFlags)

@@ -26,7 +26,7 @@ uint32_t change_snapshot_schedule(CallContext *ctx, sqlite3 *db, int32_t share_i
                 "VALUES(%d,1,'0','*','*','*','*',0,1,0,0)",
                 share_id)
             .or_report(ctx, "Failed DB Query for 'INSERT snapshot_schedule'. %s"));
-    ShareSet set(ctx);
+    ShareSet set;
     Schedule given = schedule;
     given.Month = nullptr;  // a share's is always that of its default
     assign_schedule(&set, given);
@@ -43,7 +43,7 @@ uint32_t change_snapshot_policy(const ShareChange &change)
     const SnapshotRetentionRules *rule = given->SnapshotRetentionRules;
     if (!rule && !given->CustomSnapshotSchedule) return 0;
     const bool several = stored.SnapshotRetentionRules && stored.SnapshotRetentionRules->next;
-    ShareSet set(ctx);
+    ShareSet set;
     set.add("enabled=%d", given->CustomSnapshotManagement);
     if (rule && !several) {
         set.add("retention_rule=%d", rule->Type);

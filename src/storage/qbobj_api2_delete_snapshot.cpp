@@ -96,7 +96,7 @@ uint32_t x_qbobj_deleteSnapshot(CallContext *ctx, sqlite3 *db, const char *volum
                                 int32_t deleteNewer, const char *snapshotName, int32_t time)
 {
     SharePlace place;
-    Scope scope(ctx, "");
+    Scope scope("");
     TRY(require_volume(ctx, db, volumeName, place));
     if (shareName) TRY(choose_share(ctx, db, shareName, volumeName, place, scope));
     else scope.add("zfs_name LIKE %Q||'/%%'", place.volume_id);
@@ -106,7 +106,7 @@ uint32_t x_qbobj_deleteSnapshot(CallContext *ctx, sqlite3 *db, const char *volum
 uint32_t x_qbobj_deleteHfSnapshot(CallContext *ctx, sqlite3 *db, const char * /*userName*/, const char *homeDir,
                                   int32_t deleteNewer, const char *snapshotName, int32_t time)
 {
-    Scope scope(ctx, "");
+    Scope scope("");
     scope.add("home_dir=%Q", homeDir);
     return delete_snapshots(ctx, db, kHomeFolders, scope, deleteNewer, snapshotName, time);
 }

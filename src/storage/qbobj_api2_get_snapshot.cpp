@@ -25,8 +25,7 @@ struct Filter {
     JoinedText<kClauseSize> first;
     JoinedText<kClauseSize> second;
 
-    Filter(CallContext *ctx, int32_t wanted, const NameClause &one, const NameClause &other)
-        : type(ctx, ""), first(ctx, ""), second(ctx, "")
+    Filter(int32_t wanted, const NameClause &one, const NameClause &other) : type(""), first(""), second("")
     {
         // Others are stored, but never shown.
         if (wanted >= 1 && wanted <= 3) type.add(" AND S.type=%d", wanted);
@@ -107,7 +106,7 @@ uint32_t x_qbobj_getSnapshotCollection(CallContext *ctx, sqlite3 *db, SnapshotCo
                                        int32_t offset)
 {
     QB_ASSERT(snapshots);
-    const Filter filter(ctx, type, {" AND V.lv_name=%Q", volumeName}, {" AND SH.name=%Q", shareName});
+    const Filter filter(type, {" AND V.lv_name=%Q", volumeName}, {" AND SH.name=%Q", shareName});
     if (filter.too_long()) return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM $snapshot'. %s", kTooLong);
     const char *column = find_column(kColumns, sortColumn);
     if (!column) return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM $snapshot'. no such column: S.%s", sortColumn);
@@ -129,7 +128,7 @@ uint32_t x_qbobj_getSnapshotCollectionCount(CallContext *ctx, sqlite3 *db, const
                                             int32_t *count)
 {
     QB_ASSERT(count);
-    const Filter filter(ctx, type, {" AND V.lv_name=%Q", volumeName}, {" AND SH.name=%Q", shareName});
+    const Filter filter(type, {" AND V.lv_name=%Q", volumeName}, {" AND SH.name=%Q", shareName});
     if (filter.too_long()) return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM $snapshot'. %s", kTooLong);
     int32_t counted = 0;
     TRY(select_int32(ctx, db, counted,
@@ -148,7 +147,7 @@ uint32_t x_qbobj_getHfSnapshotCollection(CallContext *ctx, sqlite3 *db, HfSnapsh
                                          int32_t offset)
 {
     QB_ASSERT(snapshots);
-    const Filter filter(ctx, type, {" AND U.uname=%Q", userName}, {" AND U.home=%Q", homeDir});
+    const Filter filter(type, {" AND U.uname=%Q", userName}, {" AND U.home=%Q", homeDir});
     if (filter.too_long())
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM $home_folder_snapshot'. %s", kTooLong);
     const char *column = find_column(kHfColumns, sortColumn);
@@ -172,7 +171,7 @@ uint32_t x_qbobj_getHfSnapshotCollectionCount(CallContext *ctx, sqlite3 *db, con
                                               int32_t type, int32_t from, int32_t to, int32_t *count)
 {
     QB_ASSERT(count);
-    const Filter filter(ctx, type, {" AND U.uname=%Q", userName}, {" AND U.home=%Q", homeDir});
+    const Filter filter(type, {" AND U.uname=%Q", userName}, {" AND U.home=%Q", homeDir});
     if (filter.too_long())
         return REPORT(ctx, 5, "Failed DB Query for 'SELECT FROM $home_folder_snapshot'. %s", kTooLong);
     int32_t counted = 0;

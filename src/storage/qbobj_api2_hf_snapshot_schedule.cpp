@@ -76,7 +76,7 @@ uint32_t x_qbobj_addHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedule *
 uint32_t x_qbobj_modifyHfSnapshotSchedule(CallContext *ctx, sqlite3 *db, Schedule *schedule)
 {
     QB_ASSERT(schedule);
-    SetList<512> set(ctx);
+    SetList<512> set;
     assign_schedule(&set, *schedule);
     TRY_MEMORY(ctx);
     TRY(execute(ctx, db,

@@ -16,7 +16,7 @@ uint32_t x_qbobj_getSnapshotClones(CallContext *ctx, sqlite3 *db, const char *pa
                                    const char *parentzfsName, SnapshotCloneCollection *clones)
 {
     QB_ASSERT(clones);
-    Condition where(ctx, "");
+    Condition where("");
     if (parentSnapshotName && parentzfsName)
         where.add(" WHERE parent_snapshot_name=%Q AND parent_zfs_name=%Q", parentSnapshotName, parentzfsName);
     else if (parentSnapshotName) where.add(" WHERE parent_snapshot_name=%Q", parentSnapshotName);
@@ -51,7 +51,7 @@ uint32_t x_qbobj_addSnapshotClone(CallContext *ctx, sqlite3 *db, const char *clo
 uint32_t x_qbobj_deleteSnapshotClone(CallContext *ctx, sqlite3 *db, const char *clonedzfsName,
                                      const char *parentSnapshotName, const char *parentzfsName)
 {
-    Condition condition(ctx, "");
+    Condition condition("");
     if (parentSnapshotName && parentzfsName)
         condition.add("parent_snapshot_name=%Q AND parent_zfs_name=%Q", parentSnapshotName, parentzfsName);
     else if (clonedzfsName) condition.add("cloned_zfs_name=%Q", clonedzfsName);

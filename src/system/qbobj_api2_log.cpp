@@ -67,13 +67,13 @@ struct Filter {
     JoinedText<6 * kPartSize> conditions;
     bool too_long = false;
 
-    explicit Filter(CallContext *context) : ctx(context), conditions(context, " AND ") {}
+    explicit Filter(CallContext *context) : ctx(context), conditions(" AND ") {}
     const char *where() const { return conditions.empty() ? "" : "WHERE "; }
 
     template <class... Args>
     void add(Sql<Args...> format, Args... args)
     {
-        JoinedText<kPartSize> part(ctx, "");
+        JoinedText<kPartSize> part("");
         if (part.add(format, args...)) conditions.add("%s", +part.text);
         too_long = too_long || part.dropped;
     }

@@ -125,7 +125,7 @@ uint32_t x_qbobj_modifyNetworkInterface(CallContext *ctx, sqlite3 *db, NetworkIn
 {
     QB_ASSERT(nif);
     if (!nif->Name) return REPORT(ctx, 8, "NetworkInterface Name cannot be NULL.");
-    SetList<512> set(ctx);
+    SetList<512> set;
     for (const auto &[field, assignment, check, refusal] : kChangeable) {
         const char *value = nif->*field;
         if (!value) continue;

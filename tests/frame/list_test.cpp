@@ -85,7 +85,7 @@ TEST_F(Lists, AppendingDoesNotWalkTheList)
 
 TEST(JoinedText, JoinsWithTheSeparatorBetween)
 {
-    JoinedText<64> text(nullptr, " AND ");
+    JoinedText<64> text(" AND ");
     EXPECT_TRUE(text.empty());
     EXPECT_STREQ(text.text, "");
     EXPECT_TRUE(text.add("a=%d", 1));
@@ -100,14 +100,14 @@ TEST(JoinedText, JoinsWithTheSeparatorBetween)
 TEST(JoinedText, HoldsOneByteLessThanItsSize)
 {
     for (const int length : {0, 1, 14, 15}) {
-        JoinedText<16> text(nullptr, ",");
+        JoinedText<16> text(",");
         EXPECT_TRUE(text.add("%s", std::string(static_cast<size_t>(length), 'x').c_str())) << length;
         EXPECT_EQ(text.size, static_cast<size_t>(length));
         EXPECT_EQ(strlen(text.text), static_cast<size_t>(length));
         EXPECT_FALSE(text.dropped);
     }
     for (const int length : {16, 17, 1000}) {
-        JoinedText<16> text(nullptr, ",");
+        JoinedText<16> text(",");
         EXPECT_FALSE(text.add("%s", std::string(static_cast<size_t>(length), 'x').c_str())) << length;
         EXPECT_TRUE(text.empty());
         EXPECT_STREQ(text.text, "");
@@ -118,13 +118,13 @@ TEST(JoinedText, HoldsOneByteLessThanItsSize)
 TEST(JoinedText, TheSeparatorCounts)
 {
     {
-        JoinedText<16> text(nullptr, " AND ");
+        JoinedText<16> text(" AND ");
         EXPECT_TRUE(text.add("12345"));
         EXPECT_TRUE(text.add("12345"));  // 5 + 5 + 5 fill it
         EXPECT_STREQ(text.text, "12345 AND 12345");
     }
     {
-        JoinedText<16> text(nullptr, " AND ");
+        JoinedText<16> text(" AND ");
         EXPECT_TRUE(text.add("12345"));
         EXPECT_FALSE(text.add("123456"));
         EXPECT_STREQ(text.text, "12345");
@@ -134,7 +134,7 @@ TEST(JoinedText, TheSeparatorCounts)
 
 TEST(JoinedText, WhatDoesNotFitIsLeftOutWholeAndAShorterItemStillFits)
 {
-    SetList<16> set(nullptr);
+    SetList<16> set;
     EXPECT_TRUE(set.add("a=%d", 1));
     EXPECT_FALSE(set.add("name=%Q", "too long for it"));
     EXPECT_TRUE(set.add("b=%d", 2));
@@ -148,7 +148,7 @@ TEST(JoinedText, WhatDoesNotFitIsLeftOutWholeAndAShorterItemStillFits)
 
 TEST(JoinedText, TheFirstItemDroppedLeavesNoSeparator)
 {
-    SetList<8> set(nullptr);
+    SetList<8> set;
     EXPECT_FALSE(set.add("much too long"));
     EXPECT_TRUE(set.empty());
     EXPECT_TRUE(set.add("a=1"));
@@ -157,10 +157,52 @@ TEST(JoinedText, TheFirstItemDroppedLeavesNoSeparator)
     EXPECT_STREQ(set.text, "a=1,b=2");
 }
 
+/// An item as it is joined, beside what SQLite's own formatter makes of it.
+template <class... Args>
+void expect_as_sqlite_writes(Sql<Args...> format, Args... args)
+{
+    JoinedText<256> text("");
+    EXPECT_TRUE(text.add(format, args...));
+    char *expected = sqlite3_mprintf(format.text, args...);
+    EXPECT_STREQ(text.text, expected) << format.text;
+    sqlite3_free(expected);
+}
+
+TEST(JoinedText, WritesValuesAsSqliteDoes)
+{
+    for (const char *value :
+         {static_cast<const char *>(nullptr), "", "anna", "'", "''", "o'hara's", "50%", "%s", "\xC3\xA4\xFF"}) {
+        expect_as_sqlite_writes("%s", value);
+        expect_as_sqlite_writes("a='%q'", value);
+        expect_as_sqlite_writes("a=%Q AND b=%d", value, 7);
+        expect_as_sqlite_writes("100%% LIKE %Q||'/%%'", value);
+    }
+    for (const int64_t value : {int64_t{0}, int64_t{-1}, INT64_MAX, INT64_MIN, int64_t{1} << 40}) {
+        expect_as_sqlite_writes("%d,%u", static_cast<int32_t>(value), static_cast<uint32_t>(value));
+        expect_as_sqlite_writes("%u,%d", static_cast<int32_t>(value), static_cast<uint32_t>(value));
+        expect_as_sqlite_writes("%ld,%lu", value, static_cast<uint64_t>(value));
+        expect_as_sqlite_writes("%llu,%lld", value, static_cast<uint64_t>(value));
+    }
+    expect_as_sqlite_writes("");
+    expect_as_sqlite_writes("%%");
+}
+
+TEST(JoinedText, AnItemThatEndsAnywhereBehindTheRoomIsDropped)
+{
+    const std::string whole = "a='it''s',b=-7,c=NULL";
+    for (size_t taken = 0; taken < 40; taken++) {
+        JoinedText<40> text("");
+        ASSERT_TRUE(text.add("%s", std::string(taken, 'x').c_str()));
+        const bool fits = taken + whole.size() < 40;
+        EXPECT_EQ(text.add("a='%q',b=%d,c=%Q", "it's", -7, static_cast<const char *>(nullptr)), fits) << taken;
+        EXPECT_EQ(text.text, std::string(taken, 'x') + (fits ? whole : "")) << taken;
+    }
+}
+
 TEST(JoinedText, WritesNothingBehindItsEnd)
 {
     struct {
-        SetList<32> set{nullptr};
+        SetList<32> set;
         char behind[16];
     } memory;
     memset(memory.behind, 0x5A, sizeof memory.behind);
