@@ -174,7 +174,9 @@ constexpr const char *sync_names[] = {"ferrydock"};
 
 int32_t check_reserved_names(const char *name)
 {
+    const char first = lower(*name);
     for (const Reserved &entry : reserved_names) {
+        if (*entry.text != first) continue;  // all of them are in lower case
         if (entry.prefix && begins_nocase(name, entry.text)) return reserved_prefix;
         if (!entry.prefix && equal_nocase(name, entry.text)) return reserved_name;
     }

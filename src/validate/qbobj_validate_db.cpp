@@ -35,50 +35,43 @@ constexpr Sql<const char *> name_statement(NameCheck check)
     return "SELECT NULL WHERE %Q IS NULL";
 }
 
-/// Runs a look-up by name. A null name is nowhere.
-Failure look_up(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, Rows &rows, bool &found)
-{
-    found = false;
-    if (!name) return {};
-    const Failure bad =
-        what == NameCheck::share_of_path
-            ? select(ctx, db, rows, "SELECT id FROM share WHERE %Q=path OR %Q LIKE path||'/%%'", name, name)
-            : select(ctx, db, rows, name_statement(what), name);
-    found = !bad && rows.count > 0;
-    return bad;
-}
+constexpr Sql<const char *, const char *> kShareOfPath = "SELECT id FROM share WHERE %Q=path OR %Q LIKE path||'/%%'";
 
 }  // namespace
 
 Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found)
 {
-    Rows rows;
-    return look_up(ctx, db, what, name, rows, found);
+    int32_t unused = 0;
+    return find_name(ctx, db, what, name, found, unused);
 }
 
 Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, int32_t &id)
 {
-    Rows rows;
-    const Failure bad = look_up(ctx, db, what, name, rows, found);
-    id = found ? rows.int32(0, 0) : 0;
-    return bad;
+    id = 0;
+    found = false;
+    if (!name) return {};
+    if (what == NameCheck::share_of_path) return find_int32(ctx, db, id, found, kShareOfPath, name, name);
+    return find_int32(ctx, db, id, found, name_statement(what), name);
 }
 
 Failure find_name(CallContext *ctx, sqlite3 *db, NameCheck what, const char *name, bool &found, const char *&text)
 {
+    text = nullptr;
+    found = false;
+    if (!name) return {};
     Rows rows;
-    const Failure bad = look_up(ctx, db, what, name, rows, found);
-    text = found ? rows.word(ctx, 0, 0) : nullptr;
+    const Failure bad = what == NameCheck::share_of_path ? select(ctx, db, rows, kShareOfPath, name, name)
+                                                         : select(ctx, db, rows, name_statement(what), name);
+    found = !bad && rows.count > 0;
+    if (found) text = rows.word(ctx, 0, 0);
     return bad;
 }
 
 Failure find_id(CallContext *ctx, sqlite3 *db, IdCheck what, int32_t id, bool &found)
 {
-    Rows rows;
-    const Failure bad = what == IdCheck::user ? select(ctx, db, rows, "SELECT id FROM `$user` WHERE id=%d", id)
-                                              : select(ctx, db, rows, "SELECT id FROM `$group` WHERE id=%d", id);
-    found = !bad && rows.count > 0;
-    return bad;
+    int32_t unused = 0;
+    return what == IdCheck::user ? find_int32(ctx, db, unused, found, "SELECT id FROM `$user` WHERE id=%d", id)
+                                 : find_int32(ctx, db, unused, found, "SELECT id FROM `$group` WHERE id=%d", id);
 }
 
 Failure find_volume(CallContext *ctx, sqlite3 *db, const char *volume, bool &found)
