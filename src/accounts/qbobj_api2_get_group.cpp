@@ -8,6 +8,7 @@
 #include "accounts/workers.h"
 #include "frame/addressed.h"
 #include "frame/list.h"
+#include "frame/together.h"
 
 namespace qb {
 namespace {
@@ -117,10 +118,25 @@ uint32_t read_group(CallContext *ctx, sqlite3 *db, const Rows &rows, int row, Gr
     return read_members(ctx, db, group->GroupId, &group->SecondaryMember);
 }
 
+/// Finds who is in any group, for their quotas to be read at once. Nobody when that fails, or is not worth it because
+/// few of the groups are listed.
+void find_members(CallContext *ctx, sqlite3 *db, int listed, int32_t total, Rows *members)
+{
+    if (listed < total / 2 || statements_are_watched(ctx)) return;
+    if (!try_select(ctx, db, *members,
+                    "SELECT U.id FROM (SELECT DISTINCT GU.user_id FROM `$group_has_user` GU) M CROSS JOIN `$user` U ON "
+                    "U.id=M.user_id"))
+        members->release();
+}
+
 /// Appends the groups as they are read: on a failure the caller keeps what was read so far.
-uint32_t append_groups(CallContext *ctx, sqlite3 *db, const Rows &rows, Group **head)
+uint32_t append_groups(CallContext *ctx, sqlite3 *db, const Rows &rows, int32_t total, Group **head)
 {
     List<Group> list(head);
+    Rows members;
+    find_members(ctx, db, rows.count, total, &members);
+    Together of_members(ctx, db, "$user", members);
+    Together of_groups(ctx, db, "$group", rows);
     for (int i = 0; i < rows.count; i++) {
         Group *group = list.append(ctx);
         TRY_MEMORY(ctx);
@@ -151,7 +167,7 @@ uint32_t x_qbobj_getGroupCollection(CallContext *ctx, sqlite3 *db, GroupCollecti
     TRY(select_groups(ctx, db, clauses, &rows));
     groups->TotalEntries = total;
     groups->Entries = matching;
-    const uint32_t rc = append_groups(ctx, db, rows, &groups->Group);
+    const uint32_t rc = append_groups(ctx, db, rows, total, &groups->Group);
     TRACE(ctx, "%s() rc=%d nrow=%d\n", __func__, static_cast<int>(rc), rows.count);
     return rc;
 }

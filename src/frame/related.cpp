@@ -18,6 +18,18 @@ IdRange::IdRange(const Rows &rows) : count(rows.count)
     }
 }
 
+bool IdRange::is_most_of(CallContext *ctx, sqlite3 *db, const char *table) const
+{
+    constexpr int kForOne = 2;
+    if (is_dense(kForOne)) return true;
+    if (count < kFewest || count > INT32_MAX / kForOne) return false;
+    // No more are counted than are of interest: there may be very many.
+    Rows others;
+    return try_select(ctx, db, others, "SELECT id FROM `%s` WHERE id BETWEEN %d AND %d LIMIT 1 OFFSET %d", table, least,
+                      most, kForOne * count) &&
+           others.count == 0;
+}
+
 RowRange Related::of(int32_t wanted)
 {
     int first = next_;

@@ -41,6 +41,8 @@ inline RowRange all_of(const Rows &rows)
 
 /// The ids of a list.
 struct IdRange {
+    static constexpr int kFewest = 8;  // that are worth it
+
     int32_t least = 0;
     int32_t most = 0;
     int count = 0;
@@ -48,21 +50,32 @@ struct IdRange {
     /// The ids in the first column of a list's rows.
     explicit IdRange(const Rows &rows);
     /// Whether reading all that lies between them is less than asking for each: at most so many for one of the list.
-    bool is_dense(int for_one = 4) const { return count >= 8 && (int64_t{most} - least) / for_one < count; }
+    bool is_dense(int for_one = 4) const { return count >= kFewest && (int64_t{most} - least) / for_one < count; }
+    /// Whether of a table's records between them at least every other one is of the list, however far apart the ids
+    /// are.
+    bool is_most_of(CallContext *ctx, sqlite3 *db, const char *table) const;
 };
+
+/// Reads rows that the call can do without. False when that failed, which nobody has to know.
+template <class... Args>
+bool try_select(CallContext *ctx, sqlite3 *db, Rows &rows, Sql<Args...> sql, Args... args)
+{
+    const bool was_short = ctx->short_of_memory;
+    const bool failed = static_cast<bool>(select<Args...>(ctx, db, rows, sql, args...));
+    ctx->short_of_memory = was_short;
+    return !failed;
+}
 
 struct Related {
     Rows rows;
 
-    /// Reads the rows. False when that failed, which nobody has to know.
+    /// Reads the rows. False when that failed.
     template <class... Args>
     bool read(CallContext *ctx, sqlite3 *db, Sql<Args...> sql, Args... args)
     {
-        const bool was_short = ctx->short_of_memory;
-        const bool failed = static_cast<bool>(select<Args...>(ctx, db, rows, sql, args...));
-        ctx->short_of_memory = was_short;
+        const bool read = try_select<Args...>(ctx, db, rows, sql, args...);
         rows.keys = 1;
-        return !failed;
+        return read;
     }
 
     /// The rows of a record. Asking in the order of the rows costs nothing.

@@ -41,52 +41,71 @@ bool contains(const string_view (&words)[N], string_view word)
     return std::any_of(words, words + N, [word](string_view each) { return equal(each, word); });
 }
 
-/// Where the parts of a statement stand, found in one walk over its words. What is quoted is passed over.
+string_view without_blanks_behind(string_view text)
+{
+    while (text.ends_with(' ')) text.remove_suffix(1);
+    return text;
+}
+
+/// The parts of a statement, found in one walk over its words. What is quoted is passed over.
 class Parts {
 public:
-    const char *from = nullptr;   // behind the outer FROM
-    const char *value = nullptr;  // the %d
-    const char *order = nullptr;  // behind the outer ORDER BY
+    string_view columns;  // between SELECT and the outer FROM
+    string_view before;   // between there and the %d
+    string_view behind;   // what follows the %d
+    string_view order;    // what follows the outer ORDER BY; empty without one
 
     /// False for a statement that is not of the plain kind.
     bool find(const char *format)
     {
         if (strncmp(format, kSelect, strlen(kSelect)) != 0) return false;
-        for (const char *at = format; *at;) {
+        const char *at = format;
+        while (*at) {
             if (is_word(*at)) {
-                const char *behind = at;
-                while (is_word(*behind)) behind++;
-                if (!take_word({at, static_cast<size_t>(behind - at)})) return false;
-                at = behind;
+                const char *end = at;
+                while (is_word(*end)) end++;
+                if (!take_word({at, static_cast<size_t>(end - at)})) return false;
+                at = end;
             } else {
                 at = take_sign(at);
                 if (!at) return false;
             }
         }
-        return value && depth_ == 0;
+        if (!value_ || depth_ != 0) return false;
+        const char *from_end = from_ + strlen("FROM");
+        const char *value_end = value_ + strlen("%d");
+        columns = without_blanks_behind({format + strlen(kSelect), from_});
+        before = {from_end, value_};
+        behind = without_blanks_behind({value_end, order_ ? order_ : at});
+        if (by_) order = without_blanks_behind({by_ + strlen("BY "), at});
+        return true;
     }
 
 private:
+    const char *from_ = nullptr;
+    const char *value_ = nullptr;
+    const char *order_ = nullptr;
+    const char *by_ = nullptr;
     int depth_ = 0;
     string_view last_;  // the last word, empty once something else but blanks stood behind it
 
     bool take_word(string_view word)
     {
-        const string_view before = last_;
+        const string_view last = last_;
         const bool outer = depth_ == 0;
-        const char *behind = word.data() + word.size();
         last_ = word;
         if (contains(kRefused, word) || word.front() == '$') return false;
         if (equal(word, "FROM") && outer) {
-            if (from) return false;
-            from = behind;
+            if (from_) return false;
+            from_ = word.data();
         }
         if (equal(word, "BY")) {
-            if (!outer || order || !value || !equal(before, "ORDER")) return false;
-            order = behind;
+            if (!outer || by_ || !value_ || !equal(last, "ORDER")) return false;
+            order_ = last.data();
+            by_ = word.data();
         }
         // A number in the order is a column by its place, which is another one then.
-        return !order || word.front() < '0' || word.front() > '9';
+        return !by_ || word.front() < '0' || word.front() > '9';
     }
 
     /// What stands behind a sign; null when it has no place in a plain statement.
@@ -116,51 +135,80 @@ private:
     const char *take_conversion(const char *at)
     {
         // A value that is quoted by the formatter is one; text that is put in may be anything.
-        if (!from || (at[1] != 'd' && at[1] != 'Q') || is_word(at[2])) return nullptr;
+        if (!from_ || (at[1] != 'd' && at[1] != 'Q') || is_word(at[2])) return nullptr;
         if (at[1] == 'd') {
-            if (value || at[-1] != '=') return nullptr;
-            value = at;
+            if (value_ || at[-1] != '=') return nullptr;
+            value_ = at;
         }
         return at + 2;
     }
 };
 
-void append(sqlite3_str *text, const char *begin, const char *end)
+/// The place of a column among those of a result; -1 when none has just this text.
+int column_of(string_view columns, string_view wanted)
 {
-    sqlite3_str_append(text, begin, static_cast<int>(end - begin));
+    int depth = 0;
+    int number = 0;
+    bool quoted = false;
+    size_t begin = 0;
+    for (size_t at = 0; at <= columns.size(); at++) {
+        const char sign = at < columns.size() ? columns[at] : ',';
+        if (sign == '\'') quoted = !quoted;
+        if (quoted) continue;
+        depth += (sign == '(') - (sign == ')');
+        if (sign != ',' || depth != 0) continue;
+        if (columns.substr(begin, at - begin) == wanted) return number;
+        begin = at + 1;
+        number++;
+    }
+    return -1;
 }
 
-/// Makes the format; null without memory and when there is none.
-char *turn(const char *format, const char *table)
+/// The column by whose text a statement sorts without regard to case, when it sorts by nothing else.
+int sorted_by(const Parts &parts)
+{
+    constexpr string_view kNoCase = " COLLATE NOCASE";
+    if (!parts.order.ends_with(kNoCase)) return SetWise::kInOrder;
+    return column_of(parts.columns, parts.order.substr(0, parts.order.size() - kNoCase.size()));
+}
+
+void append(sqlite3_str *text, string_view piece)
+{
+    sqlite3_str_append(text, piece.data(), static_cast<int>(piece.size()));
+}
+
+/// Makes the statement's format; null without memory and when there is none.
+char *turn(const char *format, const char *table, int &sort_by)
 {
     Parts parts;
     if (!parts.find(format)) return nullptr;
-    const char *select = format + strlen(kSelect);
-    const char *behind = parts.value + strlen("%d");
-    const char *end = format + strlen(format);
+    sort_by = sorted_by(parts);
     sqlite3_str *text = sqlite3_str_new(nullptr);
-    sqlite3_str_appendall(text, "SELECT related_key,");
-    append(text, select, parts.from);
+    append(text, "SELECT related_key,");
+    append(text, parts.columns);
     sqlite3_str_appendf(text,
-                        " (SELECT id AS related_key,+id AS related_value FROM `%s` WHERE id BETWEEN %%d AND %%d) CROSS "
-                        "JOIN",
+                        " FROM (SELECT id AS related_key,+id AS related_value FROM `%s` WHERE id BETWEEN %%d AND %%d) "
+                        "CROSS JOIN",
                         table);
-    append(text, parts.from, parts.value);
-    sqlite3_str_appendall(text, "related_value");
-    append(text, behind, parts.order ? parts.order : end);
-    sqlite3_str_appendall(text, parts.order ? " related_key," : " ORDER BY related_key");
-    if (parts.order) append(text, parts.order + 1, end);
+    append(text, parts.before);
+    append(text, "related_value");
+    append(text, parts.behind);
+    append(text, " ORDER BY related_key");
+    if (sort_by == SetWise::kInOrder && !parts.order.empty()) {
+        append(text, ",");
+        append(text, parts.order);
+    }
     return sqlite3_str_finish(text);
 }
 
-/// The formats that were made, each once for all threads: the support library finds what it knows of a format by its
+/// The statements that were made, each once for all threads: the support library finds what it knows of a format by its
 /// address. They go when the library goes.
-class Formats {
+class Statements {
 public:
-    constexpr Formats() = default;
-    Formats(const Formats &) = delete;
-    Formats &operator=(const Formats &) = delete;
-    ~Formats()
+    constexpr Statements() = default;
+    Statements(const Statements &) = delete;
+    Statements &operator=(const Statements &) = delete;
+    ~Statements()
     {
         for (Made *made = head_; made;) {
             Made *next = made->next;
@@ -170,10 +218,10 @@ public:
         }
     }
 
-    const char *find(const char *format, const char *table)
+    SetWise find(const char *format, const char *table)
     {
         for (const Made *made = head_; made; made = made->next)
-            if (made->format == format && made->table == table) return made->text;
+            if (made->format == format && made->table == table) return {made->text, made->sort_by};
         return add(format, table);
     }
 
@@ -182,25 +230,27 @@ private:
         const char *format;
         const char *table;
         char *text;
+        int sort_by;
         Made *next;
     };
     std::atomic<Made *> head_ = nullptr;
 
-    const char *add(const char *format, const char *table)
+    SetWise add(const char *format, const char *table)
     {
-        auto *made = new (std::nothrow) Made{format, table, turn(format, table), head_};
-        if (!made) return nullptr;
+        auto *made = new (std::nothrow) Made{format, table, nullptr, SetWise::kInOrder, head_};
+        if (!made) return {};
+        made->text = turn(format, table, made->sort_by);
         while (!head_.compare_exchange_weak(made->next, made)) continue;
-        return made->text;
+        return {made->text, made->sort_by};
     }
 };
-constinit Formats formats;
+constinit Statements statements;
 
 }  // namespace
 
-const char *set_wise(const char *format, const char *table)
+SetWise set_wise(const char *format, const char *table)
 {
-    return formats.find(format, table);
+    return statements.find(format, table);
 }
 
 }  // namespace qb

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <numeric>
 
 #include "frame/set_wise.h"
 
@@ -11,7 +12,7 @@ Together::Together(CallContext *ctx, sqlite3 *db, const char *table, const Rows 
     : ctx_(ctx), db_(db), table_(table), outer_(ctx->together), changes_(sqlite3_total_changes(db))
 {
     ctx->together = this;
-    if (!IdRange(list).is_dense(2) || statements_are_watched(ctx)) return;
+    if (statements_are_watched(ctx) || !IdRange(list).is_most_of(ctx, db, table)) return;
     ids_.reset(new (std::nothrow) int32_t[static_cast<size_t>(list.count)]);
     if (!ids_) return;
     for (int i = 0; i < list.count; i++) ids_[static_cast<size_t>(i)] = list.int32(i, 0);
@@ -76,16 +77,17 @@ Together::Known *Together::begin(const Question &question)
 /// Runs a statement for all records. False when it has to run for each, which is nobody's error.
 bool Together::read(Known *known, const Question &question)
 {
-    const char *format = set_wise(question.format, table_);
-    if (!format) return false;
+    const SetWise all = set_wise(question.format, table_);
+    if (!all.format) return false;
     const char *why = nullptr;
     Rows &rows = known->rows;
     const auto run = [&](auto... words) {
         return qbdb_sql_get_table_mprintf(ctx_->qbdb, db_, &why, question.file, question.line, &rows.table, &rows.count,
-                                          &rows.columns, format, ids_[0], ids_[static_cast<size_t>(count_) - 1],
+                                          &rows.columns, all.format, ids_[0], ids_[static_cast<size_t>(count_) - 1],
                                           words...);
     };
-    return (question.takes_word ? run(question.word) : run()) == 0 && index(known);
+    if ((question.takes_word ? run(question.word) : run()) != 0 || !index(known)) return false;
+    return all.sort_by == SetWise::kInOrder || sort(known, all.sort_by);
 }
 
 /// Notes which rows are whose.
@@ -106,11 +108,38 @@ bool Together::index(Known *known) const
     return true;
 }
 
+/// Sorts the rows of each record by a text, as the collation NOCASE does. Rows that are equal to it stay as they came,
+/// as they do in the database's own sorting.
+bool Together::sort(Known *known, int column) const
+{
+    const Rows &rows = known->rows;
+    const auto count = static_cast<size_t>(rows.count);
+    const auto width = static_cast<size_t>(rows.columns);
+    std::unique_ptr<int[]> order(new (std::nothrow) int[count]);
+    std::unique_ptr<char *[]> sorted(new (std::nothrow) char *[count * width]);
+    if (!order || !sorted) return false;
+    std::iota(order.get(), order.get() + count, 0);
+    const auto before = [&](int a, int b) {
+        const char *left = rows.cell(a, column);
+        const char *right = rows.cell(b, column);
+        return right && (!left || sqlite3_stricmp(left, right) < 0);
+    };
+    for (int place = 0; place < count_; place++) {
+        const RowRange &range = known->of[static_cast<size_t>(place)];
+        std::stable_sort(order.get() + range.first, order.get() + range.last, before);
+    }
+    char **first = rows.table + width;  // behind the names of the columns
+    for (size_t i = 0; i < count; i++)
+        std::copy_n(first + static_cast<size_t>(order[i]) * width, width, sorted.get() + i * width);
+    std::copy_n(sorted.get(), count * width, first);
+    return true;
+}
+
 bool Together::answer(sqlite3 *db, Rows &rows, const Question &question)
 {
-    if (!holds(db)) return false;
-    const int place = place_of(question.id);
-    Known *known = place < 0 ? nullptr : know(question);
+    const int place = holds(db) ? place_of(question.id) : -1;
+    if (place < 0) return outer_ && outer_->answer(db, rows, question);
+    Known *known = know(question);
     if (!known) return false;
     if (++known->asked == 2 && !read(known, question)) known->rows.release();
     if (!known->of) return false;

@@ -56,6 +56,7 @@ private:
     Known *begin(const Question &question);
     bool read(Known *known, const Question &question);
     bool index(Known *known) const;
+    bool sort(Known *known, int column) const;
 
     CallContext *ctx_;
     sqlite3 *db_;

@@ -1,7 +1,8 @@
 // Rows that are read for a whole list and handed out record by record.
+#include "frame/related.h"
+
 #include "fixture/fixture.h"
 #include "frame/read_row.h"
-#include "frame/related.h"
 
 using namespace qb;
 using testing::IsEmpty;
@@ -33,8 +34,8 @@ TEST_F(RelatedRows, AreHandedOutInAnyOrder)
 {
     ASSERT_TRUE(read());
     const std::vector<std::pair<int32_t, std::vector<std::string>>> kAll = {
-        {INT32_MIN, {}}, {-5, {"m"}}, {0, {}}, {2, {"b", "c", "d"}}, {3, {}},
-        {7, {"x"}},      {8, {}},     {9, {"y", "z"}}, {10, {}},     {INT32_MAX, {}}};
+        {INT32_MIN, {}}, {-5, {"m"}},     {0, {}},  {2, {"b", "c", "d"}}, {3, {}}, {7, {"x"}},
+        {8, {}},         {9, {"y", "z"}}, {10, {}}, {INT32_MAX, {}}};
     for (const auto &[before, ignored] : kAll)
         for (const auto &[id, expected] : kAll) {
             of(before);
@@ -81,6 +82,28 @@ TEST_F(RelatedRows, PayForIdsThatLieClose)
     EXPECT_TRUE(range("[1,2,3,4,5,6,7,32]").is_dense());
     EXPECT_FALSE(range("[1,2,3,4,5,6,7,33]").is_dense());
     EXPECT_FALSE(range("[-2147483648,2,3,4,5,6,7,2147483647]").is_dense());
+}
+
+TEST_F(RelatedRows, PayForRecordsThatAreMostOfThose)
+{
+    sql("CREATE TABLE r (id INTEGER PRIMARY KEY); INSERT INTO r SELECT value*1000 FROM "
+        "json_each('[1,2,3,4,5,6,7,8,9,10,"
+        "11,12,13,14,15,16,17,18,19,20]')");
+    const auto is_most_of = [this](const std::string &query, const char *table = "r") {
+        Rows rows;
+        EXPECT_FALSE(select(&ctx, db, rows, "%s", query.c_str()));
+        return IdRange(rows).is_most_of(&ctx, db, table);
+    };
+    EXPECT_TRUE(is_most_of("SELECT id FROM r ORDER BY id DESC"));
+    EXPECT_TRUE(is_most_of("SELECT id FROM r WHERE id>10000")) << "what lies beyond them is of no interest";
+    EXPECT_TRUE(is_most_of("SELECT id FROM r WHERE id%2000=0"));
+    EXPECT_TRUE(is_most_of("SELECT id FROM r WHERE id NOT BETWEEN 6000 AND 15000"));
+    EXPECT_FALSE(is_most_of("SELECT id FROM r WHERE id NOT BETWEEN 5000 AND 15000")) << "9 of 20";
+    EXPECT_FALSE(is_most_of("SELECT id FROM r LIMIT 7")) << "too few";
+    EXPECT_FALSE(is_most_of("SELECT id FROM r WHERE 0"));
+    EXPECT_FALSE(is_most_of("SELECT id FROM r", "missing"));
+    EXPECT_EQ(err.code, 0u);
+    EXPECT_FALSE(ctx.short_of_memory);
 }
 
 TEST_F(RelatedRows, StatementsAreWatchedWhileAHookIsThere)

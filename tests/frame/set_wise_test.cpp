@@ -26,9 +26,43 @@ TEST(SetWise, TheRecordsComeFirst)
          "t WHERE (id=related_value) ORDER BY related_key"},
     };
     for (const auto &[format, head, rest] : kTurned) {
-        const char *turned = qb::set_wise(format, "share");
-        EXPECT_STREQ(turned, (std::string(head) + kKeys + rest).c_str());
-        EXPECT_EQ(qb::set_wise(format, "share"), turned) << "made once";
+        const qb::SetWise turned = qb::set_wise(format, "share");
+        EXPECT_STREQ(turned.format, (std::string(head) + kKeys + rest).c_str());
+        EXPECT_EQ(turned.sort_by, qb::SetWise::kInOrder);
+        EXPECT_EQ(qb::set_wise(format, "share").format, turned.format) << "made once";
+    }
+}
+
+/// An order by a text of the result without regard to case is not made by the statement.
+TEST(SetWise, OneOrderIsLeftToOthers)
+{
+    const struct {
+        const char *format;
+        int column;
+    } kSorted[] = {
+        {"SELECT a FROM t WHERE id=%d ORDER BY a COLLATE NOCASE", 0},
+        {"SELECT a,t.b FROM t WHERE id=%d ORDER BY t.b COLLATE NOCASE", 1},
+        {"SELECT ',a',IFNULL(b,'('),a FROM t WHERE id=%d ORDER BY a COLLATE NOCASE", 2},
+        {"SELECT IFNULL(b,a),a  FROM t WHERE id=%d  ORDER BY a COLLATE NOCASE ", 1},
+        {"SELECT IFNULL((SELECT c FROM u WHERE u.d IN (1,2)),b),b FROM t WHERE id=%d ORDER BY b COLLATE NOCASE", 1},
+    };
+    for (const auto &[format, column] : kSorted) {
+        const qb::SetWise turned = qb::set_wise(format, "share");
+        EXPECT_EQ(turned.sort_by, column) << format;
+        EXPECT_THAT(turned.format, testing::EndsWith("WHERE id=related_value ORDER BY related_key"));
+        EXPECT_EQ(qb::set_wise(format, "share").sort_by, column) << "kept";
+    }
+    for (const char *format :
+         {"SELECT a FROM t WHERE id=%d ORDER BY a", "SELECT a FROM t WHERE id=%d ORDER BY b COLLATE NOCASE",
+          "SELECT ',b,' FROM t WHERE id=%d ORDER BY b COLLATE NOCASE",
+          "SELECT a,b FROM t WHERE id=%d ORDER BY b,a COLLATE NOCASE",
+          "SELECT a FROM t WHERE id=%d ORDER BY a COLLATE NOCASE DESC",
+          "SELECT a FROM t WHERE id=%d ORDER BY a COLLATE NOCASE,b",
+          "SELECT t.a FROM t WHERE id=%d ORDER BY a COLLATE NOCASE",
+          "SELECT IFNULL(b,a) FROM t WHERE id=%d ORDER BY a COLLATE NOCASE"}) {
+        const qb::SetWise turned = qb::set_wise(format, "share");
+        EXPECT_EQ(turned.sort_by, qb::SetWise::kInOrder) << format;
+        EXPECT_THAT(turned.format, testing::HasSubstr("ORDER BY related_key,")) << format;
     }
 }
 
@@ -103,7 +137,7 @@ TEST(SetWise, WhatIsNotPlainIsLeftAlone)
         "SELECT a FROM t INDEXED BY i WHERE id=%d",
         "SELECT a FROM t WHERE id=%",
     };
-    for (const char *format : kLeft) EXPECT_EQ(qb::set_wise(format, "share"), nullptr) << format;
+    for (const char *format : kLeft) EXPECT_EQ(qb::set_wise(format, "share").format, nullptr) << format;
 }
 
 }  // namespace

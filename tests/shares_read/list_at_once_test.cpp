@@ -1,5 +1,4 @@
 // The lists of shares in both of their ways.
-#include <algorithm>
 #include <regex>
 #include <set>
 
@@ -101,13 +100,6 @@ struct SharesAtOnce : BothWays<Shares> {
     {
         return run(way, call(&SharesAtOnce::with_subvolumes), dump()).statements;
     }
-    std::vector<std::string> plan(const std::string &statement)
-    {
-        std::vector<std::string> all;
-        for (const std::string &row : rows("EXPLAIN QUERY PLAN " + statement))
-            all.push_back(std::regex_replace(row, std::regex("^[0-9|]*"), ""));
-        return all;
-    }
 };
 
 constexpr SharesAtOnce::List kLists[] = {&SharesAtOnce::shares_only, &SharesAtOnce::with_zvols,
@@ -142,34 +134,7 @@ TEST_F(SharesAtOnce, TakeAFewStatements)
 /// What each statement reads of a share it reads by the same indexes as for the share alone.
 TEST_F(SharesAtOnce, AreReadAsEachIsRead)
 {
-    const std::vector<std::string> all = statements(Way::at_once);
-    const std::set<std::string> alone(all.begin(), all.end());
-    const std::regex keys(
-        " \\(SELECT id AS related_key,\\+id AS related_value FROM `share` WHERE id BETWEEN \\?1 AND "
-        "\\?2\\) CROSS JOIN");
-    size_t seen = 0;
-    for (const std::string &each : all) {
-        if (each.find("related_key") == std::string::npos) continue;
-        seen++;
-        std::string one = std::regex_replace(each, keys, "");
-        one = std::regex_replace(one, std::regex("related_value"), "?1");
-        one = std::regex_replace(one, std::regex("\\?3"), "?2");
-        one = std::regex_replace(one, std::regex(" ORDER BY related_key$"), "");
-        one = std::regex_replace(one, std::regex("related_key,"), "");
-        EXPECT_EQ(alone.count(one), 1u) << one;
-        std::vector<std::string> steps = plan(each);
-        ASSERT_FALSE(steps.empty()) << each;
-        EXPECT_THAT(steps.front(), testing::HasSubstr("SEARCH share USING INTEGER PRIMARY KEY")) << each;
-        steps.erase(steps.begin());
-        std::vector<std::string> expected = plan(one);
-        for (std::vector<std::string> *of : {&steps, &expected}) {
-            for (std::string &step : *of)
-                step = std::regex_replace(step, std::regex("RIGHT PART OF |CORRELATED | SUBQUERY [0-9]+"), "");
-            std::sort(of->begin(), of->end());
-        }
-        EXPECT_EQ(steps, expected) << each;
-    }
-    EXPECT_EQ(seen, 31u);
+    EXPECT_EQ(expect_plans_as_alone(statements(Way::at_once), "share"), 31u);
 }
 
 TEST_F(SharesAtOnce, BreakOffWhereTheyAlwaysDid)
