@@ -61,7 +61,7 @@ uint32_t read_user_details(CallContext *ctx, sqlite3 *db, int32_t user_id, User 
 
 bool UserRelations::read(CallContext *ctx, sqlite3 *db, const IdRange &users)
 {
-    if (!users.is_dense() || statements_are_watched(ctx)) return false;
+    if (statements_are_watched(ctx) || !(users.is_dense() || users.is_most_of(ctx, db, "$user"))) return false;
     return read_quotas_of_users(ctx, db, users, &quotas) &&
            homes.read(ctx, db,
                       "SELECT H.user_id,H.snapshot_protection_enabled,H.quota,(SELECT S.used FROM `_hf_zfs_stat` S "

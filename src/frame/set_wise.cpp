@@ -202,22 +202,9 @@ char *turn(const char *format, const char *table, int &sort_by)
 }
 
 /// The statements that were made, each once for all threads: the support library finds what it knows of a format by its
-/// address. They go when the library goes.
+/// address. They stay to the end: a thread may still be reading a list while the program is on its way out.
 class Statements {
 public:
-    constexpr Statements() = default;
-    Statements(const Statements &) = delete;
-    Statements &operator=(const Statements &) = delete;
-    ~Statements()
-    {
-        for (Made *made = head_; made;) {
-            Made *next = made->next;
-            sqlite3_free(made->text);
-            delete made;
-            made = next;
-        }
-    }
-
     SetWise find(const char *format, const char *table)
     {
         for (const Made *made = head_; made; made = made->next)

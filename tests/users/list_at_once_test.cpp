@@ -85,11 +85,24 @@ TEST_F(ListAtOnce, TakesAFewStatements)
     EXPECT_EQ(count(Way::at_once), 9u + 2 * static_cast<size_t>(allowances));
 }
 
-TEST_F(ListAtOnce, UsersFarApartAreReadOneByOne)
+TEST_F(ListAtOnce, UsersWithoutOthersBetweenThemAreReadAtOnceHoweverFarApart)
 {
-    sql("UPDATE `$user` SET id=id*1000 WHERE id>=100 AND id<200");
+    for (const char *table : {"`$user` SET id=id*1000 WHERE id", "`$home_folder` SET user_id=user_id*1000 WHERE user_id",
+                              "user_quota SET user_id=user_id*1000 WHERE user_id"})
+        sql(std::string("UPDATE ") + table + " BETWEEN 100 AND 199");
     const Outcome apart = expect_list_alike(nullptr);
-    EXPECT_GT(apart.statements.size(), (kUsers - 3) * 4u);
+    EXPECT_LT(apart.statements.size(), 40u);
+    EXPECT_NE(users.User->HomeFolderSettings, nullptr);
+    EXPECT_EQ(elements(users.User).size(), static_cast<size_t>(kUsers - 3));
+}
+
+TEST_F(ListAtOnce, FewUsersAmongManyAreReadOneByOne)
+{
+    sql("UPDATE `$user` SET id=id*1000 WHERE id BETWEEN 100 AND 199;"
+        "INSERT INTO `$user` (id,uname,is_privileged) SELECT id+1,'x'||id,1 FROM `$user` WHERE id>=100000;"
+        "INSERT INTO `$user` (id,uname,is_privileged) SELECT id+2,'y'||id,1 FROM `$user` WHERE id>=100000");
+    const Outcome few = expect_list_alike(nullptr);
+    EXPECT_GT(few.statements.size(), (kUsers - 3) * 4u);
 }
 
 TEST_F(ListAtOnce, BreaksOffWhereItAlwaysDid)
