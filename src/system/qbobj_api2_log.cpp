@@ -138,14 +138,57 @@ uint32_t append_entries(CallContext *ctx, const Rows &rows, LogEntry **head)
 uint32_t count_entries(CallContext *ctx, sqlite3 *db, const Filter &filter, int32_t *matching, int32_t *all)
 {
     const bool differ = !filter.conditions.empty() || statements_are_watched(ctx);
+    Failure bad;
     if (differ)
-        TRY(select_int32(ctx, db, *matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(),
-                         filter.conditions.text)
-                .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
-    TRY(select_int32(ctx, db, *all, "SELECT COUNT(*) FROM `$log` L")
-            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+        bad = select_int32(ctx, db, *matching, "SELECT COUNT(*) FROM `$log` L %s%s", filter.where(),
+                           filter.conditions.text);
+    if (!bad) bad = select_int32(ctx, db, *all, "SELECT COUNT(*) FROM `$log` L");
     if (!differ) *matching = *all;
-    return 0;
+    return bad.or_report(ctx, "Failed DB Query for 'SELECT $log'. %s");
+}
+
+/// The numbers of the entries of a page, both of them included.
+struct Numbers {
+    int64_t first = 0;
+    int64_t last = 0;
+};
+
+/// Tells which numbers a page has, if those of the log follow each other without a gap.
+bool find_numbers(CallContext *ctx, sqlite3 *db, const LogQuery *query, int32_t all, Numbers *page)
+{
+    Rows ends;
+    if (!try_select(ctx, db, ends, "SELECT (SELECT MIN(L.id) FROM `$log` L),(SELECT MAX(L.id) FROM `$log` L)") ||
+        ends.count != 1)
+        return false;
+    const int64_t least = ends.int64(0, 0);
+    const int64_t most = ends.int64(0, 1);
+    if (all < 1 || static_cast<uint64_t>(most) - static_cast<uint64_t>(least) != static_cast<uint64_t>(all) - 1)
+        return false;
+    const int32_t behind = query->limit - 1;
+    if (query->order)
+        return !__builtin_sub_overflow(most, query->offset, &page->last) &&
+               !__builtin_sub_overflow(page->last, behind, &page->first);
+    return !__builtin_add_overflow(least, query->offset, &page->first) &&
+           !__builtin_add_overflow(page->first, behind, &page->last);
+}
+
+const char *direction(const LogQuery *query)
+{
+    return query && query->order ? "DESC" : "ASC";
+}
+
+/// Reads a page by the numbers of its entries, without a walk over those before it. False when these are not known, or
+/// when that failed, which nobody has to know.
+bool read_by_number(CallContext *ctx, sqlite3 *db, const Filter &filter, const LogQuery *query, int32_t all, Rows &rows)
+{
+    const bool skips = query && query->limit > 0 && query->offset > 0;
+    Numbers page;
+    return skips && filter.conditions.empty() && !statements_are_watched(ctx) &&
+           find_numbers(ctx, db, query, all, &page) &&
+           try_select(ctx, db, rows,
+                      "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L WHERE "
+                      "L.id BETWEEN %lld AND %lld ORDER BY L.id %s",
+                      page.first, page.last, direction(query));
 }
 
 uint32_t read_log(CallContext *ctx, sqlite3 *db, const LogQuery *query, LogEntry **entries, int32_t *count,
@@ -160,11 +203,12 @@ uint32_t read_log(CallContext *ctx, sqlite3 *db, const LogQuery *query, LogEntry
     int32_t matching = 0;
     int32_t all = 0;
     TRY(count_entries(ctx, db, filter, &matching, &all));
-    TRY(select(ctx, db, rows,
-               "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
-               "ORDER BY L.id %s %s",
-               filter.where(), filter.conditions.text, query && query->order ? "DESC" : "ASC", +page)
-            .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
+    if (!read_by_number(ctx, db, filter, query, all, rows))
+        TRY(select(ctx, db, rows,
+                   "SELECT L.id,L.tstamp,L.severity,L.category,L.msg_tag,L.msg_args_xml FROM `$log` L %s%s "
+                   "ORDER BY L.id %s %s",
+                   filter.where(), filter.conditions.text, direction(query), +page)
+                .or_report(ctx, "Failed DB Query for 'SELECT $log'. %s"));
 
     LogEntry *read = nullptr;
     TRY(append_entries(ctx, rows, &read));
