@@ -21,6 +21,8 @@ struct Clauses {
     char name[2048] = "";  // room for the longest pattern three times, each byte doubled
     char option[512] = "";
     PageClause page = "";
+    int32_t offset = 0;
+    int32_t limit = -1;  // all
     bool existing_homes = false;
 };
 
@@ -101,11 +103,73 @@ uint32_t build_clauses(CallContext *ctx, sqlite3 *db, const AccountQuery *query,
     build_option(query, clauses);
     clauses->order = order_clause(query->order);
     build_page(query, clauses->page);
+    if (query->limit) {
+        clauses->offset = query->offset;
+        clauses->limit = query->limit;
+    }
     return 0;
 }
 
-uint32_t count_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, int32_t *total, int32_t *matching)
+/// The guests' group, whose users are not listed. The list's statements look for it by name once for each user that
+/// they count or skip; the statements below take its id, where it could be found beforehand.
+struct GuestGroup {
+    bool known = false;
+    int64_t id = 0;
+};
+
+/// Looks for the group for a list that no clause changes. A failure is nobody's error: it is left to the list's
+/// statements, as everything is when somebody watches these.
+GuestGroup find_guest_group(CallContext *ctx, sqlite3 *db, const Clauses &clauses)
 {
+    for (const char *clause : {clauses.skyloft, clauses.kind, clauses.admin, +clauses.name, +clauses.option})
+        if (is_set(clause)) return {};
+    Rows rows;
+    if (statements_are_watched(ctx) ||
+        !try_select(ctx, db, rows,
+                    "SELECT IFNULL((SELECT id FROM `$group` G WHERE G.gname='guest'),(SELECT id FROM `$group` G "
+                    "WHERE G.gname='nogroup'))") ||
+        rows.count != 1 || !rows.cell(0, 0))
+        return {};
+    return {.known = true, .id = rows.int64(0, 0)};
+}
+
+/// Counts all that the index of listed users holds, where no condition is left to be looked at, less those few of the
+/// guests' group.
+bool count_without(CallContext *ctx, sqlite3 *db, const GuestGroup &guests, int32_t *count)
+{
+    Rows rows;
+    if (!guests.known ||
+        !try_select(ctx, db, rows,
+                    "SELECT COUNT(*)-(SELECT COUNT(*) FROM `$user` U WHERE U.is_privileged=0 AND U.group_id<>98 "
+                    "AND U.rid IS NULL AND U.uname<>'nobody' AND U.uname<>'guest' AND U.group_id=%lld) FROM "
+                    "`$user` U WHERE U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND "
+                    "U.uname<>'nobody' AND U.uname<>'guest'",
+                    guests.id) ||
+        rows.count != 1)
+        return false;
+    *count = rows.int32(0, 0);
+    return true;
+}
+
+bool select_without(CallContext *ctx, sqlite3 *db, const GuestGroup &guests, const Clauses &clauses, Rows *rows)
+{
+    return guests.known &&
+           try_select(ctx, db, *rows,
+                      "SELECT U.id,U.uname,(SELECT G.gname FROM `$group` G WHERE "
+                      "G.id=U.group_id),U.home,U.email,U.passwd,CASE WHEN U.rid IS NULL THEN 0 ELSE 1 "
+                      "END,U.fullname,U.is_locked,U.group_id,U.shell_access FROM `$user` U WHERE "
+                      "U.is_privileged=0 AND U.group_id<>98 AND U.rid IS NULL AND U.uname<>'nobody' AND "
+                      "U.uname<>'guest' AND U.group_id<>%lld %s LIMIT %d,%d",
+                      guests.id, clauses.order, clauses.offset, clauses.limit);
+}
+
+uint32_t count_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, const GuestGroup &guests, int32_t *total,
+                     int32_t *matching)
+{
+    if (count_without(ctx, db, guests, total)) {
+        *matching = *total;
+        return 0;
+    }
     const char *name = clauses.name;
     const char *option = clauses.option;
     TRY(select_int32(
@@ -128,8 +192,9 @@ uint32_t count_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, int3
         .or_report(ctx, "Failed DB Query for user. %s");
 }
 
-uint32_t select_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, Rows *rows)
+uint32_t select_users(CallContext *ctx, sqlite3 *db, const Clauses &clauses, const GuestGroup &guests, Rows *rows)
 {
+    if (select_without(ctx, db, guests, clauses, rows)) return 0;
     const char *name = clauses.name;
     const char *option = clauses.option;
     const char *page = clauses.page;
@@ -194,9 +259,10 @@ uint32_t x_qbobj_getUserCollection(CallContext *ctx, sqlite3 *db, UserCollection
     TRY(build_clauses(ctx, db, query, &clauses));
     int32_t total = 0;
     int32_t matching = 0;
-    TRY(count_users(ctx, db, clauses, &total, &matching));
+    const GuestGroup guests = find_guest_group(ctx, db, clauses);
+    TRY(count_users(ctx, db, clauses, guests, &total, &matching));
     Rows rows;
-    TRY(select_users(ctx, db, clauses, &rows));
+    TRY(select_users(ctx, db, clauses, guests, &rows));
     users->TotalEntries = total;
     users->Entries = matching;
     const uint32_t rc =
