@@ -177,12 +177,9 @@ void append(sqlite3_str *text, string_view piece)
     sqlite3_str_append(text, piece.data(), static_cast<int>(piece.size()));
 }
 
-/// Makes the statement's format; null without memory and when there is none.
-char *turn(const char *format, const char *table, int &sort_by)
+/// Puts the statement's format together; null without memory.
+char *turned(const Parts &parts, const char *table, int sort_by)
 {
-    Parts parts;
-    if (!parts.find(format)) return nullptr;
-    sort_by = sorted_by(parts);
     sqlite3_str *text = sqlite3_str_new(nullptr);
     append(text, "SELECT related_key,");
     append(text, parts.columns);
@@ -224,11 +221,17 @@ private:
 
     SetWise add(const char *format, const char *table)
     {
-        auto *made = new (std::nothrow) Made{format, table, nullptr, SetWise::kInOrder, head_};
-        if (!made) return {};
-        made->text = turn(format, table, made->sort_by);
+        Parts parts;
+        const bool plain = parts.find(format);
+        const int sort_by = plain ? sorted_by(parts) : SetWise::kInOrder;
+        char *text = plain ? turned(parts, table, sort_by) : nullptr;
+        auto *made = plain && !text ? nullptr : new (std::nothrow) Made{format, table, text, sort_by, head_};
+        if (!made) {
+            sqlite3_free(text);
+            return {};  // perhaps there is memory the next time
+        }
         while (!head_.compare_exchange_weak(made->next, made)) continue;
-        return {made->text, made->sort_by};
+        return {text, sort_by};
     }
 };
 constinit Statements statements;

@@ -141,7 +141,7 @@ bool Together::answer(sqlite3 *db, Rows &rows, const Question &question)
     if (place < 0) return outer_ && outer_->answer(db, rows, question);
     Known *known = know(question);
     if (!known) return false;
-    if (++known->asked == 2 && !read(known, question)) known->rows.release();
+    if (++known->asked == 2 && !read(known, question)) known->forget();
     if (!known->of) return false;
     const RowRange range = known->of[static_cast<size_t>(place)];
     if (!range.empty()) rows.borrow(known->rows, range.first, range.last - range.first);

@@ -47,6 +47,11 @@ private:
         int32_t last_id = 0;
 
         bool is_of(const Question &question) const;
+        void forget()
+        {
+            rows.release();
+            of.reset();
+        }
     };
     static constexpr int kMost = 64;  // statements of which something is known
 

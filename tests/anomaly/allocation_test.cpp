@@ -90,17 +90,6 @@ extern "C" void free(void *block) noexcept
 
 namespace {
 
-struct Trouble {
-    Source source;
-    bool forever;
-    const char *name;
-};
-
-void PrintTo(const Trouble &trouble, std::ostream *out)
-{
-    *out << trouble.name;
-}
-
 struct Allocations : Anomaly, testing::WithParamInterface<std::tuple<const Family *, Trouble>> {
     const Trouble trouble = std::get<Trouble>(GetParam());
     long failed = 0;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <ostream>
 
 namespace test {
 
@@ -29,6 +30,18 @@ struct Memory {
 };
 
 extern Memory memory;
+
+/// What a test refuses: one request, or that and all after it.
+struct Trouble {
+    Source source;
+    bool forever;
+    const char *name;
+};
+
+inline void PrintTo(const Trouble &trouble, std::ostream *out)
+{
+    *out << trouble.name;
+}
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 inline constexpr bool kHeapIsOurs = false;
