@@ -7,8 +7,12 @@
 // is asked makes it run for all of them (set_wise.h), and the rows of each are handed out from memory, the same rows in
 // the same order. When that fails it is nobody's error: the statement then runs record by record as it would have, and
 // the list breaks off where it always did, with the same words. It does so, too, for statements of another kind, when
-// somebody watches the statements, when the ids lie far apart, and once something has been written. What all of them
-// hold is memory of its own, which goes with the Together.
+// somebody watches the statements, when the list has few of the table's records, and once something has been written.
+// What all of them hold is memory of its own, which goes with the Together.
+//
+// A list may be read within another one, such as members within groups: what is asked of none of its own records goes
+// to the outer one. An id that is in both lists may be answered by either, because the answer depends on the number
+// alone.
 //
 // The order of the rows is that of the index that finds a record's rows, and such an index there has to be: without one
 // SQLite would make one for the whole list, in an order of its own. A test of each list looks at the plans.

@@ -1,6 +1,8 @@
 // Names: one table row per kind of name, one function that walks them.
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "validate/charset.h"
 #include "validate/validate.h"
@@ -172,11 +174,15 @@ constexpr Reserved reserved_names[] = {
 /// Names that belong to the file-sync feature.
 constexpr const char *sync_names[] = {"ferrydock"};
 
+// A name is compared with an entry only when it begins as that does, in lower case.
+static_assert(std::all_of(std::begin(reserved_names), std::end(reserved_names),
+                          [](const Reserved &entry) { return *entry.text == lower(*entry.text); }));
+
 int32_t check_reserved_names(const char *name)
 {
     const char first = lower(*name);
     for (const Reserved &entry : reserved_names) {
-        if (*entry.text != first) continue;  // all of them are in lower case
+        if (*entry.text != first) continue;
         if (entry.prefix && begins_nocase(name, entry.text)) return reserved_prefix;
         if (!entry.prefix && equal_nocase(name, entry.text)) return reserved_name;
     }

@@ -171,7 +171,6 @@ TEST_F(TogetherRead, DoesNothingForFewRecordsOrFarOnesOrWhileStatementsAreWatche
     read_list("SELECT id FROM r WHERE id<18 OR id>30");
     {
         Together together(&ctx, db, "r", list);
-        ran = 0;
         EXPECT_EQ(statements(), 11) << "8 of 20";
     }
     sql("DELETE FROM r WHERE id>25");

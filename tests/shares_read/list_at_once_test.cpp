@@ -170,12 +170,11 @@ TEST_F(SharesAtOnce, BreakOffWhereTheyAlwaysDid)
         std::set<size_t> lengths;
         for (const int share : {2, 17}) {
             SCOPED_TRACE(std::string(table) + " of " + std::to_string(share));
-            break_where(table, std::string(key) + "=" + std::to_string(share), column);
-            const Outcome broken = expect_list_alike();
+            const Outcome broken = expect_alike_broken(table, std::string(key) + "=" + std::to_string(share), column,
+                                                       call(&SharesAtOnce::with_subvolumes), dump());
             EXPECT_EQ(broken.rc, 5u);
             EXPECT_EQ(broken.message, std::regex_replace(message, std::regex("@"), "integer overflow"));
             lengths.insert(elements(shares.Share).size());
-            mend(table);
         }
         EXPECT_EQ(lengths.size(), 2u) << "each list breaks off at its own share";
     }
@@ -209,11 +208,9 @@ TEST_F(SharesAtOnce, FailAsTheyAlwaysDidWithoutATable)
                               "$group",
                               "_volume"}) {
         SCOPED_TRACE(table);
-        sql(std::string("ALTER TABLE `") + table + "` RENAME TO elsewhere");
-        const Outcome missing = expect_list_alike();
+        const Outcome missing = expect_alike_without(table, call(&SharesAtOnce::with_subvolumes), dump());
         EXPECT_EQ(missing.rc, 5u);
         EXPECT_THAT(missing.message, testing::HasSubstr(table));
-        sql(std::string("ALTER TABLE elsewhere RENAME TO `") + table + "`");
     }
 }
 
