@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "fixture/allocations.h"
+#include "fixture/files.h"
 
 using subvolumes::Paths;
 using testing::Contains;
@@ -172,14 +173,13 @@ TEST_F(Tool, AnOutputLargerThanAPipeIsReadWhole)
 TEST_F(Tool, NothingIsLeftOpenAndNoChildBehind)
 {
     make_volume();
-    const auto open_files = [] { return test::run("ls /proc/" + std::to_string(getpid()) + "/fd").output; };
     data("tank");  // the database opens its files at the first transaction
-    const std::string before = open_files();
+    const auto before = test::open_files();
     for (int i = 0; i < 3; i++) data("tank");
     path.set(bin + "/nothing");
     full("tank");
     path.set(path.before);
-    EXPECT_EQ(open_files(), before);
+    EXPECT_EQ(test::open_files(), before);
     EXPECT_EQ(test::run("pgrep -P " + std::to_string(getpid()) + " btrfs").output, "");
 }
 

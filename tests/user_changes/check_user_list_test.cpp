@@ -1,5 +1,4 @@
-#include <filesystem>
-
+#include "fixture/files.h"
 #include "user_changes/changes.h"
 #include "user_changes/list_file.h"
 
@@ -10,13 +9,6 @@ using testing::ElementsAre;
 namespace {
 
 const std::string kHeader = "User_Name\tGroup_Name\tEmail_Address\tPassword\n";
-
-size_t open_files()
-{
-    size_t count = 0;
-    for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) count++;
-    return count;
-}
 
 struct CheckUserList : test::Changes {
     test::ListFile file;
@@ -54,9 +46,9 @@ struct CheckUserList : test::Changes {
         users = {};
         groups = {};
         file.write(text);
-        const size_t files = open_files();
+        const auto files = test::open_files();
         expect_failure(code, message, [&] { return check(); });
-        EXPECT_EQ(open_files(), files);
+        EXPECT_EQ(test::open_files(), files);
         EXPECT_EQ(users.User, nullptr);
         EXPECT_EQ(groups.Group, nullptr);
     }
@@ -70,9 +62,9 @@ TEST_F(CheckUserList, WithoutAFileThereIsNothingToCheck)
 TEST_F(CheckUserList, WhatCannotBeReadIsNoList)
 {
     file.make_directory();
-    const size_t files = open_files();
+    const auto files = test::open_files();
     expect_failure(1, "User file wrong format", [&] { return check(); });
-    EXPECT_EQ(open_files(), files);
+    EXPECT_EQ(test::open_files(), files);
 }
 
 TEST_F(CheckUserList, NeitherAPipeNorADeviceHoldsItUp)
@@ -107,7 +99,7 @@ TEST_F(CheckUserList, FilesWithoutUsers)
 TEST_F(CheckUserList, UsersAndGroupsInTheOrderOfTheFile)
 {
     const std::string before = content();
-    const size_t files = open_files();
+    const auto files = test::open_files();
     ASSERT_EQ(check("export_list\n" + kHeader +
                     "anna\tstaff\tanna@x.com\t$1$a$hash\r\n"
                     "\n"
@@ -120,7 +112,7 @@ TEST_F(CheckUserList, UsersAndGroupsInTheOrderOfTheFile)
     EXPECT_THAT(new_groups(), ElementsAre("staff", "new", "newer"));
     EXPECT_EQ(users.User->resource_id, 0);
     EXPECT_EQ(users.Entries, 0);
-    EXPECT_EQ(open_files(), files);
+    EXPECT_EQ(test::open_files(), files);
     EXPECT_EQ(content(), before);
 }
 

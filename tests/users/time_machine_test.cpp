@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "fixture/files.h"
 #include "users/users.h"
 
 using namespace test;
@@ -156,15 +157,11 @@ TEST_F(TimeMachine, PathsTooLongMeasureNothing)
 TEST_F(TimeMachine, ClosesWhatItOpens)
 {
     make_bundle(bundle, 1000000, 3);
-    const auto open_files = [] {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        return std::distance(begin(all), end(all));
-    };
-    const auto before = open_files();
+    const auto before = test::open_files();
     for (int i = 0; i < 10; i++) ASSERT_EQ(used(), 3u);
     std::filesystem::remove_all(bundle + "/bands");
     for (int i = 0; i < 10; i++) ASSERT_EQ(used(), 0u);
-    EXPECT_EQ(open_files(), before);
+    EXPECT_EQ(test::open_files(), before);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "fixture/files.h"
 #include "fixture/fixture.h"
 
 using qb::check_system_account;
@@ -207,13 +208,9 @@ TEST(SystemAccountDeathTest, WorksWithoutStandardFiles)
 
 TEST(SystemAccount, LeaksNoFiles)
 {
-    const auto open_files = [] {
-        const std::filesystem::directory_iterator files("/proc/self/fd");
-        return std::distance(begin(files), end(files));
-    };
-    const auto before = open_files();
+    const auto before = test::open_files();
     for (int i = 0; i < 5; i++) check_system_account(i % 2 ? "root" : "none", nullptr);
-    EXPECT_EQ(open_files(), before);
+    EXPECT_EQ(test::open_files(), before);
 }
 
 }  // namespace
