@@ -78,14 +78,16 @@ struct Prepared {
         const qbcli::Json json = call->outcome();
         return json.is_discarded() ? "" : json.dump();
     }
-    /// What stands in the caller's variables and records: the value that an operation returns is not part of it.
-    std::string written() const
-    {
-        qbcli::Json json = call->outcome();
-        if (json.is_object()) json.erase("result");
-        return json.is_discarded() ? "" : json.dump();
-    }
 };
+
+/// Whether two outcomes of a call tell of other contents of the caller's variables and records: the value that an
+/// operation returns is not part of them.
+inline bool differ(const qbcli::Json &before, qbcli::Json after)
+{
+    if (before.is_discarded() || after.is_discarded()) return before.is_discarded() != after.is_discarded();
+    if (after.is_object() && after.contains(qbcli::kReturned)) after[qbcli::kReturned] = before.at(qbcli::kReturned);
+    return before != after;
+}
 
 /// Whether a code stands in an operation's list.
 inline bool documents(const QbobjOperation &operation, uint32_t code)
@@ -194,7 +196,7 @@ struct Anomaly : Database {
     {
         EXPECT_EQ(qbdb_request_begin(qbdb), 0);
         Prepared prepared(setup);
-        const std::string written_before = prepared.written();
+        note_untouched(setup, *prepared.call);
         outcome_ = {};
         nth_ = nth;
         rc_ = rc;
@@ -204,8 +206,9 @@ struct Anomaly : Database {
         if (around) around(false);
         outcome_.code = info.code;
         outcome_.message = info.message ? info.message : "";
-        outcome_.outputs = prepared.outputs();
-        outcome_.wrote_outputs = prepared.written() != written_before;
+        qbcli::Json outputs = prepared.call->outcome();
+        outcome_.outputs = outputs.is_discarded() ? "" : outputs.dump();
+        outcome_.wrote_outputs = differ(untouched_, std::move(outputs));
         if (!sqlite3_get_autocommit(db) && changes_temporary_schema(setup)) make_owed_rollback();
         EXPECT_TRUE(sqlite3_get_autocommit(db)) << "a transaction is open";
         return std::move(outcome_);
@@ -213,8 +216,19 @@ struct Anomaly : Database {
 
 private:
     Outcome outcome_;
+    std::string set_up_;  // what untouched_ is of
+    qbcli::Json untouched_;
     int nth_ = 0;
     int rc_ = 0;
+
+    /// What stands in the caller's records before the call. The same for each call of a set-up.
+    void note_untouched(const Trial &setup, const qbcli::Call &call)
+    {
+        std::string text = std::string(setup.operation) + setup.arguments;
+        if (text == set_up_) return;
+        set_up_ = std::move(text);
+        untouched_ = call.outcome();
+    }
 
     static void see_log(void *self, const char *, uint32_t, uint32_t, uint32_t, const char *) { (void)self; }
     static int see_statement(void *self, const char *sql, const char *, uint32_t, const char **text)
