@@ -73,12 +73,13 @@ struct Prepared {
             abort();
         }
     }
-    std::string outputs() const
-    {
-        const qbcli::Json json = call->outcome();
-        return json.is_discarded() ? "" : json.dump();
-    }
 };
+
+/// What came out of a call as text; empty when nothing can.
+inline std::string text_of_outcome(const qbcli::Json &json)
+{
+    return json.is_discarded() ? "" : json.dump();
+}
 
 /// Whether two outcomes of a call tell of other contents of the caller's variables and records: the value that an
 /// operation returns is not part of them.
@@ -207,7 +208,7 @@ struct Anomaly : Database {
         outcome_.code = info.code;
         outcome_.message = info.message ? info.message : "";
         qbcli::Json outputs = prepared.call->outcome();
-        outcome_.outputs = outputs.is_discarded() ? "" : outputs.dump();
+        outcome_.outputs = text_of_outcome(outputs);
         outcome_.wrote_outputs = differ(untouched_, std::move(outputs));
         if (!sqlite3_get_autocommit(db) && changes_temporary_schema(setup)) make_owed_rollback();
         EXPECT_TRUE(sqlite3_get_autocommit(db)) << "a transaction is open";
@@ -221,7 +222,8 @@ private:
     int nth_ = 0;
     int rc_ = 0;
 
-    /// What stands in the caller's records before the call. The same for each call of a set-up.
+    /// What stands in the caller's records before the call. It is the same for each call of a set-up, of which there
+    /// are thousands.
     void note_untouched(const Trial &setup, const qbcli::Call &call)
     {
         std::string text = std::string(setup.operation) + setup.arguments;

@@ -344,7 +344,7 @@ struct Handle {
         answer.rc = prepared.call->invoke(qbdb, db, &info);
         answer.code = info.code;
         answer.message = info.message ? info.message : "";
-        answer.outputs = prepared.outputs();
+        answer.outputs = text_of_outcome(prepared.call->outcome());
         EXPECT_TRUE(sqlite3_get_autocommit(db)) << "a transaction is open";
         return answer;
     }
